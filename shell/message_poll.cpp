@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+// Looks at the message queue from within the numeric loops.
+#include "shell/message_poll.h"
+
+#include "shell/fatal_error.h"
+#include "shell/platform.h"
+#include "shell/recovery_frame.h"
+#include "shell/run_state.h"
+
+void PollMessages(int units) {
+    if ((Run.PollCounter >> Run.PollShift) != 0) {
+        YieldMessages();
+        Run.PollCounter = 0;
+    }
+    Run.PollCounter += units;
+}
+
+void YieldMessages() {
+    PlatformMessage message;
+    if (!TakeMessage(&message)) {
+        DeliverPendingRaise();  // taking a message can run the window procedure
+        return;
+    }
+    if (message.Id == QuitMessage) {
+        Run.QuitRequested = 1;
+        Run.ReportFatalFlag = 0;
+        FatalError(24834);  // on purpose an id without text: the stop of a run is silent
+    }
+    DispatchPlatformMessage(&message);
+    DeliverPendingRaise();
+}

@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: MIT
+// The platform where there is no window system: a message queue in memory, one window that is only a name in it,
+// signals that ask for what a close message asks, and paths whose backslashes become slashes as a file is opened.
+#include "shell/platform_linux.h"
+
+#include "shell/message_catalogue.h"
+#include "shell/platform.h"
+#include "shell/process_entry.h"
+
+#include <climits>
+#include <csignal>
+#include <cstring>
+#include <ctime>
+#include <initializer_list>
+#include <sys/stat.h>
+
+struct PlatformWindow {
+    bool Alive;  // created and not yet destroyed
+};
+
+struct PlatformMenu {
+    int Entries;  // entries appended by the program; there is nobody to see them
+};
+
+static constexpr int QueueSize = 16;
+
+// Posted messages in their order, filled by PostWindowMessage and emptied by TakeMessage.
+static struct {
+    PlatformMessage Messages[QueueSize];
+    int First;        // index of the oldest
+    int Count;        // messages held
+    bool QuitPosted;  // QuitMessage comes once the others are gone
+} Queue;
+
+static PlatformWindow Window;
+static PlatformMenu Menu;
+static volatile std::sig_atomic_t StopSignalled = 0;  // a signal asks for a close message
+
+static void NoteStopSignal(int) {
+    StopSignalled = 1;
+}
+
+void InstallStopSignals() {
+    struct sigaction action = {};
+    action.sa_handler = NoteStopSignal;
+    action.sa_flags = SA_RESTART;
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        struct sigaction inherited;
+        const bool ignored = sigaction(signal, nullptr, &inherited) == 0 && inherited.sa_handler == SIG_IGN;
+        if (signal == SIGTERM || !ignored) {  // nohup and a shell's background jobs ignore the other two
+            sigaction(signal, &action, nullptr);
+        }
+    }
+}
+
+int StartSockets(int) {
+    return 0;
+}
+
+int ReadRegistryWord(const char*, const char*, std::uint32_t*) {
+    return 0;
+}
+
+int RegisterWindowClass(const char*) {
+    return 1;
+}
+
+unsigned RegisterFormat(const char*) {
+    return 49152;
+}
+
+PlatformWindow* CreateMainWindow(const char*, const char*) {
+    Window.Alive = true;
+    return &Window;
+}
+
+PlatformMenu* GetWindowMenu(PlatformWindow*) {
+    return &Menu;
+}
+
+void DeleteMenuEntry(PlatformMenu*, int) {}
+
+void AppendMenuSeparator(PlatformMenu* menu) {
+    ++menu->Entries;
+}
+
+void AppendMenuEntry(PlatformMenu* menu, unsigned, const char*) {
+    ++menu->Entries;
+}
+
+void ShowWindowMinimised(PlatformWindow*) {}
+
+void DestroyPlatformWindow(PlatformWindow* window) {
+    if (window->Alive) {
+        window->Alive = false;
+        MainWindowProc(window, DestroyMessage, 0, 0);
+    }
+}
+
+void RunAboutDialog(PlatformWindow*) {}
+
+std::intptr_t DefaultWindowProc(PlatformWindow* window, unsigned id, std::uintptr_t, std::intptr_t) {
+    if (id == CloseMessage) {
+        DestroyPlatformWindow(window);
+    }
+    return 0;
+}
+
+void PostWindowMessage(PlatformWindow* window, unsigned id) {
+    if (Queue.Count < QueueSize) {
+        Queue.Messages[(Queue.First + Queue.Count++) % QueueSize] = {window, id, 0, 0, {}};
+    }
+}
+
+void PostQuit() {
+    Queue.QuitPosted = true;
+}
+
+int TakeMessage(PlatformMessage* message) {
+    if (StopSignalled) {
+        StopSignalled = 0;
+        *message = {&Window, CloseMessage, 0, 0, {}};
+        return 1;
+    }
+    if (Queue.Count > 0) {
+        *message = Queue.Messages[Queue.First];
+        Queue.First = (Queue.First + 1) % QueueSize;
+        --Queue.Count;
+        return 1;
+    }
+    if (Queue.QuitPosted) {
+        Queue.QuitPosted = false;
+        *message = {nullptr, QuitMessage, 0, 0, {}};
+        return 1;
+    }
+    return 0;
+}
+
+int WaitForMessage(PlatformMessage* message) {
+    while (!TakeMessage(message)) {
+        const std::timespec pause = {0, 20000000};
+        nanosleep(&pause, nullptr);
+    }
+    return message->Id != QuitMessage;
+}
+
+void DispatchPlatformMessage(const PlatformMessage* message) {
+    if (message->Window != nullptr && message->Window->Alive) {
+        MainWindowProc(message->Window, message->Id, message->WParameter, message->LParameter);
+    }
+}
+
+void ReleaseMouseCapture() {}
+
+int LoadCatalogueText(int id, char* buffer, int limit) {
+    const char* text = CatalogueText(id);
+    if (text == nullptr) {
+        return 0;
+    }
+    return std::snprintf(buffer, static_cast<std::size_t>(limit), "%s", text);
+}
+
+std::FILE* OpenFile(const char* path, const char* mode) {
+    char translated[PATH_MAX];
+    const std::size_t length = std::strlen(path);
+    if (length >= sizeof translated) {
+        return nullptr;
+    }
+    for (std::size_t i = 0; i <= length; ++i) {
+        translated[i] = path[i] == '\\' ? '/' : path[i];
+    }
+    struct stat status;
+    if (stat(translated, &status) == 0 && S_ISDIR(status.st_mode)) {
+        return nullptr;
+    }
+    return std::fopen(translated, mode);
+}
+
+// The number in the first line of a file that begins with label; limitless where there is no such line or the text
+// "max" stands for no limit.
+static std::uint64_t NumberInFile(const char* path, const char* label) {
+    std::uint64_t number = UINT64_MAX;
+    std::FILE* file = std::fopen(path, "r");
+    if (file == nullptr) {
+        return number;
+    }
+    char line[256];
+    while (std::fgets(line, sizeof line, file) != nullptr) {
+        unsigned long long value;
+        if (std::strncmp(line, label, std::strlen(label)) == 0) {
+            if (std::sscanf(line + std::strlen(label), "%llu", &value) == 1) {
+                number = value;
+            }
+            break;
+        }
+    }
+    std::fclose(file);
+    return number;
+}
+
+// What a control group leaves of its limit; limitless where the group has none.
+static std::uint64_t GroupMemory(const char* limitPath, const char* usePath) {
+    const std::uint64_t limit = NumberInFile(limitPath, "");
+    const std::uint64_t use = NumberInFile(usePath, "");
+    if (limit == UINT64_MAX || use == UINT64_MAX) {
+        return UINT64_MAX;
+    }
+    return limit > use ? limit - use : 0;
+}
+
+std::uint64_t AvailableMemory() {
+    std::uint64_t available = NumberInFile("/proc/meminfo", "MemAvailable:");
+    if (available != UINT64_MAX) {
+        available *= 1024;
+    }
+    const std::uint64_t groups[] = {
+        GroupMemory("/sys/fs/cgroup/memory.max", "/sys/fs/cgroup/memory.current"),
+        GroupMemory("/sys/fs/cgroup/memory/memory.limit_in_bytes", "/sys/fs/cgroup/memory/memory.usage_in_bytes")};
+    for (const std::uint64_t group : groups) {
+        available = group < available ? group : available;
+    }
+    return available;
+}
