@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: MIT
+// The reader that both kinds of run share: opens the input file under a recovery frame and reads it by its kind.
+#pragma once
+
+// Reads InputFilePath into Run; sets ActiveRunKind as its last act. Every failure is a fatal error that names the
+// file: 24608 it can't be opened, 24707 it asks for a spectrum and for parameters, and those of its kind of file.
+void ReadRunInput();
