@@ -1,0 +1,10 @@
+// SPDX-License-Identifier: MIT
+// The exact simulator: block-wise diagonalisation of the spin Hamiltonian of composite particles.
+#pragma once
+
+// Reads the spin system of Run, fills SpectrumLines and SpectrumLineCount (frequencies in Hz). Raises 24688 without
+// groups, 24577 for too large a system, and refuses more than 32 groups.
+void ComputeExactSpectrum();
+
+// Frees what a simulation that a stop has cut short leaves behind.
+void FreeExactSpectrumWork();

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+// The weak-coupling simulator: each transition of each group by perturbation theory, nothing is diagonalised and
+// nothing limits the number of groups.
+#pragma once
+
+// Reads the spin system of Run, fills SpectrumLines and SpectrumLineCount: frequencies (Hz) to second, intensities to
+// first order in the couplings. Refuses systems with two shifts less than 1e-05 Hz apart; raises 24688 without groups,
+// 24577 without memory.
+void ComputeWeakCouplingSpectrum();
+
+// Frees what a simulation that a stop has cut short leaves behind.
+void FreeWeakCouplingWork();
