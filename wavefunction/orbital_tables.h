@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: MIT
+// Tables by orbital for the parameter table in force.
+#pragma once
+
+// Fills OrbitalExponents, OrbitalAtoms, OrbitalKinds, OrbitalPrincipalNumbers, IsolatedEnergy and HeatOffset from
+// ActiveParameters, for the atoms of the selection.
+void PrepareOrbitalTables();

@@ -1,0 +1,302 @@
+// SPDX-License-Identifier: MIT
+// Prepares a parameter run, and validates its request, its atoms and its electron count.
+#include "wavefunction/prepare_system.h"
+
+#include "files/element_tables.h"
+#include "files/parameter_files.h"
+#include "shell/fatal_error.h"
+#include "shell/log.h"
+#include "shell/memory.h"
+#include "shell/message_poll.h"
+#include "shell/run_state.h"
+#include "wavefunction/eigensolver.h"
+#include "wavefunction/fock_extrapolation.h"
+#include "wavefunction/selected_atoms.h"
+
+#include <algorithm>
+#include <climits>
+
+static constexpr double BohrsPerAngstrom = 1.889725985;
+static constexpr int FirstThirdRow = 11;  // sodium; the row ends with LastElement
+static constexpr int OrbitalsWithD = 9;
+static constexpr int OrbitalsWithoutD = 4;
+static constexpr int LastEnvironmentElement = 54;  // atoms outside the selection only carry charge
+static constexpr int PollShiftOfParameterRun = 13;
+
+static const char* YesOrNo(int option) {
+    return option ? "Yes" : "No";
+}
+
+// d orbitals are a matter of TNDO/1 alone.
+static void ChooseOrbitals() {
+    const bool withD = Run.IncludeDOrbitalsForSecondRow && Run.SemiEmpiricalMethod == 1;
+    if (Run.IncludeDOrbitalsForSecondRow && Run.SemiEmpiricalMethod == 2) {
+        Warning(16384);
+    }
+    std::fill(OrbitalCountTable + FirstThirdRow - 1, OrbitalCountTable + LastElement,
+              withD ? OrbitalsWithD : OrbitalsWithoutD);
+    for (int place = 0; withD && place < Run.SelectedAtomCount; ++place) {
+        const int code = SelectedAtom(place).AtomicNumber;
+        if (code >= FirstThirdRow && code <= LastElement) {
+            Run.QuantumSelection.LastOrbital += OrbitalsWithD - OrbitalsWithoutD;
+            Run.OrbitalCount += OrbitalsWithD - OrbitalsWithoutD;
+        }
+    }
+}
+
+// The flags beside method and multiplicity have no key in the input; they are tested all the same.
+static void CheckRequest() {
+    if (Run.SemiEmpiricalMethod != 1 && Run.SemiEmpiricalMethod != 2) {
+        FatalError(24640);
+    }
+    if (Run.SpinMultiplicity != 1) {
+        FatalError(24641);
+    }
+    if (Run.NextLowestState) {
+        FatalError(24642);
+    }
+    if (Run.ConfigurationInteraction) {
+        FatalError(24643);
+    }
+    if (Run.GeometryRun) {
+        FatalError(24644);
+    }
+    if (Run.RestraintsPresent) {
+        Warning(16385);
+    }
+}
+
+static void CheckRealAtoms() {
+    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+        if (SelectedAtom(place).AtomicNumber > 0) {
+            return;
+        }
+    }
+    if (Run.SelectedAtomCount == Run.AtomCount) {
+        FatalError(24645);
+    }
+    FatalError(24646);
+}
+
+static void ListOptions() {
+    LogMessage(8192, static_cast<double>(Run.SCFConvergenceLimit), Run.SCFIterationLimit);
+    LogMessage(8193, YesOrNo(Run.SCFAccelerateConvergence));
+    LogMessage(8208, YesOrNo(Run.IncludeDOrbitalsForSecondRow));
+    if (Run.CalculateShielding) {
+        LogMessage(8209, YesOrNo(Run.ModifySlaterExponents));
+        LogMessage(8210, YesOrNo(Run.ComputeThreeCenterTerms));
+    }
+    if (Run.CalculateSpectra) {
+        LogMessage(8212, Run.NMRFrequency);
+    }
+}
+
+static void ScaleCoordinates() {
+    for (int i = 0; i < Run.AtomCount; ++i) {
+        for (double& coordinate : Run.AtomCoordinates[i].Position) {
+            coordinate *= BohrsPerAngstrom;
+        }
+    }
+}
+
+// Tests an atom's element code, and its type against the table of types. The message names the element by its atomic
+// number, of which offset is taken off, and the last element of a calculation whatever the limit is.
+static void CheckAtom(const AtomRecord& atom, int lastCode, int offset) {
+    if (atom.AtomicNumber > lastCode) {
+        FatalError(24647, atom.AtomicNumber - offset, LastElement);
+    }
+    if (atom.AtomType >= Run.AtomTypeCount) {
+        FatalError(24648, atom.AtomType, atom.AtomIndex + 1);
+    }
+}
+
+static void CheckAtoms() {
+    for (int i = 0; i < Run.AtomCount; ++i) {
+        if (Run.AtomRecords[i].SelectionState == 1) {
+            CheckAtom(Run.AtomRecords[i], LastEnvironmentElement, 0);
+        }
+        YieldMessages();
+    }
+    const int selected = Run.SelectedAtomCount - Run.CappingAtomCount;
+    for (int place = 0; place < selected; ++place) {
+        CheckAtom(SelectedAtom(place), LastElement, 0);
+    }
+    for (int place = selected; place < Run.SelectedAtomCount; ++place) {
+        CheckAtom(SelectedAtom(place), LastElementCode, LastElement);
+        SelectedAtom(place).AtomType += Run.AtomTypeCount;  // the capping half of the parameter tables
+    }
+}
+
+static void CheckCouplingAtoms() {
+    for (int i = 0; i < Run.NMRAtomCount; ++i) {
+        const int number = Run.NMRAtomList[i];
+        if (number < 1 || number > Run.AtomCount) {
+            FatalError(24650, number);
+        }
+        if (Run.AtomRecords[number - 1].SelectionState == 1) {
+            Warning(16435, number);
+        }
+    }
+}
+
+// Core charges and orbitals of the atoms of the list; a lone pair has neither.
+static double CountOrbitals() {
+    double coreCharge = 0.0;
+    Run.OrbitalCount = 0;
+    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+        const int code = SelectedAtom(place).AtomicNumber;
+        OrbitalRange& range = Run.OrbitalRanges[place];
+        const int orbitals = code > 0 ? OrbitalCountTable[code - 1] : 0;
+        range.First = Run.OrbitalCount + 1;
+        range.LastSP = Run.OrbitalCount + std::min(orbitals, OrbitalsWithoutD);
+        range.Last = Run.OrbitalCount + orbitals;
+        Run.OrbitalCount = range.Last;
+        coreCharge += code > 0 ? CoreChargeTable[code - 1] : 0.0;
+    }
+    return coreCharge;
+}
+
+void CountElectrons() {
+    const long long electrons = static_cast<long long>(CountOrbitals()) - Run.TotalCharge;
+    if (electrons < 0) {
+        FatalError(24672);
+    }
+    if (electrons + 1 < Run.SpinMultiplicity) {
+        FatalError(24673);
+    }
+    if ((electrons + 1) / 2 > Run.OrbitalCount) {
+        FatalError(24674);
+    }
+    Run.ElectronCount = static_cast<int>(electrons);
+    if (Run.SpinMultiplicity == 0) {
+        FatalError(24675);
+    }
+    if (Run.SpinMultiplicity == 1 && Run.ElectronCount % 2 != 0) {
+        FatalError(24676);
+    }
+    if (Run.LogEnabled) {
+        LogMessage(8197);
+        LogMessage(8196, Run.ElectronCount);
+    }
+    Run.DoublyOccupiedLevels = Run.ElectronCount / 2;
+    const int openLevels = Run.ElectronCount % 2;
+    if (Run.DoublyOccupiedLevels < 0) {
+        FatalError(24677);
+    }
+    if (Run.DoublyOccupiedLevels + openLevels > Run.OrbitalCount) {
+        FatalError(24678);
+    }
+    if (Run.LogEnabled) {
+        LogMessage(8194);
+        LogMessage(8195);
+        LogMessage(8198, Run.DoublyOccupiedLevels);
+        LogMessage(8201, Run.TotalCharge, Run.OrbitalCount);
+    }
+    Run.OccupiedLevels = Run.DoublyOccupiedLevels + openLevels;
+}
+
+void ValidateSystem() {
+    CheckRequest();
+    CheckRealAtoms();
+    if (Run.LogEnabled) {
+        ListOptions();
+    }
+    ScaleCoordinates();
+    CheckAtoms();
+    if (Run.CalculateCoupling) {
+        CheckCouplingAtoms();
+    }
+    if (Run.CalculateShielding) {
+        CheckParameters(Run.ParameterFileShielding, "nmr_shft.abp");
+    }
+    if (Run.CalculateCoupling) {
+        CheckParameters(Run.ParameterFileCoupling, "nmr_cupl.abp");
+    }
+    CountElectrons();
+    LogMessage(8552);  // on purpose an id without text: an empty line
+    if (Run.SemiEmpiricalMethod == 1) {
+        LogProgress(4096, Run.OrbitalCount);
+    } else {
+        LogProgress(4097, Run.OrbitalCount);
+    }
+    LogMessage(8552);
+}
+
+template <class Record> static void Allocate(Record*& array, long long count) {
+    FreeArray(array);
+    array = AllocateArray<Record>(count);
+    if (array == nullptr) {
+        FatalError(24576);
+    }
+}
+
+static void AllocateShielding() {
+    const long long atoms = Run.SelectedAtomCount;
+    const long long n = Run.OrbitalCount;
+    for (double*& density : Run.MagneticDensities) {
+        Allocate(density, n * n);
+    }
+    for (double*& term : Run.ShieldingTerms) {
+        Allocate(term, atoms);
+    }
+    Allocate(Run.ShieldingExponents, 3 * atoms);
+    Allocate(Run.ShieldingTotal, atoms);
+    std::fill(Run.ShieldingTotal, Run.ShieldingTotal + atoms, 0.0);
+    Allocate(Run.ShieldingTensor, 9 * atoms);
+    Allocate(Run.TensorDiamagneticTwoCentre, 9 * atoms);
+    Allocate(Run.TensorParamagneticOneCentre, 9 * atoms);
+    Allocate(Run.TensorParamagneticTwoCentre, 9 * atoms);
+}
+
+// What the wavefunction needs, all at once, so that a system that doesn't fit is refused before any integral.
+static void AllocateWavefunction() {
+    const long long n = Run.OrbitalCount;
+    const long long square = n * n;
+    const long long padded = (n + n % 2) * n;
+    const long long history = Run.SCFAccelerateConvergence ? HistoryLength * square : 0;
+    if (!MemoryCanServe(sizeof(double) * (4.0 * static_cast<double>(padded) + 5.0 * static_cast<double>(square) +
+                                          2.0 * static_cast<double>(history)))) {
+        FatalError(24576);
+    }
+    Allocate(Run.OrbitalExponents, n);
+    Allocate(Run.OrbitalAtoms, n);
+    Allocate(Run.OrbitalKinds, n);
+    Allocate(Run.OrbitalPrincipalNumbers, n);
+    Allocate(Run.CoreHamiltonian, square);
+    Allocate(Run.GammaMatrix, square);
+    Allocate(Run.FirstScratch,
+             std::max(padded, static_cast<long long>(Run.NMRAtomCount) * Run.SelectedAtomCount));
+    Allocate(Run.SecondScratch, padded);
+    Allocate(Run.FockMatrix, padded);
+    Allocate(Run.MolecularOrbitals, padded);
+    Allocate(Run.HalfDensity, square);
+    Allocate(Run.TotalDensity, square);
+    Allocate(Run.PreviousDensity, square);
+    Allocate(Run.DiagonalHistory, n);
+    Allocate(Run.CoreDiagonal, n);
+    Allocate(Run.OrbitalEnergiesRaw, n);
+    Allocate(Run.OrbitalEnergies, n);
+    if (Run.SCFAccelerateConvergence) {
+        Allocate(Run.CommutatorHistory, history);
+        Allocate(Run.FockHistory, history);
+    }
+    if (Run.CalculateShielding) {
+        AllocateShielding();
+    }
+    if (Run.CalculateCoupling) {
+        Allocate(Run.CouplingMatrix, static_cast<long long>(Run.NMRAtomCount) * Run.SelectedAtomCount);
+    }
+    if (!ReserveEigensolverWork(Run.OrbitalCount)) {
+        FatalError(24576);
+    }
+}
+
+void PrepareSystem() {
+    Run.PollCounter = 0;
+    Run.PollShift = PollShiftOfParameterRun;
+    ChooseOrbitals();
+    Allocate(Run.OrbitalRanges, Run.SelectedAtomCount);
+    ValidateSystem();
+    AllocateWavefunction();
+    Run.ScfPassCounter = -1;
+}
