@@ -4,7 +4,7 @@
 
 #include "shell/fatal_error.h"
 #include "shell/memory.h"
-#include "shell/platform.h"
+#include "shell/output_file.h"
 #include "shell/run_state.h"
 
 #include <cmath>
@@ -157,7 +157,7 @@ static void WriteParameters(std::FILE* file) {
 
 void WriteResults() {
     const char* path = Run.OutputFilePath;
-    std::FILE* file = OpenFile(path, "w");
+    std::FILE* file = OpenOutputFile();
     if (file == nullptr) {
         FatalError(24628, path);
     }
@@ -167,5 +167,7 @@ void WriteResults() {
     if (Run.CalculateSpectra) {
         WriteSpectrum(file);
     }
-    std::fclose(file);
+    if (!CloseOutputFile(file)) {
+        FatalError(24628, path);
+    }
 }

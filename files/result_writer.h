@@ -3,5 +3,5 @@
 #pragma once
 
 // Writes OutputFilePath from the results in Run, and frees those that it has written. Raises 24628 if the file can't
-// be created.
+// be created or written whole.
 void WriteResults();

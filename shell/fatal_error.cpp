@@ -3,6 +3,7 @@
 #include "shell/fatal_error.h"
 
 #include "shell/log.h"
+#include "shell/output_file.h"
 #include "shell/platform.h"
 #include "shell/recovery_frame.h"
 #include "shell/run_state.h"
@@ -14,10 +15,10 @@ static constexpr int TextLimit = 256;      // characters loaded of a catalogue t
 static constexpr int ExpandedLimit = 400;  // characters of a filled message
 
 void WriteFatalFile(const char* text) {
-    std::FILE* file = OpenFile(Run.OutputFilePath, "w");
+    std::FILE* file = OpenOutputFile();
     if (file != nullptr) {
         std::fprintf(file, "ERRMSG: %s\n", text);
-        std::fclose(file);
+        CloseOutputFile(file);
     }
     std::exit(0);
 }

@@ -2,6 +2,7 @@
 // Writes the log, line by line.
 #include "shell/log.h"
 
+#include "shell/output_file.h"
 #include "shell/platform.h"
 #include "shell/run_state.h"
 
@@ -13,10 +14,10 @@ static constexpr int ExpandedLimit = 800;  // characters of a filled line
 
 // On purpose without the "ERRMSG: " of other failures and without a newline: front ends know the text as it is.
 [[noreturn]] static void WriteLogFailure() {
-    std::FILE* file = OpenFile(Run.OutputFilePath, "w");
+    std::FILE* file = OpenOutputFile();
     if (file != nullptr) {
         std::fputs("Velkoran cannot open the log file.", file);
-        std::fclose(file);
+        CloseOutputFile(file);
     }
     std::exit(0);
 }

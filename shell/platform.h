@@ -87,5 +87,18 @@ int LoadCatalogueText(int id, char* buffer, int limit);
 // Opens a file by a path with backslashes; null on failure, and for a directory.
 std::FILE* OpenFile(const char* path, const char* mode);
 
+// What stands at a path with backslashes.
+enum class PathKind { Absent, OrdinaryFile, Link, Other };
+PathKind KindOfPath(const char* path);
+
+// Moves a file to another path of its directory, over a file that stands there; false on failure.
+bool MoveOver(const char* from, const char* to);
+
+// Removes a file; false on failure.
+bool RemoveFile(const char* path);
+
+// Number of this process in the system.
+unsigned long ProcessNumber();
+
 // Bytes of memory that the machine can still give to this process.
 std::uint64_t AvailableMemory();

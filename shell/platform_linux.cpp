@@ -13,6 +13,7 @@
 #include <ctime>
 #include <initializer_list>
 #include <sys/stat.h>
+#include <unistd.h>
 
 struct PlatformWindow {
     bool Alive;  // created and not yet destroyed
@@ -51,6 +52,7 @@ void InstallStopSignals() {
             sigaction(signal, &action, nullptr);
         }
     }
+    std::signal(SIGXFSZ, SIG_IGN);  // a limit on the size of files is an error of writing, not the end of the process
 }
 
 int StartSockets(int) {
@@ -160,20 +162,54 @@ int LoadCatalogueText(int id, char* buffer, int limit) {
     return std::snprintf(buffer, static_cast<std::size_t>(limit), "%s", text);
 }
 
-std::FILE* OpenFile(const char* path, const char* mode) {
-    char translated[PATH_MAX];
+// A path with slashes; empty for one that is too long, which no file has.
+struct TranslatedPath {
+    char Text[PATH_MAX];
+};
+
+static TranslatedPath Translated(const char* path) {
+    TranslatedPath result;
     const std::size_t length = std::strlen(path);
-    if (length >= sizeof translated) {
-        return nullptr;
+    if (length >= sizeof result.Text) {
+        result.Text[0] = '\0';
+        return result;
     }
     for (std::size_t i = 0; i <= length; ++i) {
-        translated[i] = path[i] == '\\' ? '/' : path[i];
+        result.Text[i] = path[i] == '\\' ? '/' : path[i];
     }
+    return result;
+}
+
+std::FILE* OpenFile(const char* path, const char* mode) {
+    const TranslatedPath translated = Translated(path);
     struct stat status;
-    if (stat(translated, &status) == 0 && S_ISDIR(status.st_mode)) {
+    if (stat(translated.Text, &status) == 0 && S_ISDIR(status.st_mode)) {
         return nullptr;
     }
-    return std::fopen(translated, mode);
+    return std::fopen(translated.Text, mode);
+}
+
+PathKind KindOfPath(const char* path) {
+    struct stat status;
+    if (lstat(Translated(path).Text, &status) != 0) {
+        return PathKind::Absent;
+    }
+    if (S_ISLNK(status.st_mode)) {
+        return PathKind::Link;
+    }
+    return S_ISREG(status.st_mode) ? PathKind::OrdinaryFile : PathKind::Other;
+}
+
+bool MoveOver(const char* from, const char* to) {
+    return std::rename(Translated(from).Text, Translated(to).Text) == 0;
+}
+
+bool RemoveFile(const char* path) {
+    return unlink(Translated(path).Text) == 0;
+}
+
+unsigned long ProcessNumber() {
+    return static_cast<unsigned long>(getpid());
 }
 
 // The number in the first line of a file that begins with label; limitless where there is no such line or the text

@@ -3,5 +3,5 @@
 #pragma once
 
 // Makes SIGTERM, SIGINT and SIGHUP ask for a stop of the run. The handler sets a flag that the next look at the queue
-// turns into a close message.
+// turns into a close message. A file that grows beyond a limit is an error of writing from then on.
 void InstallStopSignals();

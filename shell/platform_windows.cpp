@@ -180,6 +180,29 @@ std::FILE* OpenFile(const char* path, const char* mode) {
     return std::fopen(path, mode);
 }
 
+PathKind KindOfPath(const char* path) {
+    const DWORD attributes = GetFileAttributesA(path);
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        return PathKind::Absent;
+    }
+    if (attributes & FILE_ATTRIBUTE_REPARSE_POINT) {
+        return PathKind::Link;
+    }
+    return attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE) ? PathKind::Other : PathKind::OrdinaryFile;
+}
+
+bool MoveOver(const char* from, const char* to) {
+    return MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING) != 0;
+}
+
+bool RemoveFile(const char* path) {
+    return DeleteFileA(path) != 0;
+}
+
+unsigned long ProcessNumber() {
+    return GetCurrentProcessId();
+}
+
 std::uint64_t AvailableMemory() {
     MEMORYSTATUSEX status = {};
     status.dwLength = sizeof status;

@@ -140,6 +140,23 @@ std::FILE* OpenFile(const char* path, const char* mode) {
     return nullptr;
 }
 
+PathKind KindOfPath(const char* path) {
+    Ask("KindOfPath", path);
+    return PathKind::Absent;
+}
+
+bool MoveOver(const char* from, const char* to) {
+    return Ask("MoveOver", std::string(from) + " " + to);
+}
+
+bool RemoveFile(const char* path) {
+    return Ask("RemoveFile", path);
+}
+
+unsigned long ProcessNumber() {
+    return 1;
+}
+
 std::uint64_t AvailableMemory() {
     return std::uint64_t(1) << 30;
 }

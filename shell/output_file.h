@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+// The output file, which appears whole or not at all: what is written goes to a neighbour of it, with the process
+// number behind the name, and takes the place of the output file once everything has reached the disk.
+#pragma once
+
+#include <cstdio>
+
+// Opens the output file of the run for writing; null if it can't be created. What stands there stays until the file is
+// closed. A path that isn't an ordinary file (a device, a link), and a file in a directory that takes no new ones, are
+// written in place.
+std::FILE* OpenOutputFile();
+
+// Closes the file of OpenOutputFile and puts it in its place. False if it couldn't be written whole: then no output
+// file stands there, or, where it can't be removed, an empty one.
+bool CloseOutputFile(std::FILE* file);
