@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Entry point of the Linux build: the arguments joined with blanks are the command line.
+// Entry point of the Linux build: the arguments joined with blanks are the command line, unless they ask for help.
+#include "shell/command_line_help.h"
+#include "shell/fatal_error.h"
 #include "shell/memory.h"
 #include "shell/platform_linux.h"
 #include "shell/process_entry.h"
@@ -7,6 +9,10 @@
 #include <cstring>
 
 int main(int argc, char** argv) {
+    int answerCode = 0;
+    if (AnswerCommandLine(argc, argv, &answerCode)) {
+        return answerCode;
+    }
     InstallStopSignals();
     std::size_t length = 1;
     for (int i = 1; i < argc; ++i) {
@@ -14,7 +20,7 @@ int main(int argc, char** argv) {
     }
     char* commandLine = AllocateArray<char>(static_cast<long long>(length));
     if (commandLine == nullptr) {
-        return 0;
+        FatalError(24577);
     }
     char* end = commandLine;
     for (int i = 1; i < argc; ++i) {
