@@ -47,7 +47,7 @@ static void MeasureRun(benchmark::State& state, const std::string& name, int met
     const Molecule molecule = ReadMolecule(name);
     const int count = WriteParameterInput(WorkFolder, molecule, nmrAtoms,
                                           "SemiEmpiricalMethod = " + std::to_string(method) + "\n");
-    state.counters["iterations"] = CountIterations();
+    state.counters["field_iterations"] = CountIterations();
     ProgramCost cost = {};
     double shortest = 1e9;
     for (auto _ : state) {
@@ -72,7 +72,7 @@ static void MeasureShielding(benchmark::State& state, const std::string& name, b
     WriteParameterInput(WorkFolder, molecule, INT_MAX,
                         "SemiEmpiricalMethod = 2\nCalculateShielding = yes\nCalculateCoupling = no\n"
                         "ComputeThreeCenterTerms = " + all + "CalculateShieldTensor = " + all);
-    state.counters["iterations"] = CountIterations();
+    state.counters["field_iterations"] = CountIterations();
     ProgramCost cost = {};
     for (auto _ : state) {
         cost = RunOnce(false);
