@@ -33,7 +33,7 @@ void ListCouplingConstants(const double* reduced) {
             if (atomB.AtomicNumber >= 1 && atomB.AtomIndex != atomA.AtomIndex) {
                 const long long entry = g * Run.SelectedAtomCount + place;
                 ListPair(atomA, atomB, reduced[entry], Run.CouplingMatrix[entry]);
-                PollMessages(1);
+                PollMessages(ListedLineUnits);
             }
         }
     }

@@ -5,6 +5,9 @@
 
 #include "shell/message_catalogue.h"
 
+// Work of a line for PollMessages in a long listing: each opens and closes the file.
+inline constexpr int ListedLineUnits = 64;
+
 // Writes one line; nothing if LogEnabled is 0. A log that can't be opened ends the run: the output file then holds
 // "Velkoran cannot open the log file." and the process exits with code 0.
 void LogAppend(const char* text);

@@ -5,7 +5,9 @@
 #include "shell/platform.h"
 #include "shell/run_state.h"
 
-static constexpr int NeighbourPathSize = FilePathSize + 16;
+#include <chrono>
+
+static constexpr int NeighbourPathSize = FilePathSize + 48;
 
 // The file being written; empty while it is the output file itself.
 static char NeighbourPath[NeighbourPathSize];
@@ -24,8 +26,8 @@ std::FILE* OpenOutputFile() {
         }
         std::fclose(present);
     }
-    std::snprintf(NeighbourPath, NeighbourPathSize, "%s.%lu", path, ProcessNumber());
-    RemoveFile(NeighbourPath);
+    const long long now = std::chrono::system_clock::now().time_since_epoch().count();  // containers share numbers
+    std::snprintf(NeighbourPath, NeighbourPathSize, "%s.%lu.%lld", path, ProcessNumber(), now);
     std::FILE* file = OpenFile(NeighbourPath, "w");
     if (file == nullptr) {
         NeighbourPath[0] = '\0';
@@ -48,11 +50,32 @@ static void DiscardOutput() {
     }
 }
 
+// Where the file can't be moved (the output file is a mount of its own, or, on Windows, somebody reads it), its bytes
+// are written over those of the output file.
+static bool CopyToOutput() {
+    std::FILE* from = OpenFile(NeighbourPath, "rb");
+    if (from == nullptr) {
+        return false;
+    }
+    std::FILE* to = OpenFile(Run.OutputFilePath, "wb");
+    bool copied = to != nullptr;
+    if (to != nullptr) {
+        char block[BUFSIZ];
+        for (std::size_t length; copied && (length = std::fread(block, 1, sizeof block, from)) > 0;) {
+            copied = std::fwrite(block, 1, length, to) == length;
+        }
+        copied = copied && std::ferror(from) == 0;
+        copied = std::fclose(to) == 0 && copied;
+    }
+    std::fclose(from);
+    return copied && RemoveFile(NeighbourPath);
+}
+
 bool CloseOutputFile(std::FILE* file) {
     const bool written = std::ferror(file) == 0;
     const bool closed = std::fclose(file) == 0;
     const bool inPlace = NeighbourPath[0] == '\0';
-    if (written && closed && (inPlace || MoveOver(NeighbourPath, Run.OutputFilePath))) {
+    if (written && closed && (inPlace || MoveOver(NeighbourPath, Run.OutputFilePath) || CopyToOutput())) {
         return true;
     }
     DiscardOutput();

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // The output file, which appears whole or not at all: what is written goes to a neighbour of it, with the process
-// number behind the name, and takes the place of the output file once everything has reached the disk.
+// number and the time behind the name, and takes the place of the output file once all of it is written.
 #pragma once
 
 #include <cstdio>
 
 // Opens the output file of the run for writing; null if it can't be created. What stands there stays until the file is
 // closed. A path that isn't an ordinary file (a device, a link), and a file in a directory that takes no new ones, are
-// written in place.
+// written in place; a file that can't be replaced is overwritten as the new one is closed.
 std::FILE* OpenOutputFile();
 
 // Closes the file of OpenOutputFile and puts it in its place. False if it couldn't be written whole: then no output

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <ctime>
 #include <initializer_list>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -210,6 +211,14 @@ bool RemoveFile(const char* path) {
 
 unsigned long ProcessNumber() {
     return static_cast<unsigned long>(getpid());
+}
+
+// The whole pages of the block: a part of them would split its mapping, and then it couldn't grow without a copy.
+void PreferLargePages(void* block, std::size_t bytes) {
+    const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    const auto begin = reinterpret_cast<std::uintptr_t>(block) / page * page;
+    const auto end = (reinterpret_cast<std::uintptr_t>(block) + bytes + page - 1) / page * page;
+    madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);  // a wish: a refusal harms nothing
 }
 
 // The number in the first line of a file that begins with label; limitless where there is no such line or the text

@@ -203,6 +203,8 @@ unsigned long ProcessNumber() {
     return GetCurrentProcessId();
 }
 
+void PreferLargePages(void*, std::size_t) {}
+
 std::uint64_t AvailableMemory() {
     MEMORYSTATUSEX status = {};
     status.dwLength = sizeof status;

@@ -55,7 +55,7 @@ static void ListSpectrum() {
         const SpectrumLine& line = Run.SpectrumLines[i];
         LogMessage(8546, i + 1, static_cast<double>(line.Frequency), static_cast<double>(line.Intensity),
                    line.Degeneracy);
-        PollMessages(1);
+        PollMessages(ListedLineUnits);
     }
 }
 

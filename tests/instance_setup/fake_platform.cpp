@@ -157,6 +157,8 @@ unsigned long ProcessNumber() {
     return 1;
 }
 
+void PreferLargePages(void*, std::size_t) {}
+
 std::uint64_t AvailableMemory() {
     return std::uint64_t(1) << 30;
 }

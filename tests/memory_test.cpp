@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+// Large blocks of memory lie on large pages where the system has them, also after they have grown.
+#include "shell/memory.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#if defined(__SANITIZE_ADDRESS__)
+static constexpr bool Sanitized = true;  // brings its own allocator
+#else
+static constexpr bool Sanitized = false;
+#endif
+
+static constexpr long long Large = 80LL << 20;
+static constexpr long long Larger = 200LL << 20;
+static constexpr long long Small = 40LL << 20;
+
+// The flags of the mapping that holds the whole block, as the system lists them; "" where no single one does.
+static std::string MappingFlags(const void* block, long long bytes) {
+    const auto first = reinterpret_cast<std::uintptr_t>(block);
+    const std::uintptr_t last = first + static_cast<std::uintptr_t>(bytes) - 1;
+    std::ifstream list("/proc/self/smaps");
+    bool inside = false;
+    for (std::string line; std::getline(list, line);) {
+        std::istringstream words(line);
+        std::uintptr_t begin = 0, end = 0;
+        char dash = 0;
+        if (words >> std::hex >> begin >> dash >> end && dash == '-') {
+            inside = begin <= first && last < end;
+        } else if (inside && line.rfind("VmFlags:", 0) == 0) {
+            return line + " ";
+        }
+    }
+    return "";
+}
+
+static bool AsksForLargePages(const void* block, long long bytes) {
+    return MappingFlags(block, bytes).find(" hg ") != std::string::npos;
+}
+
+class LargePages : public testing::Test {
+protected:
+    void SetUp() override {
+        if (Sanitized || !std::ifstream("/sys/kernel/mm/transparent_hugepage/enabled")) {
+            GTEST_SKIP() << "no large pages here, or an allocator that hides them";
+        }
+    }
+};
+
+TEST_F(LargePages, AreAskedForBehindLargeBlocks) {
+    char* block = AllocateArray<char>(Large);
+    ASSERT_NE(block, nullptr);
+    EXPECT_TRUE(AsksForLargePages(block, Large));
+    FreeArray(block);
+    block = AllocateZeroed<char>(Large);
+    ASSERT_NE(block, nullptr);
+    EXPECT_TRUE(AsksForLargePages(block, Large));
+    FreeArray(block);
+}
+
+TEST_F(LargePages, AreNotAskedForBehindSmallerOnes) {
+    char* block = AllocateArray<char>(Small);
+    ASSERT_NE(block, nullptr);
+    EXPECT_NE(MappingFlags(block, Small), "");
+    EXPECT_FALSE(AsksForLargePages(block, Small));
+    FreeArray(block);
+}
+
+// One mapping before and after: a split one couldn't grow without a copy, and would need both blocks at once.
+TEST_F(LargePages, StayBehindAGrowingBlock) {
+    char* block = AllocateArray<char>(Large);
+    ASSERT_NE(block, nullptr);
+    block[0] = 'a';
+    block[Large - 1] = 'z';
+    ASSERT_NE(MappingFlags(block, Large), "");
+    block = static_cast<char*>(ReallocateBytes(block, Larger, 1));
+    ASSERT_NE(block, nullptr);
+    EXPECT_EQ(block[0], 'a');
+    EXPECT_EQ(block[Large - 1], 'z');
+    EXPECT_TRUE(AsksForLargePages(block, Larger));
+    FreeArray(block);
+}
