@@ -4,7 +4,7 @@
 # and compares the results of the examples byte for byte between all three.
 set -eu
 cd "$(dirname "$0")/.."
-sh scripts/install_packages.sh g++ cmake ninja-build libgtest-dev python3
+sh scripts/install_packages.sh g++ cmake ninja-build libgtest-dev python3 mandoc python3-yaml gnuplot-nox
 for preset in debug release sanitize; do
     cmake --preset "$preset" -DBUILD_TESTING=ON >/dev/null
     cmake --build --preset "$preset"
