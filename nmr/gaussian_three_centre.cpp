@@ -47,17 +47,9 @@ static constexpr int Powers[3][LargestCartesian][3] = {
     {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}},
     {{2, 0, 0}, {0, 2, 0}, {0, 0, 2}, {1, 1, 0}, {1, 0, 1}, {0, 1, 1}}};
 
-// The place of a function with these powers among those of its degree.
+// The place of a function with these powers among those of its degree, which is 0 or 1.
 static int PlaceOf(const int* powers) {
-    if (powers[0] + powers[1] + powers[2] < 2) {
-        return powers[1] + 2 * powers[2];
-    }
-    for (int i = 0; i < 3; ++i) {
-        if (powers[i] == 2) {
-            return i;
-        }
-    }
-    return powers[2] == 0 ? 3 : powers[1] == 0 ? 4 : 5;
+    return powers[1] + 2 * powers[2];
 }
 
 // One shell of an atom in six Gaussians: their exponents, and the factor of the monomial (xx for d).

@@ -129,7 +129,7 @@ TEST_F(OptionKeys, RealValues) {
         double Number;
     } values[] = {{"0.1", 0.1},   {"-2.5", -2.5}, {"+.5", 0.5},  {"1e-3", 1e-3}, {"1E2", 100.0}, {"300", 300.0},
                   {"5 MHz", 5.0}, {"1e", 1.0},    {"1d5", 1.0},  {"", 0.0},      {"x1", 0.0},    {"inf", 0.0},
-                  {"nan", 0.0},   {"0x10", 0.0},  {".", 0.0},    {"-", 0.0},     {"1e999", 0.0}};
+                  {"nan", 0.0},   {"0x10", 0.0},  {".", 0.0},    {"-", 0.0},     {"1e999", 0.0}, {"-0X1p4", 0.0}};
     for (const auto& value : values) {
         ::Run.FinitePerturbation = ::Run.NMRFrequency = 77.0;
         EXPECT_TRUE(Offer(std::string("FinitePerturbation = ") + value.Value));

@@ -91,6 +91,17 @@ TEST(ParameterResults, LonePair) {
                                   "1.500 0.000 3.500 4.500 \n9.500 0.000 11.500 12.500 \n13.500 0.000 15.500 16.500 \n");
 }
 
+// Two lines for each nucleus with an atomic number, nine numbers and five.
+TEST(ParameterResults, LonePairHasNoTensor) {
+    Molecule molecule = WaterMolecule();
+    molecule.Atoms.insert(molecule.Atoms.begin() + 1, {"Lp", 0.0, 0.0, -0.5});
+    const std::string output = RunMolecule(With(molecule, {NoCoupling, "CalculateShieldTensor = yes"})).Output;
+    const std::size_t begin = output.find("TENSOR\n");
+    const std::size_t end = output.find("COUPLING\n");
+    ASSERT_LT(begin, end) << output;
+    EXPECT_EQ(CountOf(output.substr(begin, end - begin), "\n"), 1 + 2 * 3) << output;
+}
+
 // The fraction of the frequency is dropped, whatever its sign.
 TEST(ParameterResults, FieldIsCut) {
     const struct {

@@ -132,6 +132,16 @@ TEST(TensorEigenproblem, PrincipalCubeRoot) {
     }
 }
 
+// Property: u to the third is 1 and v is 0, whose logarithms are 0 and none at all. Set-up: the cyclic permutation of the
+// axes; x^3 = 1 has the real root 1 and a pair with the real part -1/2. Tolerance: SingleTolerance.
+TEST(TensorEigenproblem, CyclicPermutation) {
+    const double expected[5] = {-0.5, -0.5, 1.0, 0.0, 1.5};
+    const std::vector<double> values = Solve({0, 1, 0, 0, 0, 1, 1, 0, 0});
+    for (std::size_t i = 0; i < 5; ++i) {
+        EXPECT_NEAR(values[i], expected[i], SingleTolerance);
+    }
+}
+
 // Property: mean and anisotropy follow from the three values as printed, and the mean is a third of the trace. The
 // trace passes through one single. Tolerance: 1e-15 for the first two, SingleTolerance of the largest for the last.
 TEST(TensorEigenproblem, MeanAndAnisotropy) {

@@ -159,7 +159,10 @@ TEST(TextScan, NumberOnItsLineSaturatesOrFails) {
         EXPECT_FALSE(ReadInteger(file, &value)) << bad;
         std::fclose(file);
     }
-    for (std::string bad : {"nan\n", "1e999\n", "1e\n", "inf\n", " \n", "-\n", "x\n"}) {
+    // the last one is 0.000...01, longer than any number that is read
+    for (std::string bad : {std::string("nan\n"), std::string("1e999\n"), std::string("1e\n"), std::string("inf\n"),
+                            std::string(" \n"), std::string("-\n"), std::string("x\n"),
+                            "0." + std::string(700, '0') + "1\n"}) {
         double real = 0.0;
         file = Opened(bad);
         EXPECT_FALSE(ReadReal(file, &real)) << bad;

@@ -154,6 +154,13 @@ TEST(WeakCoupling, LargestCouplingOfTheSystemCounts) {
     EXPECT_EQ(RunWeak(LikeSpins({1.0, 1.01, 9.0}, {0.0, 0.0, 11.0})).Log.find(Doubt), 0u);
 }
 
+// Every pair of the three is doubtful.
+TEST(WeakCoupling, DoubtOfSeveralPairsIsToldOnce) {
+    const std::string log = RunWeak(LikeSpins({1.0, 1.001, 1.002}, {9.0, 9.0, 9.0})).Log;
+    EXPECT_EQ(log.find(Doubt), 0u);
+    EXPECT_EQ(log.find(Doubt, 1), std::string::npos);
+}
+
 TEST(WeakCoupling, GroupOfNoNucleiIsOneState) {
     SpinSystem system = Weak(LikeSpins({1.0, 2.0}, {7.0}));
     system.Nuclei = {0, 1};

@@ -1,0 +1,67 @@
+#!/bin/sh
+# SPDX-License-Identifier: MIT
+# Builds the program with g++ and clang++, each at -O0 and at -O3, and compares the results of the examples byte for
+# byte: between the four builds, and of the optimised builds on emulated processors that lack vector instructions.
+# The examples keep their own print levels. Listings of level 4 can still differ on a processor without fused products,
+# where exp and log of the C library have other last digits, and orbitals may come with the other sign.
+set -eu
+cd "$(dirname "$0")/.."
+if [ "$(uname -m)" != x86_64 ]; then
+    echo "run_build_matrix: there are several kernels, and so a choice to restrict, on x86_64 only" >&2
+    exit 1
+fi
+sh scripts/install_packages.sh g++ clang cmake ninja-build qemu-user
+top=build/matrix
+mkdir -p "$top"
+
+# Both choices that the program makes, made by its own functions.
+cat >"$top/kernel_names.cpp" <<'END'
+#include "nmr/three_centre_kernels.h"
+#include "wavefunction/dense_kernels.h"
+
+#include <cstdio>
+
+int main() {
+    std::printf("%s %s\n", Kernels().Name, KernelsOfThreeCentres().Name);
+}
+END
+
+programs=""
+for compiler in g++ clang++; do
+    for level in O0 O3; do
+        build=$top/$compiler-$level
+        cmake -S . -B "$build" -G Ninja -DBUILD_TESTING=OFF -DCMAKE_CXX_COMPILER=$compiler -DCMAKE_BUILD_TYPE=None \
+            -DCMAKE_CXX_FLAGS=-$level >/dev/null
+        cmake --build "$build" --target velkoran
+        if grep '"command"' "$build/compile_commands.json" | grep -vq -e " -$level "; then
+            echo "run_build_matrix: not every file of $build is compiled with -$level" >&2
+            exit 1
+        fi
+        $compiler -std=c++20 -I. "$top/kernel_names.cpp" "$build/libvelkoran_core.a" -o "$build/kernel_names"
+        echo "run_build_matrix: $compiler -$level as it is: $("$build/kernel_names")"
+        programs="$programs $build/velkoran"
+    done
+done
+
+# A wrapper that runs the optimised program on an emulated processor, where both choices must fall on those kernels.
+emulate() {
+    for compiler in g++ clang++; do
+        build=$top/$compiler-O3
+        chosen=$(qemu-x86_64 -cpu "$2" "$build/kernel_names")
+        echo "run_build_matrix: $compiler -O3 on $2: $chosen"
+        if [ "$chosen" != "$3 $3" ]; then
+            echo "run_build_matrix: the choice isn't restricted to $3" >&2
+            exit 1
+        fi
+        printf '#!/bin/sh\nexec qemu-x86_64 -cpu %s "%s/velkoran" "$@"\n' "$2" "$PWD/$build" >"$build/velkoran_$1"
+        chmod +x "$build/velkoran_$1"
+        programs="$programs $build/velkoran_$1"
+    done
+}
+emulate baseline Nehalem baseline                # SSE4.2; the C library takes its functions without fused products
+emulate no_avx2 max,-avx2 baseline
+emulate avx2_without_fma max,-fma avx2           # the same functions of the C library with the wider kernels
+emulate avx2 max,-avx512f avx2
+
+# shellcheck disable=SC2086
+sh scripts/compare_builds.sh $programs
