@@ -37,6 +37,11 @@ step unit_tests $check "$build/tests/velkoran_unit_tests" --gtest_brief=1 \
     --gtest_filter='-RunOneJob.TerminatesItsDirectories'
 # shellcheck disable=SC2086
 step instance_setup_tests $check "$build/tests/velkoran_instance_setup_tests" --gtest_brief=1
+for seeds in tests/fuzz/corpus_*; do
+    target=${seeds#tests/fuzz/corpus_}
+    # shellcheck disable=SC2086
+    step "seeds_of_$target" $check "$build/tests/fuzz/velkoran_corpus_$target" "$seeds"
+done
 
 # Left out: stops within a time that a processor of a thirtieth of the speed can't keep, and failing allocations, whose
 # library takes the place of the allocator that Valgrind has to see.
