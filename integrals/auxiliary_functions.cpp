@@ -3,6 +3,7 @@
 // allocates nothing.
 #include "integrals/auxiliary_functions.h"
 
+#include "integrals/elementary_functions.h"
 #include "spectrum/factorial.h"
 
 #include <cmath>
@@ -26,7 +27,7 @@ static constexpr struct {
 
 // Integration by parts. It loses digits as |q| gets small against the order: hence the series.
 static void RecurrenceB(double* tableB, double q, int order) {
-    const double e = std::exp(q);
+    const double e = Exponential(q);
     const double difference = e - 1.0 / e;
     const double sum = e + 1.0 / e;
     tableB[0] = difference / q;
@@ -78,7 +79,7 @@ static void FillTableB(double* tableB, double* scratch, double q, int order) {
 static void FillTableA(double* tableA, double p, int order) {
     const double size = std::fabs(p);
     if (size > SmallestArgument && size < LargestArgument) {
-        const double e = std::exp(-p);
+        const double e = Exponential(-p);
         tableA[0] = e / p;
         for (int n = 1; n <= order; ++n) {
             tableA[n] = (n * tableA[n - 1] + e) / p;

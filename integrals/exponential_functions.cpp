@@ -2,6 +2,7 @@
 // E1 by three approximations, each for its range of arguments, and the auxiliary tables built on pairs of them.
 #include "integrals/exponential_functions.h"
 
+#include "integrals/elementary_functions.h"
 #include "shell/message_poll.h"
 
 #include <cmath>
@@ -39,14 +40,14 @@ template <int Count> static double Horner(const double (&coefficients)[Count], d
 
 static double LargeE1(double x) {
     const double y = RangeLimit / x;
-    return std::exp(-x) * y * Horner(LargeArgument, y);
+    return Exponential(-x) * y * Horner(LargeArgument, y);
 }
 
 static double SmallE1(double x) {
     if (std::fabs(x) < SmallestArgument) {
         return ValueAtZero;
     }
-    return -(std::log10(std::fabs(x)) * NaturalOfTen) - x * Horner(SmallArgument, x) - EulerOfPolynomial;
+    return -(DecimalLogarithm(std::fabs(x)) * NaturalOfTen) - x * Horner(SmallArgument, x) - EulerOfPolynomial;
 }
 
 // The series of Ei. Its terms overflow from about x = -709 on; then the sum is infinite and the series is at its
@@ -55,7 +56,7 @@ static double NegativeE1(double x) {
     const double a = std::fabs(x);
     double term = a;
     double k = 1.0;
-    double sum = std::log(a) + EulerOfSeries + a;
+    double sum = NaturalLogarithm(a) + EulerOfSeries + a;
     while (std::fabs(term) > SmallestTerm && std::isfinite(sum)) {
         const double next = k + 1.0;
         term = term * a / (next / k * next);
@@ -84,20 +85,20 @@ static double ValueOfE1(double x) {
 
 double ExponentialPairPlus(double a, double b) {
     if (std::fabs(b) >= SmallestArgument) {
-        const double grow = std::exp(a - b);
-        const double fall = std::exp(b - a);
-        return grow * ValueOfE1(2.0 * a) + fall * std::log(std::fabs(b / a)) + fall * ValueOfE1(2.0 * b);
+        const double grow = Exponential(a - b);
+        const double fall = Exponential(b - a);
+        return grow * ValueOfE1(2.0 * a) + fall * NaturalLogarithm(std::fabs(b / a)) + fall * ValueOfE1(2.0 * b);
     }
-    return std::exp(a) * ValueOfE1(2.0 * a) - (std::log(2.0 * a) + EulerOfPairs) * std::exp(-a);
+    return Exponential(a) * ValueOfE1(2.0 * a) - (NaturalLogarithm(2.0 * a) + EulerOfPairs) * Exponential(-a);
 }
 
 double ExponentialPairMinus(double a, double b) {
     if (std::fabs(b) >= SmallestArgument) {
-        const double grow = std::exp(a - b);
-        const double fall = std::exp(b - a);
-        return grow * ValueOfE1(2.0 * a) - fall * std::log(std::fabs(b / a)) - fall * ValueOfE1(2.0 * b);
+        const double grow = Exponential(a - b);
+        const double fall = Exponential(b - a);
+        return grow * ValueOfE1(2.0 * a) - fall * NaturalLogarithm(std::fabs(b / a)) - fall * ValueOfE1(2.0 * b);
     }
-    return std::exp(a) * ValueOfE1(2.0 * a) + (std::log(2.0 * a) + EulerOfPairs) * std::exp(-a);
+    return Exponential(a) * ValueOfE1(2.0 * a) + (NaturalLogarithm(2.0 * a) + EulerOfPairs) * Exponential(-a);
 }
 
 // Gp and Gm are the values of the pair functions, u = 1/(a - b), e = e^(-a).
@@ -122,8 +123,8 @@ static void FillTableP(const double* y, int order, double gp, double gm, double 
 }
 
 static void FillTableQ(const double* x, double gp, double gm, double u, double b, double* q) {
-    const double cp = std::exp(b) + std::exp(-b);
-    const double cm = std::exp(b) - std::exp(-b);
+    const double cp = Exponential(b) + Exponential(-b);
+    const double cm = Exponential(b) - Exponential(-b);
     q[0] = u * gm;
     q[1] = (q[0] - cm * x[0] - gp) * u;
     q[2] = (2.0 * q[1] + gm - cp * x[0] - cm * x[1]) * u;
@@ -139,7 +140,7 @@ void ExponentialAuxiliaryTables(double a, double b, const double* tableX, const 
     const double gp = ExponentialPairPlus(a, b);
     const double gm = ExponentialPairMinus(a, b);
     const double u = 1.0 / (a - b);
-    FillTableP(tableY, order, gp, gm, u, std::exp(-a), tableP);
+    FillTableP(tableY, order, gp, gm, u, Exponential(-a), tableP);
     FillTableQ(tableX, gp, gm, u, b, tableQ);
     PollMessages(TableUnits);
 }

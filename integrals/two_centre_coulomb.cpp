@@ -5,9 +5,9 @@
 
 #include "integrals/auxiliary_functions.h"
 #include "integrals/coulomb_coefficients.h"
+#include "integrals/elementary_functions.h"
 #include "shell/message_poll.h"
 
-#include <cmath>
 
 static constexpr int ClassUnits = 200;  // of a poll
 
@@ -36,7 +36,7 @@ static double PointCharge(const double* screening, int powers, double s) {
     for (int k = powers - 2; k >= 0; --k) {
         sum = sum * s + screening[k];
     }
-    return 1.0 - std::exp(-s) * sum;
+    return 1.0 - Exponential(-s) * sum;
 }
 
 // The double integral of total power n in xi and eta.

@@ -7,6 +7,7 @@
 // which is smooth on both panels (0, R) and (R, infinity): Gauss-Legendre in t and on (0, R), Gauss-Laguerre outside.
 #include "nmr/pair_integrals.h"
 
+#include "integrals/elementary_functions.h"
 #include "nmr/gauss_rules.h"
 #include "shell/message_poll.h"
 
@@ -76,7 +77,7 @@ static int LegendreRule(double decay, int powers) {
 static void FillDecays(const GaussRule* rule, double argument, double* decay) {
     const int half = rule->Count / 2;
     for (int i = 0; i < half; i++) {
-        const double e = std::exp(argument * rule->Nodes[i]);
+        const double e = Exponential(argument * rule->Nodes[i]);
         decay[half - 1 - i] = e;
         decay[half + i] = 1.0 / e;
     }
@@ -190,7 +191,7 @@ static void AddRadialPoint(const Moments moments, double weight, double r, doubl
 static void RadialFunctions(const PairOrbitals* atom, int momentum, double r, double* radial) {
     const double power = atom->Shell == 1 ? 1.0 : atom->Shell == 2 ? r : r * r;
     for (int l = 0; l <= momentum; l++) {
-        radial[l] = power * std::exp(-atom->Zeta[l] * r);
+        radial[l] = power * Exponential(-atom->Zeta[l] * r);
     }
 }
 
@@ -233,7 +234,7 @@ static void SumRadially(const PairOrbitals* a, const PairOrbitals* b, double dis
             } else {
                 FillDecays(angular, b->Zeta[l] * r, decays[l]);
             }
-            radialB[l] = std::exp(-b->Zeta[l] * distance);
+            radialB[l] = Exponential(-b->Zeta[l] * distance);
         }
         SumMoments<MomentumA, MomentumB>(t, weights, count, b->Shell, r, distance, decays, moments);
         RadialFunctions(a, MomentumA, r, radialA);
@@ -248,7 +249,7 @@ static void SumRadially(const PairOrbitals* a, const PairOrbitals* b, double dis
         SumMoments<MomentumA, MomentumB>(t, weights, count, b->Shell, r, distance, decays, moments);
         RadialFunctions(a, MomentumA, r, radialA);
         for (int l = 0; l <= MomentumB; l++) {
-            radialB[l] = std::exp(-b->Zeta[l] * r);
+            radialB[l] = Exponential(-b->Zeta[l] * r);
         }
         AddRadialPoint<MomentumA, MomentumB>(moments, outer->Weights[i] / scale, r, distance, radialA, radialB, sums);
     }

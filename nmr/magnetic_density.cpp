@@ -3,6 +3,7 @@
 #include "nmr/magnetic_density.h"
 
 #include "files/parameter_files.h"
+#include "integrals/elementary_functions.h"
 #include "nmr/first_order_orbitals.h"
 #include "shell/log.h"
 #include "shell/message_poll.h"
@@ -45,7 +46,7 @@ static void FillOneCentreBlock(const AtomBlock& block, int orbitals, const doubl
 static double SineOfPhase(const double* a, const double* b, const double* h) {
     const double phase = h[0] * (a[1] * b[2] - a[2] * b[1]) + h[1] * (a[2] * b[0] - a[0] * b[2]) +
                          h[2] * (a[0] * b[1] - a[1] * b[0]);
-    return std::isfinite(phase) ? std::sin(phase) : 0.0;
+    return std::isfinite(phase) ? Sine(phase) : 0.0;
 }
 
 static void FillPairBlock(const OrbitalRange& a, const OrbitalRange& b, double sine, double* hamiltonian) {

@@ -3,6 +3,7 @@
 // the product of the two orbitals, in closed form.
 #include "nmr/pair_integrals.h"
 
+#include "integrals/elementary_functions.h"
 #include "nmr/field_terms.h"
 #include "shell/message_poll.h"
 
@@ -22,7 +23,7 @@ struct RadialField {
 
 // inner[p] := integral of u^p e^(-xu) from 0 to 1 for p from 0 to top, outer[p] := the same from 1 to infinity.
 static void FillGammaTables(double x, int top, double* inner, double* outer) {
-    const double e = std::exp(-x);
+    const double e = Exponential(-x);
     outer[0] = e / x;
     for (int p = 1; p <= top; p++) {
         outer[p] = (e + p * outer[p - 1]) / x;
@@ -143,7 +144,7 @@ static void FillThirdRowMoments(double zeta, double r, PairTable table) {
     static const int columns[10] = {0, 3, 4, 1, 5, 3, 4, 4, 5, 7};
     const double t = 2.0 * zeta * r;
     const double t2 = t * t;
-    const double e = std::exp(-t);
+    const double e = Exponential(-t);
     double p[10];
     for (int i = 0; i < 10; i++) {
         p[i] = e * PolynomialOf(polynomials[i], degrees[i], t);
@@ -205,7 +206,7 @@ static void SetPair(PairTable table, int row, int column, double value) {
 static void FillSecondRowMagnetic(double z, double r, double k, PairTable tables[3]) {
     const double x = z * r;
     const double u = 1.0 / x;
-    const double e = std::exp(-2.0 * x);
+    const double e = Exponential(-2.0 * x);
     const double z3 = z * z * z;
     const double a = (u * u / 2.0 - (u * u / 2.0 + u + x + 1.0) * e) * z3 * -0.5773502717125849 * k;
     const double b = -(u * u * u / 2.0 - (u * u * u / 2.0 + u * u + u + x + 1.0) * e) * z3 * k;

@@ -2,6 +2,8 @@
 // Solves the characteristic cubic of a tensor in complex arithmetic, part of it in single precision.
 #include "nmr/tensor_eigenproblem.h"
 
+#include "integrals/elementary_functions.h"
+
 #include <cmath>
 #include <utility>
 
@@ -45,31 +47,31 @@ static double ComplexAbsolute(ComplexDouble z) {
 
 static double ComplexArg(ComplexDouble z) {
     if (z.Real == 0.0) {
-        return z.Imaginary == 0.0 ? 0.0 : std::asin(z.Imaginary / ComplexAbsolute(z));
+        return z.Imaginary == 0.0 ? 0.0 : ArcSine(z.Imaginary / ComplexAbsolute(z));
     }
     if (z.Imaginary == 0.0) {
-        return std::acos(z.Real / ComplexAbsolute(z));
+        return ArcCosine(z.Real / ComplexAbsolute(z));
     }
-    return std::atan2(z.Imaginary, z.Real);
+    return ArcTangent2(z.Imaginary, z.Real);
 }
 
 static ComplexSingle ComplexSingleSqrt(ComplexSingle z) {
     const ComplexDouble wide = WidenComplex(z);
     const double size = std::sqrt(ComplexAbsolute(wide));
     const double half = ComplexArg(wide) / 2.0;
-    return MakeComplexSingle(size * std::cos(half), size * std::sin(half));
+    return MakeComplexSingle(size * Cosine(half), size * Sine(half));
 }
 
 static ComplexDouble ComplexLog(ComplexDouble z) {
-    return {std::log10(ComplexAbsolute(z)) * NaturalPerDecimal, ComplexArg(z)};
+    return {DecimalLogarithm(ComplexAbsolute(z)) * NaturalPerDecimal, ComplexArg(z)};
 }
 
 static ComplexDouble ComplexExp(ComplexDouble z) {
-    const double size = z.Real == 0.0 ? 1.0 : std::exp(z.Real);
+    const double size = z.Real == 0.0 ? 1.0 : Exponential(z.Real);
     if (z.Imaginary == 0.0) {
         return {size, 0.0};
     }
-    return {size * std::cos(z.Imaginary), size * std::sin(z.Imaginary)};
+    return {size * Cosine(z.Imaginary), size * Sine(z.Imaginary)};
 }
 
 static ComplexDouble ComplexPower(ComplexDouble z, double power) {

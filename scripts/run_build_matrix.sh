@@ -2,8 +2,6 @@
 # SPDX-License-Identifier: MIT
 # Builds the program with g++ and clang++, each at -O0 and at -O3, and compares the results of the examples byte for
 # byte: between the four builds, and of the optimised builds on emulated processors that lack vector instructions.
-# The examples keep their own print levels. Listings of level 4 can still differ on a processor without fused products,
-# where exp and log of the C library have other last digits, and orbitals may come with the other sign.
 set -eu
 cd "$(dirname "$0")/.."
 if [ "$(uname -m)" != x86_64 ]; then
@@ -58,9 +56,9 @@ emulate() {
         programs="$programs $build/velkoran_$1"
     done
 }
-emulate baseline Nehalem baseline                # SSE4.2; the C library takes its functions without fused products
+emulate baseline Nehalem baseline                # SSE4.2
 emulate no_avx2 max,-avx2 baseline
-emulate avx2_without_fma max,-fma avx2           # the same functions of the C library with the wider kernels
+emulate avx2_without_fma max,-fma avx2           # where a C library takes other functions
 emulate avx2 max,-avx512f avx2
 
 # shellcheck disable=SC2086
