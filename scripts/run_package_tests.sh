@@ -138,6 +138,7 @@ cd "$folder"
 wineboot -i >/dev/null 2>&1 </dev/null || fail "wineboot"
 wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1 </dev/null || fail "wine reg"
 wineserver -w
+cp "$top/built_runs/methane/nmrparam.in" examples/methane  # with the print level of those runs
 timeout 60 wine velkoran.exe parameters 'examples\methane' 1 'examples\methane\run.log' >/dev/null 2>&1 </dev/null ||
     fail "velkoran.exe ends with exit code $?"
 wineserver -w
