@@ -10,12 +10,8 @@
 #include <ctime>
 #include <sys/wait.h>
 
-#if defined(__SANITIZE_ADDRESS__)
-static constexpr int LongExactGroups = 11;
-#else
-static constexpr int LongExactGroups = 13;
-#endif
-static constexpr double StartSeconds = 10.0;  // until the first lines are in the log
+static constexpr int LongExactGroups = 13;    // seconds in every build
+static constexpr double StartSeconds = 30.0;  // until the first lines are in the log
 static constexpr double StopSeconds = 1.0;    // a stop is promised within 0.1 s; the machine may be busy
 static constexpr char Progress[] = "\nComputing the NMR spectrum ...\n";
 static constexpr char BlockTable[] = "Number of SubMatrices = 1\n";
