@@ -5,8 +5,6 @@
 #include "shell/platform.h"
 #include "shell/run_state.h"
 
-#include <chrono>
-
 static constexpr int NeighbourPathSize = FilePathSize + 48;
 
 // The file being written; empty while it is the output file itself.
@@ -26,8 +24,7 @@ std::FILE* OpenOutputFile() {
         }
         std::fclose(present);
     }
-    const long long now = std::chrono::system_clock::now().time_since_epoch().count();  // containers share numbers
-    std::snprintf(NeighbourPath, NeighbourPathSize, "%s.%lu.%lld", path, ProcessNumber(), now);
+    std::snprintf(NeighbourPath, NeighbourPathSize, "%s.%lu.%lld", path, ProcessNumber(), SystemTime());
     std::FILE* file = OpenFile(NeighbourPath, "w");
     if (file == nullptr) {
         NeighbourPath[0] = '\0';

@@ -97,8 +97,9 @@ bool MoveOver(const char* from, const char* to);
 // Removes a file; false on failure.
 bool RemoveFile(const char* path);
 
-// Number of this process in the system.
+// Number of this process in the system, which containers share, and the time in the platform's smallest units.
 unsigned long ProcessNumber();
+long long SystemTime();
 
 // Asks for large pages behind a block of memory, where the system has them: they are given back in a fraction of the
 // time.

@@ -213,6 +213,12 @@ unsigned long ProcessNumber() {
     return static_cast<unsigned long>(getpid());
 }
 
+long long SystemTime() {
+    std::timespec now = {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return 1000000000LL * now.tv_sec + now.tv_nsec;
+}
+
 // The whole pages of the block: a part of them would split its mapping, and then it couldn't grow without a copy.
 void PreferLargePages(void* block, std::size_t bytes) {
     const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));

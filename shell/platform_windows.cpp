@@ -203,6 +203,12 @@ unsigned long ProcessNumber() {
     return GetCurrentProcessId();
 }
 
+long long SystemTime() {
+    FILETIME now = {};
+    GetSystemTimeAsFileTime(&now);
+    return static_cast<long long>(now.dwHighDateTime) << 32 | now.dwLowDateTime;
+}
+
 void PreferLargePages(void*, std::size_t) {}
 
 std::uint64_t AvailableMemory() {

@@ -157,6 +157,10 @@ unsigned long ProcessNumber() {
     return 1;
 }
 
+long long SystemTime() {
+    return 1;
+}
+
 void PreferLargePages(void*, std::size_t) {}
 
 std::uint64_t AvailableMemory() {
