@@ -23,7 +23,8 @@ static void FinishRunInput() {
 
 void ReadRunInput() {
     RecoveryFrame frame;
-    if (RESUMED_AT_FRAME(frame)) {
+    PushRecoveryFrame(frame);
+    if (SAVE_CONTEXT(frame)) {
         FreeArray(Run.NucleiInGroup);
         FreeArray(Run.ChemicalShifts);
         FreeArray(Run.CouplingMatrix);

@@ -180,8 +180,10 @@ int ProcessEntry(const char* commandLine) {
     }
     InitInstance(commandLine);
     RecoveryFrame frame;
-    while (RESUMED_AT_FRAME(frame)) {  // an error raised up to here is over; the frame is pushed again
+    PushRecoveryFrame(frame);
+    if (SAVE_CONTEXT(frame)) {  // an error raised up to here is over; the frame is pushed again
         PopRecoveryFrame(1);
+        PushRecoveryFrame(frame);
     }
     if (!Run.QuitRequested) {
         RunMessageLoop();

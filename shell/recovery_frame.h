@@ -5,7 +5,7 @@
 
 #include <csetjmp>
 
-// One guarded scope. Filled by RESUMED_AT_FRAME, valid until PopRecoveryFrame or the return of its function.
+// One guarded scope. Filled by PushRecoveryFrame and SAVE_CONTEXT, valid until PopRecoveryFrame or the return of its function.
 struct RecoveryFrame {
     RecoveryFrame* Previous;  // next older frame, or null
     int Raised;               // 1 once an error was raised into this frame
@@ -14,18 +14,16 @@ struct RecoveryFrame {
 };
 
 // Saves the context of the calling function in a frame; 0 now, 1 when RaiseError resumes it. A macro, since the
-// function that saves a context must still be running when it is resumed. On 64-bit Windows the second argument makes
+// function that saves a context must still be running when it is resumed. It stands as the whole condition of an if,
+// alone or behind "!": the C standard allows setjmp in few other places. On 64-bit Windows the second argument makes
 // the jump restore registers only, with no walk through the system's unwind tables.
 #if defined(_WIN64)
-#define SAVE_CONTEXT(frame) (_setjmp((frame).Context, nullptr) != 0)
+#define SAVE_CONTEXT(frame) _setjmp((frame).Context, nullptr)
 #else
-#define SAVE_CONTEXT(frame) (setjmp((frame).Context) != 0)
+#define SAVE_CONTEXT(frame) setjmp((frame).Context)
 #endif
 
-// Pushes the frame and saves its context: false now, true when an error resumes it.
-#define RESUMED_AT_FRAME(frame) (PushRecoveryFrame(frame), SAVE_CONTEXT(frame))
-
-// Links the frame at the top of the chain; its context is saved by RESUMED_AT_FRAME.
+// Links the frame at the top of the chain; its context is saved by SAVE_CONTEXT.
 void PushRecoveryFrame(RecoveryFrame& frame);
 
 // Unlinks the newest frame. An error in flight is raised again into the next older one; with no frame left, or with

@@ -64,7 +64,8 @@ static void ComputeAndReport() {
 
 void RunOneJob(int kind) {
     RecoveryFrame frame;
-    if (RESUMED_AT_FRAME(frame)) {
+    PushRecoveryFrame(frame);
+    if (SAVE_CONTEXT(frame)) {
         FreeRunData();
         PopRecoveryFrame(0);
         return;

@@ -25,7 +25,8 @@ protected:
 // A scope that notes its clean-up and passes the error on.
 static void GuardedScope(const char* name, void (*inner)()) {
     RecoveryFrame frame;
-    if (RESUMED_AT_FRAME(frame)) {
+    PushRecoveryFrame(frame);
+    if (SAVE_CONTEXT(frame)) {
         Trace += std::string(name) + " ";
         PopRecoveryFrame(0);
         return;
@@ -47,7 +48,8 @@ static void RaiseWithoutCode() {
 // The outermost scope, which ends the error as the process does.
 static void OutermostScope(void (*inner)()) {
     RecoveryFrame frame;
-    if (RESUMED_AT_FRAME(frame)) {
+    PushRecoveryFrame(frame);
+    if (SAVE_CONTEXT(frame)) {
         Trace += "process ";
         PopRecoveryFrame(1);
         return;
