@@ -393,7 +393,7 @@ void FindTridiagonalVectors(double* vectors, const double* values, int n, double
         for (int lane = 0; lane < count; ++lane) {
             const int i = first + lane;
             double* x = VectorRow(i);
-            while (Search.GroupStart < i && !(std::fabs(values[Search.GroupStart] - values[i]) < GroupWidth)) {
+            while (std::fabs(values[Search.GroupStart] - values[i]) >= GroupWidth) {
                 ++Search.GroupStart;
             }
             MendVector(i, x);
