@@ -4,6 +4,7 @@
 
 #include "shell/fatal_error.h"
 #include "shell/memory.h"
+#include "shell/message_catalogue.h"
 #include "shell/output_file.h"
 #include "shell/run_state.h"
 
@@ -11,7 +12,9 @@
 #include <cstdint>
 #include <cstring>
 
-static constexpr int LineRoom = 128;  // characters of a spectrum line at most
+static constexpr int LineRoom = 128;     // characters of a spectrum line at most
+static constexpr int SingleRoom = 60;    // of one number of it
+static constexpr int NumberRoom = 330;   // of a number in double precision
 static constexpr double LargestExactThousandths = 9.0e15;
 
 // Prints an unsigned integer with at least minimalDigits digits; returns the end of the text.
@@ -33,7 +36,9 @@ static char* PrintDigits(char* text, std::uint64_t value, int minimalDigits) {
 static char* PrintThousandths(char* text, float value) {
     const double thousandths = static_cast<double>(value) * 1000.0;
     if (!(std::fabs(thousandths) < LargestExactThousandths)) {
-        return text + std::snprintf(text, LineRoom / 2, "%.3f", static_cast<double>(value));
+        char number[SingleRoom];
+        FormatText(number, "%.3f", static_cast<double>(value));
+        return std::strcpy(text, number) + std::strlen(number);
     }
     if (std::signbit(value)) {
         *text++ = '-';
@@ -60,6 +65,13 @@ static void WriteSpectrum(std::FILE* file) {
         std::fputs(text, file);
     }
     FreeArray(Run.SpectrumLines);
+}
+
+// conversion is that of one real, with what stands behind the number.
+static void WriteReal(std::FILE* file, const char* conversion, double value) {
+    char text[NumberRoom];
+    FormatText(text, conversion, value);
+    std::fputs(text, file);
 }
 
 static const AtomRecord& NMRAtom(int i) {
@@ -98,7 +110,7 @@ static void WriteZeros(std::FILE* file) {
 static void WriteCouplingRow(std::FILE* file, long long row) {
     for (int j = 0; j < Run.NMRAtomCount; ++j) {
         const int place = NMRAtom(j).AtomicNumber >= 1 ? PlaceOf(Run.NMRAtomList[j]) : -1;
-        std::fprintf(file, "%.3f ", place >= 0 ? Run.CouplingMatrix[row * Run.SelectedAtomCount + place] : 0.0);
+        WriteReal(file, "%.3f ", place >= 0 ? Run.CouplingMatrix[row * Run.SelectedAtomCount + place] : 0.0);
     }
     std::fprintf(file, "\n");
 }
@@ -119,10 +131,16 @@ static void WriteCoupling(std::FILE* file) {
 static void WriteShielding(std::FILE* file) {
     for (int i = 0; i < Run.NMRAtomCount; ++i) {
         const int place = NMRAtom(i).AtomicNumber >= 1 ? PlaceOf(Run.NMRAtomList[i]) : -1;
-        std::fprintf(file, "%.3f ", place >= 0 ? Run.ShieldingTotal[place] : 0.0);
+        WriteReal(file, "%.3f ", place >= 0 ? Run.ShieldingTotal[place] : 0.0);
     }
     std::fprintf(file, "\n");
     FreeArray(Run.ShieldingTotal);
+}
+
+static void WriteTensorLine(std::FILE* file, const double* values, int count) {
+    for (int i = 0; i < count; ++i) {
+        WriteReal(file, i + 1 < count ? "%.4f " : "%.4f\n", values[i]);
+    }
 }
 
 static void WriteTensors(std::FILE* file) {
@@ -135,9 +153,8 @@ static void WriteTensors(std::FILE* file) {
         const int place = PlaceOf(Run.NMRAtomList[i]);
         const double* t = place >= 0 ? Run.ShieldingTensor + 9LL * place : Zeros;
         const double* e = place >= 0 ? Run.TensorDiamagneticTwoCentre + 9LL * place : Zeros;
-        std::fprintf(file, "%.4f %.4f %.4f %.4f %.4f %.4f %.4f %.4f %.4f\n", t[0], t[1], t[2], t[3], t[4], t[5], t[6],
-                     t[7], t[8]);
-        std::fprintf(file, "%.4f %.4f %.4f %.4f %.4f\n", e[0], e[1], e[2], e[3], e[4]);
+        WriteTensorLine(file, t, 9);
+        WriteTensorLine(file, e, 5);
     }
 }
 

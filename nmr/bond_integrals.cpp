@@ -67,8 +67,11 @@ static double OrbitalNorm(int shell, int momentum, double zeta) {
     return power * std::sqrt(z / factorials[shell] * (2 * momentum + 1) / (4.0 * pi));
 }
 
+// The smallest rule with enough points; the largest one where none has enough. A large exponent may want more points
+// than an integer holds, so they are limited before they become one.
 static int LegendreRule(double decay, int powers) {
-    const int wanted = static_cast<int>(4.0 * std::sqrt(decay)) + powers;
+    const double points = std::fmin(4.0 * std::sqrt(decay), LargestLegendreRule);
+    const int wanted = static_cast<int>(points) + powers;
     const int rule = (wanted - SmallestLegendreRule + LegendreRuleStep - 1) / LegendreRuleStep;
     return rule < 0 ? 0 : rule >= LegendreRuleCount ? LegendreRuleCount - 1 : rule;
 }

@@ -82,7 +82,7 @@ static void DivideByGaps(double symmetry) {
     for (int i = 0; i < OccupiedCount(); ++i) {
         for (int a = OccupiedCount(); a < Run.OrbitalCount; ++a, ++projection) {
             *projection = symmetry * *projection / GapOf(i, a);
-            if (std::fabs(*projection) <= SmallestProjection) {
+            if (!(std::fabs(*projection) > SmallestProjection)) {  // what isn't a number takes no part
                 *projection = 0.0;
             }
         }

@@ -27,7 +27,7 @@ static PairAngles AnglesOfPair(const double* a, const double* b) {
     angles.CosTheta = z / std::sqrt(x * x + y * y + z * z);
     const double squared = 1.0 - angles.CosTheta * angles.CosTheta;
     // a cosine that rounds beyond 1 has no sine
-    angles.SinTheta = squared > 0.0 ? std::sqrt(squared) : 0.0;
+    angles.SinTheta = squared < 0.0 ? 0.0 : std::sqrt(squared);
     return angles;
 }
 

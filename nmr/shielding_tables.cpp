@@ -6,8 +6,6 @@
 #include "shell/log.h"
 #include "wavefunction/selected_atoms.h"
 
-#include <cstdio>
-
 // The symbol of an atom; blanks for one without orbitals.
 static const char* LabelOf(const AtomRecord& atom) {
     return atom.AtomicNumber >= 1 ? ElementLabel[atom.AtomicNumber - 1] : "  ";
@@ -20,13 +18,13 @@ static double Term(int number, int place) {
 static void ListDiamagneticLine(int place) {
     const double sum = Term(1, place) + Term(2, place) + Term(5, place) + Term(6, place) + Term(8, place) +
                        Term(9, place);
-    LogMessage(8487, SelectedAtom(place).AtomIndex + 1, LabelOf(SelectedAtom(place)), Term(1, place), Term(2, place),
+    LogMessage(8487, SelectedAtomNumber(place), LabelOf(SelectedAtom(place)), Term(1, place), Term(2, place),
                Term(5, place), Term(6, place), Term(8, place), Term(9, place), sum);
 }
 
 static void ListParamagneticLine(int place) {
     const double sum = Term(3, place) + Term(4, place) + Term(7, place) + Term(10, place);
-    LogMessage(8488, SelectedAtom(place).AtomIndex + 1, LabelOf(SelectedAtom(place)), Term(3, place), Term(4, place),
+    LogMessage(8488, SelectedAtomNumber(place), LabelOf(SelectedAtom(place)), Term(3, place), Term(4, place),
                Term(7, place), Term(10, place), sum, Run.ShieldingTotal[place]);
 }
 
@@ -56,17 +54,17 @@ static void ListTensor(int place) {
     const double* tensor = Run.ShieldingTensor + 9LL * place;
     const double* values = Run.TensorDiamagneticTwoCentre + 9LL * place;
     char line[160];
-    std::snprintf(line, sizeof line, "  %3d(%.2s):     Isotropic = %15.4f      Anisotropy = %15.4f",
-                  SelectedAtom(place).AtomIndex + 1, LabelOf(SelectedAtom(place)), values[3], values[4]);
+    FormatText(line, "  %3d(%.2s):     Isotropic = %15.4f      Anisotropy = %15.4f",
+                  SelectedAtomNumber(place), LabelOf(SelectedAtom(place)), values[3], values[4]);
     LogAppend(line);
     LogMessage(8552);
     for (int row = 0; row < 3; ++row) {
-        std::snprintf(line, sizeof line, "                           %15.4f  %15.4f  %15.4f", tensor[3 * row],
+        FormatText(line, "                           %15.4f  %15.4f  %15.4f", tensor[3 * row],
                       tensor[3 * row + 1], tensor[3 * row + 2]);
         LogAppend(line);
     }
     LogMessage(8552);
-    std::snprintf(line, sizeof line, "            Eigenvalues:   %15.4f  %15.4f  %15.4f", values[0], values[1],
+    FormatText(line, "            Eigenvalues:   %15.4f  %15.4f  %15.4f", values[0], values[1],
                   values[2]);
     LogAppend(line);
     LogMessage(8552);

@@ -3,6 +3,7 @@
 #include "nmr/tensor_eigenproblem.h"
 
 #include "integrals/elementary_functions.h"
+#include "integrals/single_precision.h"
 
 #include <cmath>
 #include <utility>
@@ -22,7 +23,7 @@ struct ComplexSingle {
 };
 
 static ComplexSingle MakeComplexSingle(double real, double imaginary) {
-    return {static_cast<float>(real), static_cast<float>(imaginary)};
+    return {RoundToSingle(real), RoundToSingle(imaginary)};
 }
 
 static ComplexDouble WidenComplex(ComplexSingle z) {

@@ -1,7 +1,8 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
-# Builds the program with g++ and clang++, each at -O0 and at -O3, and compares the results of the examples byte for
-# byte: between the four builds, and of the optimised builds on emulated processors that lack vector instructions.
+# Builds the program with g++ and clang++, each at -O0 and at -O3, and compares logs and results of the examples and of
+# all whole runs of the tests byte for byte: between the four builds, and of the optimised builds on emulated processors
+# that lack vector instructions.
 set -eu
 cd "$(dirname "$0")/.."
 if [ "$(uname -m)" != x86_64 ]; then

@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
 # Builds the program three ways (optimised, unoptimised, with sanitizers), runs all tests on the first and the last,
-# and compares the results of the examples byte for byte between all three.
+# and compares the results of the examples and of all whole runs byte for byte between all three.
 set -eu
 cd "$(dirname "$0")/.."
 sh scripts/install_packages.sh g++ cmake ninja-build libgtest-dev python3 mandoc python3-yaml gnuplot-nox

@@ -5,11 +5,22 @@
 #include "shell/platform.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 // Longest text of the catalogue that any caller loads, and one conversion of it.
 static constexpr int LongestText = 400;
 static constexpr int LongestConversion = 16;
+
+// C libraries print what isn't a number with a sign or without one, and the sign is the processor's. Here there is none.
+static int PrintReal(const char* conversion, double value, char* buffer, std::size_t room) {
+    if (std::isfinite(value)) {
+        return std::snprintf(buffer, room, conversion, value);
+    }
+    const char* word = std::isnan(value) ? "nan" : value > 0.0 ? "inf" : "-inf";
+    return std::snprintf(buffer, room, "%*s", std::atoi(conversion + 1), word);  // the width of the conversion
+}
 
 // Prints one argument by its conversion "%...letter", without the length letters of the text.
 static int PrintArgument(const char* begin, const char* end, const MessageArgument& argument, char* buffer, int size) {
@@ -31,7 +42,7 @@ static int PrintArgument(const char* begin, const char* end, const MessageArgume
     case 'd':
         return std::snprintf(buffer, room, conversion, argument.Integer);
     case 'f':
-        return std::snprintf(buffer, room, conversion, argument.Real);
+        return PrintReal(conversion, argument.Real, buffer, room);
     default:
         return std::snprintf(buffer, room, conversion, argument.Text);
     }

@@ -97,5 +97,12 @@ template <class... Values> using MessageIdFor = MessageId<std::type_identity_t<V
 // Fills a text with its arguments into buffer, cut to size - 1 characters. The arguments must fit.
 void FormatMessageText(const char* text, const MessageArgument* arguments, char* buffer, int size);
 
+// The same with the arguments themselves.
+template <std::size_t Size, class... Values>
+void FormatText(char (&buffer)[Size], const char* text, Values... values) {
+    const MessageArgument arguments[] = {Argument(values)...};
+    FormatMessageText(text, arguments, buffer, static_cast<int>(Size));
+}
+
 // Loads a text with a limit of limit - 1 characters and fills it into buffer; an id without text gives "".
 void ExpandCatalogueText(int id, const MessageArgument* arguments, int limit, char* buffer, int size);

@@ -223,3 +223,11 @@ TEST(CoreHamiltonian, EnvironmentOnlyWhenAtomsAreLeftOut) {
     }
     EXPECT_NEAR(::Run.CoreRepulsion, plain + ::Run.EnvironmentEnergy, 1e-12);
 }
+
+// Only a pair that is closer than the limit has no repulsion: a distance that isn't a number counts. Set-up: both
+// atoms beyond the largest coordinate in bohr.
+TEST(CoreHamiltonian, RepulsionOfNoDistance) {
+    const LoadedMolecule loaded({{{"H", 1.7e308, 0, 0}, {"H", 1.7e308, 0, 1}}});
+    BuildIntegrals();
+    EXPECT_TRUE(std::isnan(::Run.CoreRepulsion));
+}

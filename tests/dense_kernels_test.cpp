@@ -222,6 +222,24 @@ TEST(DenseKernels, LanesSolveTridiagonalSystems) {
     }
 }
 
+// Only a pivot that is at least as large as the coupling below it stays in place: one that can't be compared is
+// interchanged, which Band marks.
+TEST(DenseKernels, NotANumberIsInterchanged) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double diagonal[3] = {1.0, 2.0, 3.0};
+    const double off[3] = {nan, 0.5, 0.0};
+    const double shifts[8] = {};
+    const Numbers bands = ExpectSameFromAll([&](const DenseKernels& kernels) {
+        Numbers memory(4 * 3 * 8);
+        const LaneFactors factors = {&memory[0], &memory[24], &memory[48], &memory[72]};
+        kernels.FactorLanes(diagonal, off, shifts, 1e-8, 3, factors);
+        return Numbers(factors.Band, factors.Band + 8);
+    });
+    for (const double band : bands) {
+        EXPECT_EQ(band, 0.5);
+    }
+}
+
 // The two products of the residual of a tridiagonal matrix, against a plain sum; 30 terms of order 1, so 1e-14 holds.
 TEST(DenseKernels, ResidualProducts) {
     for (const int n : {1, 2, 8, 9, 10, 30}) {

@@ -83,13 +83,14 @@ TEST(InvertSmallMatrix, SmallestPivot) {
     }
 }
 
-// Not a number is no pivot: determinant 0, and no place of the matrix taken from nowhere.
-TEST(InvertSmallMatrix, NotANumberGivesNoInverse) {
+// Not a number isn't below the smallest pivot: the determinant is none either, on purpose, and so isn't small. No place
+// of the matrix is taken from nowhere.
+TEST(InvertSmallMatrix, NotANumberIsNoSmallPivot) {
     const int code = ExitCodeOfChild([] {
         SmearStack();
         const double nan = std::numeric_limits<double>::quiet_NaN();
         double matrix[9] = {nan, nan, -1, nan, nan, -1, -1, -1, 0};
-        _exit(InvertSmallMatrix(matrix, 3) == 0.0 ? 42 : 43);
+        _exit(std::isnan(InvertSmallMatrix(matrix, 3)) ? 42 : 43);
     });
     EXPECT_EQ(code, 42);
 }

@@ -149,3 +149,11 @@ TEST(GaussianThreeCentre, NearTheSlaterOrbitals) {
         }
     }
 }
+
+TEST(BoysFunction, NotANumberStaysOne) {
+    double values[9] = {};
+    BoysFunctions(8, std::numeric_limits<double>::quiet_NaN(), values);
+    for (const double value : values) {
+        EXPECT_TRUE(std::isnan(value));
+    }
+}

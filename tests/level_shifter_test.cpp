@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
 static constexpr double HartreesPerElectronVolt = 0.03674930900274282;
 static constexpr double ElectronVoltsPerHartree = 27.211396;
@@ -174,4 +175,22 @@ TEST_F(Shifter, Application) {
     EXPECT_NEAR(::Run.FockMatrix[1], 2.0 + 0.5 * s, Direct);
     EXPECT_NEAR(::Run.FockMatrix[2], 2.0 + 0.5 * s, Direct);
     EXPECT_NEAR(::Run.FockMatrix[3], 3.0 + 0.5 * s - s, Direct);
+}
+
+// A shift that isn't a number is above no limit: nothing is updated, nothing applied.
+TEST_F(Shifter, NotANumberShiftsNothing) {
+    State.Shift = std::numeric_limits<double>::quiet_NaN();
+    Update(-1.0, -0.9);
+    EXPECT_EQ(State.ShiftStep, -4.44);
+    ApplyLevelShift(State);
+    EXPECT_EQ(::Run.FockMatrix[0], 1.0);
+    EXPECT_EQ(::Run.OrbitalEnergies[0], -0.5);
+}
+
+// Two infinite energies are equal, though their difference isn't a number.
+TEST_F(Shifter, EqualInfiniteEnergies) {
+    State.ShiftOk = true;
+    const double infinity = std::numeric_limits<double>::infinity();
+    Update(infinity, infinity);
+    EXPECT_EQ(State.Shift, -0.1);
 }

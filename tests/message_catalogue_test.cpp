@@ -5,8 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <cstdint>
 #include <cstring>
 #include <iterator>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -161,4 +164,20 @@ TEST(MessageFormat, ChecksArgumentsAgainstConversions) {
     EXPECT_FALSE(ArgumentsFit("at %ld with %s", "dss"));
     EXPECT_TRUE(ArgumentsFit(nullptr, ""));
     EXPECT_FALSE(ArgumentsFit(nullptr, "d"));
+}
+
+// Property: the text of what is no finite number has no sign but that of an infinity, and the width of its conversion.
+// Set-up: both signs and several payloads, quiet and signalling.
+TEST(MessageFormat, NumbersThatAreNotFinite) {
+    for (const std::uint64_t payload : {0x7ff8000000000000u, 0x7ff0000000000001u, 0x7fffffffffffffffu}) {
+        for (const std::uint64_t sign : {0x0ull, 0x8000000000000000ull}) {
+            const double nan = std::bit_cast<double>(payload | sign);
+            EXPECT_EQ(Formatted("[%f %15.7e %-8.2f|%.3f %g %11.6f]", std::vector<MessageArgument>(6, Argument(nan))),
+                      "[nan             nan nan     |nan nan         nan]");
+        }
+    }
+    const double infinity = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(Formatted("[%f %8.3f %-6e]", std::vector<MessageArgument>(3, Argument(infinity))), "[inf      inf inf   ]");
+    EXPECT_EQ(Formatted("[%f %8.3f %-6e]", std::vector<MessageArgument>(3, Argument(-infinity))), "[-inf     -inf -inf  ]");
+    EXPECT_EQ(Formatted("%9f", {Argument(-infinity)}, 8), "     -i");
 }

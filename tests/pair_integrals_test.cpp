@@ -208,3 +208,16 @@ TEST(PairIntegrals, SameInputSameBytes) {
     BondPairIntegrals(&oxygen, &chlorine, 3.0, &second);
     EXPECT_EQ(std::memcmp(&first, &second, sizeof first), 0);
 }
+
+// Exponents that want more points than an integer counts: the sanitized build stops where one is made of them. What is
+// left of such an integral is nothing, or no number.
+TEST(PairIntegrals, HugeExponents) {
+    for (const double zeta : {1e17, 1e39, 1e300}) {
+        const PairOrbitals huge = {1, {zeta, 0.0, 0.0}};
+        PairBondIntegrals bond;
+        BondPairIntegrals(&huge, &hydrogen, 2.0, &bond);
+        EXPECT_FALSE(std::fabs(bond.Charge[0][0]) > 0.0) << zeta;
+        BondPairIntegrals(&hydrogen, &huge, 2.0, &bond);
+        EXPECT_FALSE(std::fabs(bond.Charge[0][0]) > 0.0) << zeta;
+    }
+}

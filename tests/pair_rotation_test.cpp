@@ -191,3 +191,11 @@ TEST(PairRotation, KeepsTheRest) {
     EXPECT_EQ(table[0][1], before[0][1]);
     EXPECT_NEAR(table[0][0], before[0][0], tolerance);
 }
+
+// Only a square below 0 has its root replaced: two atoms at one place have no axis, and no angle is a number.
+TEST(PairRotation, NoAxisForOnePlace) {
+    PairTable rotation;
+    PairOrbitalRotation(origin, origin, rotation);
+    EXPECT_TRUE(std::isnan(rotation[1][3]));  // minus the sine of theta
+    EXPECT_TRUE(std::isnan(rotation[3][3]));  // its cosine
+}

@@ -182,3 +182,10 @@ TEST(PseudoDiagonalise, RotatesPairsInTheirOrder) {
     }
     EXPECT_LT(skipped, 8);
 }
+
+// Only a pair whose element is below the limit is left out: one that isn't a number rotates, on purpose.
+TEST_F(TwoLevels, NotANumberRotates) {
+    Diagonalise(-0.8, 0.4, std::numeric_limits<double>::quiet_NaN(), -0.8, 0.4);
+    EXPECT_TRUE(std::isnan(C(0, 0)));
+    EXPECT_TRUE(std::isnan(C(1, 1)));
+}

@@ -66,6 +66,14 @@ TEST(ResultWriter, PrintsAsTheCLibraryDoes) {
     EXPECT_EQ(Written(lines), expected);
 }
 
+// What isn't a number has no sign in the result either.
+TEST(ResultWriter, LinesThatAreNotFinite) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float infinity = std::numeric_limits<float>::infinity();
+    EXPECT_EQ(Written({{nan, -nan, 1}, {-infinity, infinity, 2}}),
+              std::string(Head) + "2\n" + Labels + "nan nan 1 0\n-inf inf 2 0\n");
+}
+
 TEST(ResultWriter, OutputThatCannotBeCreatedEndsTheRunSilently) {
     TemporaryDirectory work;
     std::filesystem::create_directory(work.Path + "/nmrspect.out");

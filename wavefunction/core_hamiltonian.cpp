@@ -154,9 +154,10 @@ static double SumCoreRepulsion() {
     for (int a = 0; a < Run.SelectedAtomCount; ++a) {
         for (int b = 0; b < a; ++b) {
             const double distance = Distance(SelectedPosition(a), SelectedPosition(b));
-            if (distance >= SmallestDistance) {
-                sum += CoreCharge(SelectedAtom(a)) * CoreCharge(SelectedAtom(b)) / distance;
+            if (distance < SmallestDistance) {
+                continue;
             }
+            sum += CoreCharge(SelectedAtom(a)) * CoreCharge(SelectedAtom(b)) / distance;
         }
         PollMessages(a);
     }

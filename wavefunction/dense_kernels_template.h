@@ -345,7 +345,7 @@ static void FactorLanes(const double* diagonal, const double* off, const double*
             const Lanes nextPivotSource = diagonal[j + 1] - shift[part];
             const Lanes size = Absolute(pivot[part]);
             // An interchange would put a pivot that counts as zero in place if the coupling were that small too.
-            const LaneMask interchange = (size < belowSize) & (belowSize >= Tiny);
+            const LaneMask interchange = ~((size >= belowSize) | (belowSize < Tiny));
             const Lanes ownPivot = size < Tiny ? replacement : pivot[part];
             const Lanes usedPivot = interchange ? below : ownPivot;
             const Lanes reciprocal = one / usedPivot;

@@ -184,7 +184,7 @@ double InvertSmallMatrix(double* matrix, int order) {
         ExchangeRows(matrix, order, step, rows[step]);
         ExchangeColumns(matrix, order, step, columns[step]);
         const double pivot = matrix[step * order + step];
-        if (!(std::fabs(pivot) >= SmallestPivot)) {
+        if (std::fabs(pivot) < SmallestPivot) {  // what isn't a number goes on, into the determinant
             return 0.0;
         }
         determinant *= pivot;

@@ -29,7 +29,7 @@ static void ChooseShift(LevelShifter& shifter, const ScfProgress& progress, bool
     const double rise = progress.ElectronicEnergy - progress.EnergyBeforeLast;
     if (!shifter.ShiftOk || Run.OccupiedLevels != Run.DoublyOccupiedLevels) {
         shifter.Shift += shifter.ShiftStep + gap;
-    } else if (rise <= 0.0) {
+    } else if (progress.ElectronicEnergy <= progress.EnergyBeforeLast) {
         shifter.Shift = -0.1;
     } else {
         shifter.Shift = 1.0;
@@ -54,7 +54,7 @@ static void LimitShift(LevelShifter& shifter, bool rose) {
 }
 
 void UpdateLevelShift(LevelShifter& shifter, const ScfProgress& progress, bool* fastPhase) {
-    if (std::fabs(shifter.Shift) <= SmallestShift || progress.Iteration - 1 <= Run.LevelShiftStartIteration ||
+    if (!(std::fabs(shifter.Shift) > SmallestShift) || progress.Iteration - 1 <= Run.LevelShiftStartIteration ||
         Run.OccupiedLevels < 1 || Run.OccupiedLevels >= Run.OrbitalCount) {
         return;
     }
@@ -78,7 +78,7 @@ void UpdateLevelShift(LevelShifter& shifter, const ScfProgress& progress, bool* 
 }
 
 void ApplyLevelShift(const LevelShifter& shifter) {
-    if (std::fabs(shifter.Shift) <= SmallestShift || Run.OccupiedLevels < 1) {
+    if (!(std::fabs(shifter.Shift) > SmallestShift) || Run.OccupiedLevels < 1) {
         return;
     }
     const long long n = Run.OrbitalCount;

@@ -75,9 +75,10 @@ void PseudoDiagonalise() {
     for (int empty = occupied; empty < n; ++empty) {
         for (int level = 0; level < occupied; ++level) {
             const double element = *block++;
-            if (std::fabs(element) >= tiny) {
-                RotatePair(level, empty, element);
+            if (std::fabs(element) < tiny) {  // what isn't a number rotates
+                continue;
             }
+            RotatePair(level, empty, element);
         }
         PollMessages(n);
     }

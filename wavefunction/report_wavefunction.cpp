@@ -3,6 +3,7 @@
 #include "wavefunction/report_wavefunction.h"
 
 #include "files/element_tables.h"
+#include "integrals/single_precision.h"
 #include "shell/log.h"
 #include "shell/message_poll.h"
 #include "shell/number_row.h"
@@ -17,7 +18,7 @@ static constexpr int RowLength = 5;  // numbers in a line
 
 // Population of an orbital, 0-based: a 32-bit value, as it is listed.
 static float Population(long long orbital) {
-    return static_cast<float>(Run.TotalDensity[orbital * (Run.OrbitalCount + 1)]);
+    return RoundToSingle(Run.TotalDensity[orbital * (Run.OrbitalCount + 1)]);
 }
 
 static void ComputeNetCharges() {
@@ -30,12 +31,13 @@ static void ComputeNetCharges() {
         for (int orbital = Run.OrbitalRanges[place].First; orbital <= Run.OrbitalRanges[place].Last; ++orbital) {
             electrons += static_cast<double>(Population(orbital - 1));
         }
-        atom.AtomCharge = static_cast<float>(CoreChargeTable[atom.AtomicNumber - 1] - electrons);
+        atom.AtomCharge = RoundToSingle(CoreChargeTable[atom.AtomicNumber - 1] - electrons);
     }
 }
 
 static double EigenvalueInElectronVolts(int level) {
-    return static_cast<double>(static_cast<float>(Run.OrbitalEnergies[level]) * ElectronVoltsPerHartree);
+    const float energy = RoundToSingle(Run.OrbitalEnergies[level]) * ElectronVoltsPerHartree;
+    return static_cast<double>(energy);
 }
 
 static double PopulationOf(int orbital) {
@@ -86,7 +88,7 @@ static void ListAtoms() {
     for (int place = 0; place < Run.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
         const double* position = SelectedPosition(place);
-        LogMessage(8233, atom.AtomIndex + 1, ListedAtomicNumber(atom.AtomicNumber),
+        LogMessage(8233, SelectedAtomNumber(place), ListedAtomicNumber(atom.AtomicNumber),
                    static_cast<double>(atom.AtomCharge), position[0] * AngstromsPerBohr,
                    position[1] * AngstromsPerBohr, position[2] * AngstromsPerBohr);
     }

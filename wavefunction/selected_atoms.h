@@ -6,13 +6,18 @@
 
 #include <cmath>
 
+// Number of the atom in the system, from 1. A record without a line in the input doesn't know it.
+inline int SelectedAtomNumber(int place) {
+    return Run.QuantumSelection.SelectedAtomList[place];
+}
+
 inline AtomRecord& SelectedAtom(int place) {
-    return Run.AtomRecords[Run.QuantumSelection.SelectedAtomList[place] - 1];
+    return Run.AtomRecords[SelectedAtomNumber(place) - 1];
 }
 
 // x, y, z in bohr.
 inline const double* SelectedPosition(int place) {
-    return Run.AtomCoordinates[Run.QuantumSelection.SelectedAtomList[place] - 1].Position;
+    return Run.AtomCoordinates[SelectedAtomNumber(place) - 1].Position;
 }
 
 // Distance of two points, in their unit.

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 static constexpr double ZeroTolerance = 1e-30;  // at or below it the matrix is zero: nothing to iterate
 static constexpr int SweepLimit = 1000;         // far beyond what an eigenvalue needs (2 or 3): rounding in a circle
@@ -43,6 +44,26 @@ static void SweepRotations(double* values, double* band, int l, int m, double sh
     values[m] = cosine * values[m] + shift;
 }
 
+// Ascending. Each pass exchanges the largest value so far with the last one below it, behind which all is in place.
+// Unlike std::sort it keeps within the array where values aren't numbers.
+static void SortAscending(double* values, int n) {
+    for (int end = n; end > 0;) {
+        int largest = 0;
+        int from = 0;
+        int to = 0;
+        for (int k = 1; k < end; ++k) {
+            if (values[largest] > values[k]) {
+                from = largest;
+                to = k;
+            } else {
+                largest = k;
+            }
+        }
+        std::swap(values[from], values[to]);
+        end = to;
+    }
+}
+
 void FindEigenvalues(double* values, int n, double tolerance) {
     double* band = SolverWork.Band;
     std::copy(SolverWork.Diagonal, SolverWork.Diagonal + n, values);
@@ -62,5 +83,5 @@ void FindEigenvalues(double* values, int n, double tolerance) {
         ++sweeps;
         CountSolverWork(WorkOfRotation * (m - l));
     }
-    std::sort(values, values + n);
+    SortAscending(values, n);
 }

@@ -100,6 +100,23 @@ TEST(ParameterDirectory, DirectoryInPlaceOfAFile) {
     }
 }
 
+// An atom line that is missing leaves a record of zeros, which is listed with the number of its atom all the same: with
+// its charge and in the three tables of the shielding.
+TEST(ParameterInputFile, MissingAtomLine) {
+    ParameterRunFolder run;
+    WriteText(run.Input(), "CalculateCoupling = no\nCalculateShieldTensor = yes\nNMRSelectionBegin\n1\nmol 1 atom 1\n"
+                           "NMRSelectionEnd\nAtomsBegin\n3\nmol 1\natom 1 H1 H H - 0 0 0 0 0\n"
+                           "atom 2 H2 H H - 0 0 0 0.74 0\nAtomsEnd\n");
+    EXPECT_EQ(run.Start(), 0);
+    const std::string log = run.Log();
+    const auto at = [&](const std::string& line) { return log.find(line) != std::string::npos; };
+    EXPECT_TRUE(at("\n                       3   0     0.000000       0.00000     0.00000     0.00000\n")) << log;
+    EXPECT_TRUE(at("\n  3(  )        0.000         0.000        0.000        0.000         0.000        0.000         0.000\n"))
+        << log;
+    EXPECT_TRUE(at("\n  3(  )        0.000         0.000        0.000         0.000         0.000          0.000\n")) << log;
+    EXPECT_TRUE(at("\n    3(  ):     Isotropic =          0.0000      Anisotropy =          0.0000\n")) << log;
+}
+
 // A file that can be opened but not read: the first page of a process's own memory.
 TEST(ParameterInputFile, ReadError) {
     ParameterRunFolder run;
