@@ -7,6 +7,8 @@
 #include "shell/process_entry.h"
 #include "shell/run_state.h"
 
+#include <cerrno>
+
 struct PlatformWindow {
     bool Alive;
 };
@@ -135,8 +137,18 @@ int LoadCatalogueText(int id, char* buffer, int limit) {
     return text == nullptr ? 0 : std::snprintf(buffer, static_cast<std::size_t>(limit), "%s", text);
 }
 
+int LengthBeyondAscii(const char*) {
+    return 1;
+}
+
 std::FILE* OpenFile(const char* path, const char* mode) {
     Ask("OpenFile", std::string(path) + " " + mode);
+    return nullptr;
+}
+
+std::FILE* CreateNewFile(const char* path) {
+    Ask("CreateNewFile", path);
+    errno = Fake.CreationError;
     return nullptr;
 }
 
