@@ -7,8 +7,6 @@
 #include "shell/process_entry.h"
 #include "shell/run_state.h"
 
-#include <cerrno>
-
 struct PlatformWindow {
     bool Alive;
 };
@@ -148,7 +146,6 @@ std::FILE* OpenFile(const char* path, const char* mode) {
 
 std::FILE* CreateNewFile(const char* path) {
     Ask("CreateNewFile", path);
-    errno = Fake.CreationError;
     return nullptr;
 }
 

@@ -13,7 +13,6 @@ struct FakePlatformState {
     unsigned FormatId = 49152;          // what RegisterFormat answers
     int RegistryAnswer = 0;             // what ReadRegistryWord answers
     std::uint32_t RegistryValue = 0;    // and the value it gives
-    int CreationError = 0;              // what CreateNewFile leaves in errno
     std::vector<unsigned> Messages;     // queue of message ids; 18 is the quit message
     std::vector<unsigned> DialogMessages;  // messages that reach the main window while the About box is open
 };
