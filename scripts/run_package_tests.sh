@@ -100,6 +100,13 @@ sh scripts/run_all_examples.sh "$project/build/release/velkoran" "$project/param
 diff -r "$top/built_runs" "$top/installed_runs" || fail "the installed program differs from the built one"
 echo "passed: $(ls "$top/installed_runs" | wc -l) examples from the installed files, the same bytes as the build tree's"
 
+# the hardening of the installed program
+readelf -hdlW --dyn-syms "$installed/bin/velkoran" >"$top/marks"
+for mark in 'DYN (Position-Independent' 'GNU_STACK .* RW ' GNU_RELRO 'FLAGS.* BIND_NOW' __stack_chk_fail __snprintf_chk; do
+    grep -q -e "$mark" "$top/marks" || fail "the installed program lacks $mark"
+done
+echo "passed: hardening of the installed program"
+
 # the manual pages, found and shown as a user would
 for page in man/*.[15]; do
     name=$(basename "${page%.*}")
@@ -129,6 +136,13 @@ list_windows_files | check_files "$folder" "the Windows archive"
 strings -el "$folder/velkoran.exe" | grep -A 1 -x ProductVersion | grep -q -x -F "$version" ||
     fail "the resources of velkoran.exe aren't of version $version"
 echo "passed: velkoran.exe says that it is version $version"
+# the hardening of the Windows program
+objdump -p "$folder/velkoran.exe" >"$top/marks"
+for mark in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT; do
+    grep -q "$mark" "$top/marks" || fail "velkoran.exe lacks $mark"
+done
+echo "passed: hardening of velkoran.exe"
+
 if ! { command -v wine || sh scripts/install_packages.sh wine64 wine; } >/dev/null; then
     echo "skipped, no Wine: the example methane with the files of the Windows archive"
     exit 0

@@ -5,6 +5,7 @@
 #include "shell/log.h"
 #include "shell/output_file.h"
 #include "shell/platform.h"
+#include "shell/printable_text.h"
 #include "shell/recovery_frame.h"
 #include "shell/run_state.h"
 
@@ -15,17 +16,13 @@ static constexpr int TextLimit = 256;      // characters loaded of a catalogue t
 static constexpr int ExpandedLimit = 400;  // characters of a filled message
 
 void WriteFatalFile(const char* text) {
-    std::FILE* file = OpenOutputFile();
-    if (file != nullptr) {
-        std::fprintf(file, "ERRMSG: %s\n", text);
-        CloseOutputFile(file);
-    }
-    std::exit(0);
+    EndWithOutput("ERRMSG: ", text, "\n");
 }
 
 void ShowMessage(bool isFatal, const char* text) {
     if (Run.ConsoleMode) {  // set-up has no output file yet, also not for a fatal message
-        std::printf("%s\n", text);
+        PutPrintable(stdout, text);
+        std::fputc('\n', stdout);
         std::fflush(stdout);
         return;
     }

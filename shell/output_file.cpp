@@ -3,32 +3,59 @@
 #include "shell/output_file.h"
 
 #include "shell/platform.h"
+#include "shell/printable_text.h"
 #include "shell/run_state.h"
 
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
 static constexpr int NeighbourPathSize = FilePathSize + 48;
+static constexpr int NeighbourNames = 16;  // tried before the output file is written in place
 
 // The file being written; empty while it is the output file itself.
 static char NeighbourPath[NeighbourPathSize];
 
+// A directory is refused without a call of the system that fails: its reason is set beforehand.
+static std::FILE* OpenAt(const char* path, const char* mode) {
+    errno = EISDIR;
+    return OpenFile(path, mode);
+}
+
+// Creates the neighbour under a name that nothing has: what somebody has put there is neither followed nor emptied.
+static std::FILE* CreateNeighbour(const char* path) {
+    for (int i = 0; i < NeighbourNames; ++i) {
+        std::snprintf(NeighbourPath, NeighbourPathSize, "%s.%lu.%lld", path, ProcessNumber(), SystemTime() + i);
+        std::FILE* file = CreateNewFile(NeighbourPath);
+        if (file != nullptr || errno != EEXIST) {
+            return file;
+        }
+    }
+    return nullptr;
+}
+
 std::FILE* OpenOutputFile() {
     const char* path = Run.OutputFilePath;
     NeighbourPath[0] = '\0';
+    if (path[0] == '\0') {  // it was too long to be composed
+        errno = ENAMETOOLONG;
+        return nullptr;
+    }
     const PathKind kind = KindOfPath(path);
     if (kind == PathKind::Link || kind == PathKind::Other) {
-        return OpenFile(path, "w");
+        return OpenAt(path, "w");
     }
     if (kind == PathKind::OrdinaryFile) {  // one that mustn't be written isn't replaced either
-        std::FILE* present = OpenFile(path, "r+");
+        std::FILE* present = OpenAt(path, "r+");
         if (present == nullptr) {
             return nullptr;
         }
         std::fclose(present);
     }
-    std::snprintf(NeighbourPath, NeighbourPathSize, "%s.%lu.%lld", path, ProcessNumber(), SystemTime());
-    std::FILE* file = OpenFile(NeighbourPath, "w");
+    std::FILE* file = CreateNeighbour(path);
     if (file == nullptr) {
         NeighbourPath[0] = '\0';
-        file = OpenFile(path, "w");
+        file = OpenAt(path, "w");
     }
     return file;
 }
@@ -75,6 +102,36 @@ bool CloseOutputFile(std::FILE* file) {
     if (written && closed && (inPlace || MoveOver(NeighbourPath, Run.OutputFilePath) || CopyToOutput())) {
         return true;
     }
+    const int reason = errno;
     DiscardOutput();
+    errno = reason;
     return false;
+}
+
+// The line that is left to say where there is no file to say it in. Its buffer makes it one piece among the lines of
+// other processes, and takes no memory where that is what is lacking.
+static void SayOnStandardError(const char* text) {
+    const char* reason = std::strerror(errno);
+    static char buffer[BUFSIZ];
+    std::setvbuf(stderr, buffer, _IOFBF, sizeof buffer);
+    std::fprintf(stderr, "velkoran: cannot write %s", Run.OutputFilePath[0] != '\0' ? "" : "an output file");
+    PutPrintable(stderr, Run.OutputFilePath);
+    std::fprintf(stderr, " (%s): ", reason);
+    PutPrintable(stderr, text);
+    std::fprintf(stderr, "\n");
+}
+
+void EndWithOutput(const char* before, const char* text, const char* behind) {
+    std::FILE* file = OpenOutputFile();
+    bool written = file != nullptr;
+    if (written) {
+        std::fputs(before, file);
+        PutPrintable(file, text);
+        std::fputs(behind, file);
+        written = CloseOutputFile(file);
+    }
+    if (!written) {
+        SayOnStandardError(text);
+    }
+    std::exit(0);
 }

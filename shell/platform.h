@@ -84,8 +84,16 @@ void ReleaseMouseCapture();
 // Copies at most limit - 1 characters of a catalogue text; the length, 0 for an id without text.
 int LoadCatalogueText(int id, char* buffer, int limit);
 
+// Bytes of the printable character beyond ASCII that a text begins with, in the encoding of the system's paths and
+// texts; 0 if it begins with none.
+int LengthBeyondAscii(const char* text);
+
 // Opens a file by a path with backslashes; null on failure, and for a directory.
 std::FILE* OpenFile(const char* path, const char* mode);
+
+// Creates a file for writing; null, with the reason in errno, on failure. What stands there, a link too, is neither
+// followed nor changed: the reason is EEXIST.
+std::FILE* CreateNewFile(const char* path);
 
 // What stands at a path with backslashes.
 enum class PathKind { Absent, OrdinaryFile, Link, Other };

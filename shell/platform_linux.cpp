@@ -7,10 +7,12 @@
 #include "shell/platform.h"
 #include "shell/process_entry.h"
 
+#include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstring>
 #include <ctime>
+#include <fcntl.h>
 #include <initializer_list>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -163,6 +165,27 @@ int LoadCatalogueText(int id, char* buffer, int limit) {
     return std::snprintf(buffer, static_cast<std::size_t>(limit), "%s", text);
 }
 
+// UTF-8, and of it neither the control characters 128 to 159 nor what the standard rules out: longer forms than needed,
+// surrogates, and codes beyond the last.
+int LengthBeyondAscii(const char* text) {
+    static constexpr unsigned SmallestCodes[] = {0xa0, 0x800, 0x10000};  // of two, three and four bytes
+    const auto first = static_cast<unsigned char>(text[0]);
+    if (first < 0xc0 || first > 0xf7) {
+        return 0;
+    }
+    const int length = first < 0xe0 ? 2 : first < 0xf0 ? 3 : 4;
+    unsigned code = first & (0x7fu >> length);
+    for (int i = 1; i < length; ++i) {
+        const auto next = static_cast<unsigned char>(text[i]);
+        if ((next & 0xc0) != 0x80) {
+            return 0;
+        }
+        code = code << 6 | (next & 0x3f);
+    }
+    const bool surrogate = code >= 0xd800 && code <= 0xdfff;
+    return code < SmallestCodes[length - 2] || surrogate || code > 0x10ffff ? 0 : length;
+}
+
 // A path with slashes; empty for one that is too long, which no file has.
 struct TranslatedPath {
     char Text[PATH_MAX];
@@ -188,6 +211,22 @@ std::FILE* OpenFile(const char* path, const char* mode) {
         return nullptr;
     }
     return std::fopen(translated.Text, mode);
+}
+
+std::FILE* CreateNewFile(const char* path) {
+    const TranslatedPath translated = Translated(path);
+    const int descriptor = open(translated.Text, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+    if (descriptor < 0) {
+        return nullptr;
+    }
+    std::FILE* file = fdopen(descriptor, "w");
+    if (file == nullptr) {  // no memory
+        const int reason = errno;
+        close(descriptor);
+        unlink(translated.Text);
+        errno = reason;
+    }
+    return file;
 }
 
 PathKind KindOfPath(const char* path) {

@@ -11,7 +11,11 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
+#include <fcntl.h>
+#include <io.h>
+#include <sys/stat.h>
 
 static constexpr int AboutDialogResource = 1;
 static constexpr REGSAM RegistryAccess = 131097;      // read
@@ -176,8 +180,27 @@ int LoadCatalogueText(int id, char* buffer, int limit) {
     return LoadStringA(Instance, static_cast<UINT>(id), buffer, limit);
 }
 
+// The texts are in the code page of the system, which knows what is beyond ASCII.
+int LengthBeyondAscii(const char*) {
+    return 1;
+}
+
 std::FILE* OpenFile(const char* path, const char* mode) {
     return std::fopen(path, mode);
+}
+
+std::FILE* CreateNewFile(const char* path) {
+    const int descriptor = _open(path, _O_WRONLY | _O_CREAT | _O_EXCL | _O_TEXT, _S_IREAD | _S_IWRITE);
+    if (descriptor < 0) {
+        return nullptr;
+    }
+    std::FILE* file = _fdopen(descriptor, "w");
+    if (file == nullptr) {  // no memory
+        _close(descriptor);
+        DeleteFileA(path);
+        errno = ENOMEM;
+    }
+    return file;
 }
 
 PathKind KindOfPath(const char* path) {

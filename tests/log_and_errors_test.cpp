@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <unistd.h>
 
@@ -14,6 +15,13 @@ static int InChild(const std::string& directory, const std::function<void()>& st
         UseFilesIn(directory);
         steps();
     });
+}
+
+// Lets a stream of a child go to a file.
+static void RedirectTo(const std::string& path, std::FILE* stream) {
+    if (std::freopen(path.c_str(), "w", stream) == nullptr) {
+        _exit(90);
+    }
 }
 
 TEST(Log, IsAppendedLineByLine) {
@@ -62,16 +70,31 @@ TEST(Log, UnopenableLogEndsTheRun) {
     EXPECT_EQ(ReadText(work.Path + "/nmrspect.out"), "Velkoran cannot open the log file.");
 }
 
-TEST(Log, UnopenableLogAndOutputEndTheRunSilently) {
+// What no file can take goes to standard error.
+TEST(Log, UnopenableLogAndOutputEndTheRun) {
     TemporaryDirectory work;
     EXPECT_EQ(InChild(work.Path,
-                      [] {
-                          std::string("/no/such/place").copy(::Run.OutputFilePath, FilePathSize);
+                      [&] {
+                          RedirectTo(work.Path + "/stderr", stderr);
+                          std::strcpy(::Run.OutputFilePath, "/no/such/place");
                           ::Run.LogFilePath = ::Run.OutputFilePath;
                           LogAppend("one");
                       }),
               0);
-    EXPECT_TRUE(std::filesystem::is_empty(work.Path));
+    EXPECT_EQ(ReadText(work.Path + "/stderr"),
+              "velkoran: cannot write /no/such/place (No such file or directory): "
+              "Velkoran cannot open the log file.\n");
+}
+
+TEST(Log, ShowsControlCharacters) {
+    TemporaryDirectory work;
+    InChild(work.Path, [] {
+        LogAppend("\nh\x1b[2J\x80\n");
+        const char* word = "\x07\r\xc3\xa9";
+        Warning(16432, word);
+    });
+    EXPECT_EQ(ReadText(work.Path + "/run.log"),
+              "\nh\\x1b[2J\\x80\n\nUnknown initialization: \\x07\\x0d\xc3\xa9 in nmrparam.in.\n");
 }
 
 TEST(Warning, GoesToTheLogAndTheRunGoesOn) {
@@ -112,10 +135,28 @@ TEST(FatalError, IdWithoutTextLeavesThePrefixAlone) {
     EXPECT_EQ(ReadText(work.Path + "/nmrspect.out"), "ERRMSG: \n");
 }
 
-TEST(FatalError, OutputThatCannotBeCreatedLeavesNoTrace) {
+TEST(FatalError, ShowsControlCharacters) {
+    TemporaryDirectory work;
+    InChild(work.Path, [] {
+        const char* path = "/tmp/\x1b]0;title\x07";
+        FatalError(24608, path);
+    });
+    EXPECT_EQ(ReadText(work.Path + "/nmrspect.out"),
+              "ERRMSG: Velkoran can not open the input file /tmp/\\x1b]0;title\\x07.\n");
+}
+
+TEST(FatalError, OutputThatCannotBeCreatedIsToldOnStandardError) {
     TemporaryDirectory work;
     std::filesystem::create_directory(work.Path + "/nmrspect.out");
-    EXPECT_EQ(InChild(work.Path, [] { FatalError(24577); }), 0);
+    EXPECT_EQ(InChild(work.Path,
+                      [&] {
+                          RedirectTo(work.Path + "/stderr", stderr);
+                          FatalError(24577);
+                      }),
+              0);
+    EXPECT_EQ(ReadText(work.Path + "/stderr"),
+              "velkoran: cannot write " + work.Path +
+                  "/nmrspect.out (Is a directory): This application has exhausted all available memory.\n");
     EXPECT_EQ(ReadText(work.Path + "/run.log"), "(no file)");
     EXPECT_TRUE(std::filesystem::is_empty(work.Path + "/nmrspect.out"));
 }
@@ -126,9 +167,7 @@ TEST(FatalError, DuringSetUpGoesToStandardOutput) {
     EXPECT_EQ(InChild(work.Path,
                       [&] {
                           ::Run.ConsoleMode = 1;
-                          if (std::freopen((work.Path + "/stdout").c_str(), "w", stdout) == nullptr) {
-                              _exit(90);
-                          }
+                          RedirectTo(work.Path + "/stdout", stdout);
                           FatalError(24577);
                       }),
               3);
@@ -140,13 +179,14 @@ TEST(FatalError, ConsoleModeShowsWarningsToo) {
     TemporaryDirectory work;
     InChild(work.Path, [&] {
         ::Run.ConsoleMode = 1;
-        if (std::freopen((work.Path + "/stdout").c_str(), "w", stdout) == nullptr) {
-            _exit(90);
-        }
+        RedirectTo(work.Path + "/stdout", stdout);
         Warning(16385);
+        const char* word = "\x1b[31m";
+        Warning(16432, word);
     });
     EXPECT_EQ(ReadText(work.Path + "/stdout"),
-              "Velkoran will ignore the restraint(s) for NMR calculation.\n");
+              "Velkoran will ignore the restraint(s) for NMR calculation.\n"
+              "Unknown initialization: \\x1b[31m in nmrparam.in.\n");
     EXPECT_EQ(ReadText(work.Path + "/run.log"), "(no file)");
 }
 

@@ -77,6 +77,7 @@ static void FailOneByOne(const std::string& input, bool all) {
         EXPECT_EQ(exitCode, 0) << failing;
         if (output == "(no file)") {  // with all failing, the C library opens no file any more
             EXPECT_TRUE(all || failing <= SetUpAllocations) << failing << ": silent";
+            EXPECT_NE(ReadText(work.Path + "/stderr").find("(Cannot allocate memory): "), std::string::npos) << failing;
         } else if (output != result) {
             EXPECT_TRUE(IsFailureText(output, work.Path)) << failing << ": " << output;
             ++told;

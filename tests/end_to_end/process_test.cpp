@@ -186,20 +186,23 @@ TEST(Files, LogThatCannotBeOpenedEndsTheRun) {
     }
 }
 
-TEST(Files, OutputThatCannotBeCreatedLeavesNoTrace) {
+TEST(Files, OutputThatCannotBeCreatedLeavesNoFile) {
     TemporaryDirectory work;
     WriteText(work.Path + "/nmrspect.in", OneSpin);
     std::filesystem::create_directory(work.Path + "/nmrspect.out");
     ChildSettings settings = {{"p", work.Path, "2"}};
     settings.StandardOutput = work.Path + "/stdout";
+    settings.StandardError = "/dev/null";
     EXPECT_EQ(RunProgram(settings), 0);
     EXPECT_EQ(ReadText(work.Path + "/stdout"), "");
     EXPECT_TRUE(std::filesystem::is_empty(work.Path + "/nmrspect.out"));
 }
 
-TEST(Files, MissingWorkDirectoryLeavesNoTrace) {
+TEST(Files, MissingWorkDirectoryLeavesNoFile) {
     TemporaryDirectory work;
-    EXPECT_EQ(RunProgram({{"p", work.Path + "/missing", "2", work.Path + "/run.log"}}), 0);
+    ChildSettings settings = {{"p", work.Path + "/missing", "2", work.Path + "/run.log"}};
+    settings.StandardError = "/dev/null";
+    EXPECT_EQ(RunProgram(settings), 0);
     EXPECT_TRUE(std::filesystem::is_empty(work.Path));
 }
 

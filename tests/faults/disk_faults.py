@@ -4,7 +4,7 @@ import contextlib
 import resource
 import subprocess
 
-from fault_arena import TRUTH, KindOfOutput, Neighbours
+from fault_arena import TRUTH, KindOfOutput, Neighbours, SaysWhy
 from fault_jobs import ALL_TERMS, LONG_CAMPAIGN, TIGHT, Examples, Molecule, WeakSpins
 
 PAGE = 4096
@@ -44,16 +44,18 @@ def LogSize(arena, job):
 
 
 def RunOn(arena, job, folder, log, older=False, limits=()):
-    """The exit code and the kind of the output of a run whose folder stands."""
-    code = arena.Start(job, folder.name, log, limits).Wait()
-    return code, KindOfOutput(folder, job, older)
+    """The ended run in a folder that stands, its exit code and the kind of its output."""
+    child = arena.Start(job, folder.name, log, limits)
+    return child, child.Wait(), KindOfOutput(folder, job, older)
 
 
-def Judge(table, row, where, folder, job, code, outcome, must_be_whole, failures=LEFT_OF_FAILURE):
+def Judge(table, row, where, folder, job, run, must_be_whole, failures=LEFT_OF_FAILURE):
+    child, code, outcome = run
     allowed = ("whole",) if must_be_whole else ("whole", *failures)
     left = len(Neighbours(folder, job))
     table.Expect(code == 0, f"{row.name}: {where}: exit code {code}")
     table.Expect(outcome in allowed, f"{row.name}: {where}: the output is {outcome}")
+    table.Expect(SaysWhy(child.said, outcome), f"{row.name}: {where}: the output is {outcome}, says {child.said}")
     table.Expect(left == 0, f"{row.name}: {where}: {left} files are left beside the output")
     row.Count(outcome)
 
@@ -81,8 +83,8 @@ def RunFullWork(arena, table, jobs, count):
                 folder.mkdir(exist_ok=True)
                 with SmallDisk(folder, used + pages):
                     FillWork(folder, job, older)
-                    code, outcome = RunOn(arena, job, folder, log)
-                    Judge(table, row, f"{job.name}, {pages} pages left", folder, job, code, outcome, pages >= needed)
+                    run = RunOn(arena, job, folder, log)
+                    Judge(table, row, f"{job.name}, {pages} pages left", folder, job, run, pages >= needed)
 
 
 def RunFullLog(arena, table, jobs, count):
@@ -93,8 +95,8 @@ def RunFullLog(arena, table, jobs, count):
             with SmallDisk(arena.top / "l", pages + 1):
                 (arena.top / "l" / "filler").write_bytes(bytes(PAGE))
                 folder = arena.Folder(job)
-                code, outcome = RunOn(arena, job, folder, "l/run.log")
-                Judge(table, row, f"{job.name}, {pages} pages for the log", folder, job, code, outcome, True)
+                run = RunOn(arena, job, folder, "l/run.log")
+                Judge(table, row, f"{job.name}, {pages} pages for the log", folder, job, run, True)
 
 
 def RunLinkedOutput(arena, table, jobs, count):
@@ -109,8 +111,8 @@ def RunLinkedOutput(arena, table, jobs, count):
                 (arena.top / "l" / "filler").write_bytes(bytes(PAGE))
                 folder = arena.Folder(job)
                 (folder / job.output).symlink_to("../l/result")
-                code, outcome = RunOn(arena, job, folder, None)
-                Judge(table, row, f"{job.name}, {pages} pages", folder, job, code, outcome, pages >= needed,
+                run = RunOn(arena, job, folder, None)
+                Judge(table, row, f"{job.name}, {pages} pages", folder, job, run, pages >= needed,
                       ("ERRMSG", "empty"))
                 table.Expect((folder / job.output).is_symlink(), f"{row.name}: {job.name}: the link is gone")
 
@@ -126,8 +128,8 @@ def RunFileSizes(arena, table, jobs, count):
                                  *Spread(result - 2, result + 1, 4)}):
                 folder = arena.Folder(job)
                 (arena.top / "w.log").unlink(missing_ok=True)
-                code, outcome = RunOn(arena, job, folder, log, limits=[(resource.RLIMIT_FSIZE, limit)])
-                Judge(table, row, f"{job.name}, limit {limit}", folder, job, code, outcome, limit >= result)
+                run = RunOn(arena, job, folder, log, limits=[(resource.RLIMIT_FSIZE, limit)])
+                Judge(table, row, f"{job.name}, limit {limit}", folder, job, run, limit >= result)
 
 
 def RunFullDevice(arena, table, jobs):
@@ -135,15 +137,17 @@ def RunFullDevice(arena, table, jobs):
     for job in jobs:
         arena.Time(job)
         folder = arena.Folder(job)
-        code, outcome = RunOn(arena, job, folder, "/dev/full")
-        Judge(table, row, job.name, folder, job, code, outcome, True)
+        run = RunOn(arena, job, folder, "/dev/full")
+        Judge(table, row, job.name, folder, job, run, True)
     row = table.AddRow("/dev/full behind a link as the output")
     for job in jobs:
         folder = arena.Folder(job)
         (folder / job.output).symlink_to("/dev/full")
-        code = arena.Start(job).Wait()
+        child = arena.Start(job)
+        code = child.Wait()
         kept = (folder / job.output).is_symlink() and not Neighbours(folder, job)
         table.Expect(code == 0 and kept, f"{row.name}: {job.name}: exit code {code}, link kept: {kept}")
+        table.Expect(SaysWhy(child.said, "empty"), f"{row.name}: {job.name}: says {child.said}")
         row.Count("the run ends, the link stays")
 
 

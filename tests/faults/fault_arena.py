@@ -2,6 +2,7 @@
 """Starts the program on a job in a folder of its own, waits for it, and says what it has left behind."""
 import os
 import pathlib
+import re
 import resource
 import select
 import shutil
@@ -23,6 +24,7 @@ class Child:
     """A run in progress."""
     def __init__(self, process):
         self.process = process
+        self.said = b""  # on standard error, once the run has ended
         self.descriptor = os.pidfd_open(process.pid)
 
     def Ended(self, seconds=0.0):
@@ -50,6 +52,8 @@ class Child:
         if not in_time:
             self.process.kill()
         code = self.process.wait()
+        with self.process.stderr as stream:
+            self.said = stream.read()
         os.close(self.descriptor)
         return code if in_time else None
 
@@ -100,7 +104,7 @@ class Arena:
             for kind, value in limits:
                 resource.setrlimit(kind, (value, value))
         arguments = [*through, str(self.program), "parameters", name, str(job.kind)] + ([log] if log else [])
-        files = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+        files = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.PIPE}
         return Child(subprocess.Popen(arguments, cwd=self.top, preexec_fn=SetLimits if limits else None,
                                       **{**files, **settings}))
 
@@ -146,6 +150,13 @@ def KindOfOutput(folder, job, older=False):
         return KindOfText((folder / job.output).read_bytes(), job, older)
     except (FileNotFoundError, NotADirectoryError):
         return "absent"
+
+
+def SaysWhy(said, outcome):
+    """True if a run that wrote a text says nothing else, and one that couldn't says so in one line."""
+    if outcome in ("whole", "ERRMSG", "log text"):
+        return said == b""
+    return re.fullmatch(rb"velkoran: cannot write \S+nmr\w+\.out \([A-Z][\w ]+\): .+\.\n", said) is not None
 
 
 def Neighbours(folder, job):

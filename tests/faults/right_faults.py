@@ -4,7 +4,7 @@ import os
 import stat
 import subprocess
 
-from fault_arena import OLDER, TRUTH, KindOfOutput, Neighbours
+from fault_arena import OLDER, TRUTH, KindOfOutput, Neighbours, SaysWhy
 from fault_jobs import ALL_TERMS, TIGHT, Examples, Molecule, WeakSpins
 
 NOBODY = 65534
@@ -24,7 +24,8 @@ def GiveAway(path):
 
 def RunWithoutRights(arena, job):
     settings = {"user": NOBODY, "group": NOBODY, "extra_groups": []} if os.geteuid() == 0 else {}
-    return arena.Start(job, log=None, **settings).Wait()
+    child = arena.Start(job, log=None, **settings)
+    return child.Wait(), child.said
 
 
 # Each case prepares a folder that holds the input, and says what the output is afterwards.
@@ -94,10 +95,11 @@ def RunCase(arena, table, row, case, job):
     GiveAway(folder)
     expected = case(folder, output)
     linked = output.is_symlink()
-    code = RunWithoutRights(arena, job)
+    code, said = RunWithoutRights(arena, job)
     outcome = "a folder" if output.is_dir() and not any(output.iterdir()) else KindOfOutput(folder, job, older=True)
     row.Count(outcome)
     table.Expect(code == 0 and outcome == expected, f"{row.name}: {job.name}: exit code {code}, output {outcome}")
+    table.Expect(SaysWhy(said, outcome), f"{row.name}: {job.name}: says {said}")
     table.Expect(not Neighbours(folder, job), f"{row.name}: {job.name}: a file is left beside the output")
     table.Expect(output.is_symlink() == linked, f"{row.name}: {job.name}: the link is gone")
     folder.chmod(0o755)

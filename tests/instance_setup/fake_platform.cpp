@@ -135,8 +135,17 @@ int LoadCatalogueText(int id, char* buffer, int limit) {
     return text == nullptr ? 0 : std::snprintf(buffer, static_cast<std::size_t>(limit), "%s", text);
 }
 
+int LengthBeyondAscii(const char*) {
+    return 1;
+}
+
 std::FILE* OpenFile(const char* path, const char* mode) {
     Ask("OpenFile", std::string(path) + " " + mode);
+    return nullptr;
+}
+
+std::FILE* CreateNewFile(const char* path) {
+    Ask("CreateNewFile", path);
     return nullptr;
 }
 
