@@ -9,6 +9,7 @@ input file (several such examples are one log), or "commands" with what is befor
 Usage: manual_pages_test.py --program PATH [unittest arguments]
 """
 import argparse
+import csv
 import os
 import pathlib
 import re
@@ -200,6 +201,116 @@ class ManualPages(unittest.TestCase):
             self.assertEqual(self.shell(self.text(label)), self.text(label + " output"))
         self.assertEqual(self.shell(self.text("log commands"), self.folder / "water"),
                          self.text("log commands output"))
+
+    def run_water(self, change, folder="water", parameters="parameters"):
+        """Result and log of the input of the page after a change of its text; no log, no old result before."""
+        where = self.folder / folder
+        for name in ["nmrparam.out", "run.log"]:
+            (where / name).unlink(missing_ok=True)
+        (where / "nmrparam.in").write_text(change(self.text("nmrparam.in")))
+        self.shell(f"velkoran {parameters} {folder} 1 {folder}/run.log")
+        return (where / "nmrparam.out").read_text(), (where / "run.log").read_text()
+
+    def test_values_are_taken_as_the_page_says(self):
+        shown = {"SemiEmpiricalMethod": r"Starting (TNDO/\d)", "SCFIterationLimit": r"Iteration limit = (\S+)",
+                 "SCFAccelerateConvergence": r"Applying the SCF accelerate convergence\?  (\w+)",
+                 "SCFConvergenceLimit": r"Convergence limit = (\S+)", "TotalCharge": r"Charge on the system = (\S+)"}
+        text = self.pages["nmrparam.in.5"].path.read_text()
+        rows = re.findall(r'^\.It Li "(\S+) = (.*)" Ta ([^,\n]+)(.*)$', text, re.M)
+        self.assertEqual({row[0].lower() for row in rows}, {key.lower() for key in shown})
+        for key, value, taken, rest in rows:
+            option = f"{key} = {plain(value)}"
+            name = next(name for name in shown if name.lower() == key.lower())
+            _, log = self.run_water(lambda text: option + "\n" + re.sub(rf"^{name} = .*\n", "", text, flags=re.M))
+            seen = re.search(shown[name], log).group(1).lower()
+            if name == "SCFConvergenceLimit":
+                self.assertEqual(float(seen), float(taken), option)
+            else:
+                self.assertEqual(seen, taken.lower(), option)
+            self.assertEqual("Unknown initialization" in log, "warning" in rest, option)
+
+    def test_no_neighbours_are_enough_where_nothing_is_cut(self):
+        result, log = self.run_water(lambda text: text)
+        bare = re.sub(r"^(atom .*?)  \d+  .* s$", r"\1 0", self.text("nmrparam.in"), flags=re.M)
+        self.assertEqual(len(re.findall(r"^atom .* 0$", bare, re.M)), 3)
+        self.assertEqual(self.run_water(lambda _: bare), (result, log))
+
+    def test_two_atoms_at_one_place_give_an_ordinary_looking_result(self):
+        result, log = self.run_water(lambda text: text.replace("-0.7572", "0.7572"))
+        lines = result.splitlines()
+        couplings = [[float(word) for word in line.split()] for line in lines[lines.index("COUPLING") + 1:]]
+        self.assertEqual(round(couplings[1][2]), 106)  # Hz, the figure of docs/method.md
+        self.assertLess(float(re.findall("Difference = (.*)", log)[-1]), 1e-5)
+        self.assertNotIn("Iter = 199 ", log)
+
+    def test_backslash_at_the_end_of_the_parameter_directory(self):
+        self.write("pp", *PARAMETER_FILES)
+        (self.folder / "w").mkdir()
+        self.assertTrue(self.run_at("pp", "w\\").startswith("ERRMSG: "))
+        for directory in ["pp\\", "pp/"]:
+            for work in ["w", "w/", "w\\"]:
+                self.assertEqual(self.run_at(directory, work), self.text("nmrparam.out"), f"{directory} {work}")
+
+    def run_at(self, directory, work):
+        """The result of a run in the folder w with both directories as they are written on the command line."""
+        output = self.folder / "w" / "nmrparam.out"
+        output.unlink(missing_ok=True)
+        (self.folder / "w" / "nmrparam.in").write_text(self.text("nmrparam.in"))
+        self.shell(f"velkoran '{directory}' '{work}' 1")
+        return output.read_text()
+
+    def spectrum(self, *changes):
+        """The lines of the spectrum of the page as pairs of frequency and intensity, after changes of its text."""
+        text = self.text("nmrspect.in")
+        for old, new in changes:
+            self.assertEqual(text.count(old), 1, old)
+            text = text.replace(old, new)
+        (self.folder / "chloro" / "nmrspect.in").write_text(text)
+        self.shell("velkoran parameters chloro 2")
+        lines = (self.folder / "chloro" / "nmrspect.out").read_text().splitlines()[3:]
+        return [tuple(map(float, line.split()[:2])) for line in lines]
+
+    def test_every_mass_number_is_a_spin_of_one_half(self):
+        # a pair of unlike isotopes is of first order: doublets, where a spin 1 would split its neighbour into three
+        for mass in [2, 14, 19]:
+            pair = self.spectrum(("1 1  1 2", f"1 {mass}  1 1"))
+            self.assertEqual(pair, [(234.0, 1.0), (240.0, 1.0), (343.2, 1.0), (349.2, 1.0)], mass)
+
+    def test_shifts_are_rounded_on_reading_but_finer_in_hertz(self):
+        self.assertEqual(self.spectrum(("5.77 3.95", "5.7704 3.9496")), self.spectrum())
+        uncoupled = [("\n60\n", "\n600\n"), ("0 6.0", "0 0")]
+        self.assertEqual([line[0] for line in self.spectrum(*uncoupled, ("5.77 3.95", "5.7706 3.9504"))],
+                         [2370.0, 3462.6])
+        uncoupled[0] = ("\n60\n", "\n1\n")
+        self.assertEqual([line[0] for line in self.spectrum(*uncoupled, ("5.77 3.95", "3462.36 2370.24"))],
+                         [2370.24, 3462.36])
+
+    def test_ratios_of_frequencies_are_those_of_the_g_factors(self):
+        # apart from the shieldings of the references, less than 0.1 %
+        with open(ROOT / "parameters" / "parameter_figures.csv", newline="") as file:
+            factors = {row[0]: abs(float(row[2])) for row in csv.reader(file) if row[1] == "gFactor"}
+        text = self.pages["nmrspect.in.5"].path.read_text()
+        ratios = re.findall(r"^\.It \d+([A-Z][a-z]?) Ta (\d\.\d+)$", text, re.M)
+        self.assertEqual([element for element, _ in ratios], ["F", "P", "C", "Si", "N"])
+        walk = re.findall(r"\d\.\d{7}", (ROOT / "docs" / "first_walk.md").read_text())
+        for element, ratio in ratios:
+            self.assertLess(abs(float(ratio) * factors["H"] / factors[element.upper()] - 1), 1e-3, element)
+            self.assertIn(ratio, walk)
+
+    def test_equal_couplings_of_a_pair_say_nothing(self):
+        def couplings(options):
+            change = f"{options}\nCalculateShielding = no\n"
+            text = re.sub(r"^SCF.*\n", "", self.text("nmrparam.in"), flags=re.M)
+            lines = self.run_water(lambda _: change + text)[0].splitlines()
+            return [[float(word) for word in line.split()] for line in lines[lines.index("COUPLING") + 1:]]
+
+        converged = couplings("SCFConvergenceLimit = 1e-6\nSCFIterationLimit = 200")
+        for options, least, most in [("SCFIterationLimit = 2", 0, 0), ("SCFIterationLimit = 4", 0.1, 10),
+                                     ("", 0, 0.03)]:
+            values = couplings(options)
+            self.assertTrue(least <= abs(values[0][1] - values[1][0]) <= most, options)
+            if options:
+                self.assertGreater(abs(values[0][1] - converged[0][1]), 1, options)
 
     def test_every_message_is_explained(self):
         for call in self.sources.calls:

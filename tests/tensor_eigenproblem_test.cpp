@@ -177,6 +177,7 @@ TEST(TensorEigenproblem, TransposedTensor) {
 TEST(TensorEigenproblem, AxialTensorIsWrongOnPurpose) {
     const std::vector<double> values = Solve(Diagonal(1, 3, 3));
     EXPECT_NEAR(values[3], 7.0 / 3.0, 2e-6);
+    EXPECT_NEAR(values[4], 1, 2e-6);  // as for 1, 3, 3
     const double expected[3] = {2, 2, 3};
     const std::vector<double> highest = Solve(Diagonal(1, 1, 3));
     const double right[3] = {1, 1, 3};
