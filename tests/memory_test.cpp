@@ -77,7 +77,7 @@ TEST_F(LargePages, StayBehindAGrowingBlock) {
     block[0] = 'a';
     block[Large - 1] = 'z';
     ASSERT_NE(MappingFlags(block, Large), "");
-    block = static_cast<char*>(ReallocateBytes(block, Larger, 1));
+    block = static_cast<char*>(ReallocateBytes(block, Large, Larger, 1));
     ASSERT_NE(block, nullptr);
     EXPECT_EQ(block[0], 'a');
     EXPECT_EQ(block[Large - 1], 'z');
