@@ -38,7 +38,7 @@ static void* Prepared(void* block, std::size_t bytes) {
 }
 
 void* AllocateBytes(long long count, std::size_t size) {
-    return ReallocateBytes(nullptr, 0, count, size);
+    return ReallocateBytes(nullptr, count, size);
 }
 
 void* AllocateZeroedBytes(long long count, std::size_t size) {
@@ -49,10 +49,8 @@ void* AllocateZeroedBytes(long long count, std::size_t size) {
     return Prepared(std::calloc(bytes, 1), bytes);
 }
 
-// A large block grows where it is or moves with its pages; a smaller one may be copied, and both exist meanwhile.
-void* ReallocateBytes(void* block, long long oldCount, long long count, std::size_t size) {
-    const bool copied = static_cast<std::size_t>(oldCount) * size < LargeBlock;
-    if (!CanServeRecords(copied || count < 0 ? count : count - oldCount, size)) {
+void* ReallocateBytes(void* block, long long count, std::size_t size) {
+    if (!CanServeRecords(count, size)) {
         return nullptr;
     }
     const std::size_t bytes = BytesToAsk(count, size);

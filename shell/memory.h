@@ -15,8 +15,8 @@ bool MemoryCanServe(double bytes);
 // malloc's to refuse. Give it back with FreeArray.
 void* AllocateBytes(long long count, std::size_t size);
 
-// A block of oldCount records with room for count, or null, and then the old block stays as it was.
-void* ReallocateBytes(void* block, long long oldCount, long long count, std::size_t size);
+// The same block with room for count records, or null, and then the old block stays as it was.
+void* ReallocateBytes(void* block, long long count, std::size_t size);
 
 // Touches a new block page by page and polls, so that it counts as taken from now on. The system clears each page as it
 // is first touched, and a stage would touch all of them between two polls. May not return.

@@ -26,8 +26,7 @@ void ReserveLines(long long lineCount) {
     // half as much again, so that a growing list is moved a few times only; just enough where that isn't to be had
     const long long generous = std::max(lineCount, Run.SpectrumLineCapacity + Run.SpectrumLineCapacity / 2);
     for (const long long capacity : {generous, lineCount}) {
-        void* lines = ReallocateBytes(Run.SpectrumLines, Run.SpectrumLineCapacity, capacity,
-                                      sizeof(SpectrumLine));
+        void* lines = ReallocateBytes(Run.SpectrumLines, capacity, sizeof(SpectrumLine));
         if (lines != nullptr) {
             Run.SpectrumLines = static_cast<SpectrumLine*>(lines);
             Run.SpectrumLineCapacity = capacity;
