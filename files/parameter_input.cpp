@@ -218,7 +218,7 @@ static void CheckNeighbours(int first, int end) {
 static void AllocateAtoms() {
     FreeArray(Run.AtomRecords);
     FreeArray(Run.AtomCoordinates);
-    const double bytesOfAtom = sizeof(AtomRecord) + sizeof(AtomPosition) + sizeof(int);  // with a place in the selection
+    const double bytesOfAtom = sizeof(AtomRecord) + sizeof(AtomPosition) + sizeof(int);  // with its place in a list
     if (!MemoryCanServe(bytesOfAtom * Run.AtomCount)) {
         FatalError(24576);
     }

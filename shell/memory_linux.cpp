@@ -119,8 +119,8 @@ static bool FindGroup(const char* groupList, bool second, char* group) {
     return found;
 }
 
-// The part of a group's path below the folder of the hierarchy that is mounted. A path that doesn't lie there is that of
-// a process in another namespace, for which the mount point itself is the nearest group.
+// The part of a group's path below the folder of the hierarchy that is mounted. A path that doesn't lie there is of
+// another namespace: the mount point itself is the nearest group then.
 static const char* BelowRoot(const char* group, const char* root) {
     const std::size_t length = std::strcmp(root, "/") == 0 ? 0 : std::strlen(root);
     const bool below = std::strncmp(group, root, length) == 0 && group[length] == '/' && group[length + 1] != '\0' &&

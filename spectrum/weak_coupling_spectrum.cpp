@@ -123,7 +123,7 @@ static void AllocateWork() {
     }
     const double work = 4 * sizeof(double) * largestStates + sizeof(int) * tableEntries;
     const double listBytes = sizeof(SpectrumLine) * lines;
-    if (!MemoryCanServe(listBytes + std::max(work, listBytes))) {  // the sort takes as much again, once the work is freed
+    if (!MemoryCanServe(listBytes + std::max(work, listBytes))) {  // the sort takes as much again, without the work
         FatalError(24577);
     }
     Work.SpectatorSpinTable = AllocateCounted<int>(tableEntries);

@@ -80,7 +80,8 @@ TEST_F(ControlGroups, FirstVersionCountsGroupsBelowInItsTotals) {
     Mount("5:cpu,memory:/batch/job\n4:memoryless:/other\n0::/\n", "/", First);
     Write("/batch/job", "memory.limit_in_bytes", "1000000");
     Write("/batch/job", "memory.usage_in_bytes", "990000");
-    Write("/batch/job", "memory.stat", "inactive_file 1\nactive_file 2\ntotal_inactive_file 500000\ntotal_active_file 0");
+    Write("/batch/job", "memory.stat",
+          "inactive_file 1\nactive_file 2\ntotal_inactive_file 500000\ntotal_active_file 0");
     Write("/batch", "memory.limit_in_bytes", "9223372036854771712");
     Write("/batch", "memory.usage_in_bytes", "990000");
     EXPECT_EQ(Rest(), 510000u);

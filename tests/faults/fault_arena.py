@@ -93,18 +93,16 @@ class Arena:
             (folder / job.output).write_bytes(OLDER)
         return folder
 
-    def StartProgram(self, arguments, limits=(), through=(), **settings):
-        """limits are pairs for setrlimit; through is a command that starts the program."""
+    def Start(self, job, name="w", log="w.log", limits=(), through=(), **settings):
+        """log is the path of the log as the run sees it, or None; limits are pairs for setrlimit; through is a command
+        that starts the program."""
         def SetLimits():
             for kind, value in limits:
                 resource.setrlimit(kind, (value, value))
+        arguments = [*through, str(self.program), "parameters", name, str(job.kind)] + ([log] if log else [])
         files = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
-        return Child(subprocess.Popen([*through, str(self.program), *arguments], cwd=self.top,
-                                      preexec_fn=SetLimits if limits else None, **{**files, **settings}))
-
-    def Start(self, job, name="w", log="w.log", **settings):
-        """log is the path of the log as the run sees it, or None; settings are those of StartProgram."""
-        return self.StartProgram(["parameters", name, str(job.kind)] + ([log] if log else []), **settings)
+        return Child(subprocess.Popen(arguments, cwd=self.top, preexec_fn=SetLimits if limits else None,
+                                      **{**files, **settings}))
 
     def Measure(self, job, log=True):
         """Runs the job unharmed, a short one three times; keeps its bytes and returns its least work in seconds."""
