@@ -80,7 +80,8 @@ static void ReadNMRSelection(std::FILE* file, char* line) {
         FatalError(24610, Run.NMRAtomCount, path);
     }
     FreeArray(Run.NMRAtomList);
-    Run.NMRAtomList = AllocateArray<int>(Run.NMRAtomCount);
+    const bool fits = MemoryCanServe((sizeof(int) + sizeof(SelectionEntry)) * static_cast<double>(Run.NMRAtomCount));
+    Run.NMRAtomList = fits ? AllocateArray<int>(Run.NMRAtomCount) : nullptr;
     if (Run.NMRAtomList == nullptr) {
         FatalError(24576);
     }
@@ -217,6 +218,10 @@ static void CheckNeighbours(int first, int end) {
 static void AllocateAtoms() {
     FreeArray(Run.AtomRecords);
     FreeArray(Run.AtomCoordinates);
+    const double bytesOfAtom = sizeof(AtomRecord) + sizeof(AtomPosition) + sizeof(int);  // with its place in a list
+    if (!MemoryCanServe(bytesOfAtom * Run.AtomCount)) {
+        FatalError(24576);
+    }
     Run.AtomRecords = AllocateZeroed<AtomRecord>(Run.AtomCount);
     Run.AtomCoordinates = AllocateZeroed<AtomPosition>(Run.AtomCount);
     if (Run.AtomRecords == nullptr || Run.AtomCoordinates == nullptr) {

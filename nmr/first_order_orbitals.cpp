@@ -27,20 +27,35 @@ static struct {
     double* Product;          // [N][N] half of the density
 } Work;
 
-void FreeFirstOrderWork() {
-    FreeArray(Work.OccupiedColumns);
-    FreeArray(Work.EmptyColumns);
-    FreeArray(Work.FockRows);
-    FreeArray(Work.Projections);
-    FreeArray(Work.Product);
-}
-
 static int OccupiedCount() {
     return Run.DoublyOccupiedLevels;
 }
 
 static int EmptyCount() {
     return Run.OrbitalCount - Run.DoublyOccupiedLevels;
+}
+
+template <class Visitor> static void VisitWork(Visitor& visit) {
+    const long long n = Run.OrbitalCount;
+    visit(Work.OccupiedColumns, n * OccupiedCount());
+    visit(Work.EmptyColumns, n * EmptyCount());
+    visit(Work.FockRows, n * OccupiedCount());
+    visit(Work.Projections, static_cast<long long>(OccupiedCount()) * EmptyCount());
+    visit(Work.Product, n * n);
+}
+
+double FirstOrderWorkBytes() {
+    ArraySum sum;
+    VisitWork(sum);
+    return sum.Bytes;
+}
+
+void FreeFirstOrderWork() {
+    FreeArray(Work.OccupiedColumns);
+    FreeArray(Work.EmptyColumns);
+    FreeArray(Work.FockRows);
+    FreeArray(Work.Projections);
+    FreeArray(Work.Product);
 }
 
 static void Transpose(const double* rows, int count, double* columns) {
@@ -55,13 +70,9 @@ static void Transpose(const double* rows, int count, double* columns) {
 void PrepareFirstOrderOrbitals() {
     const long long n = Run.OrbitalCount;
     FreeFirstOrderWork();
-    Work.OccupiedColumns = AllocateArray<double>(n * OccupiedCount());
-    Work.EmptyColumns = AllocateArray<double>(n * EmptyCount());
-    Work.FockRows = AllocateArray<double>(n * OccupiedCount());
-    Work.Projections = AllocateArray<double>(static_cast<long long>(OccupiedCount()) * EmptyCount());
-    Work.Product = AllocateArray<double>(n * n);
-    if (Work.OccupiedColumns == nullptr || Work.EmptyColumns == nullptr || Work.FockRows == nullptr ||
-        Work.Projections == nullptr || Work.Product == nullptr) {
+    ArrayAllocator allocator;
+    VisitWork(allocator);
+    if (!allocator.Complete) {
         FatalError(24577);
     }
     Transpose(Run.MolecularOrbitals, OccupiedCount(), Work.OccupiedColumns);

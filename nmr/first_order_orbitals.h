@@ -2,6 +2,9 @@
 // First-order change of the occupied orbitals under a perturbed Fock matrix, and the density that it makes.
 #pragma once
 
+// Bytes of the work of the first-order steps, for the orbitals and levels of Run.
+double FirstOrderWorkBytes();
+
 // Allocates the work of the first-order steps for the orbitals in MolecularOrbitals and gathers their transposes; to be
 // called after each wavefunction, before the steps below. Raises 24577.
 void PrepareFirstOrderOrbitals();

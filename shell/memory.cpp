@@ -3,18 +3,30 @@
 // process when the pages are touched, with no word in the output file.
 #include "shell/memory.h"
 
+#include "shell/message_poll.h"
 #include "shell/platform.h"
 
-static constexpr double UncheckedBytes = 1 << 20;  // blocks below this size aren't worth the look
-static constexpr double SafetyShare = 0.95;        // the rest stays for the system
+static constexpr double UncheckedBytes = 1 << 18;  // blocks below this size aren't worth the look
+static constexpr double SafetyShare = 0.95;        // the rest is for page tables and for what others take meanwhile
 static constexpr std::size_t LargeBlock = 64 << 20;  // bytes from which small pages would delay a stop
+static constexpr std::size_t PageBytes = 4096;     // of the smallest page of memory
+static constexpr int TouchedPageUnits = 512;       // work of a page for PollMessages
+
+// Kept free beside the share: the stack, the blocks that aren't checked, the buffers of files, the system's own records
+// of the process, and the line of a refusal.
+static constexpr double ReservedBytes = 2 << 20;
 
 bool MemoryCanServe(double bytes) {
-    return bytes < UncheckedBytes || bytes < SafetyShare * static_cast<double>(AvailableMemory());
+    return bytes + ReservedBytes < SafetyShare * static_cast<double>(AvailableMemory());
 }
 
-void* AllocateBytes(long long count, std::size_t size) {
-    return ReallocateBytes(nullptr, count, size);
+static bool CanServeRecords(long long count, std::size_t size) {
+    const double bytes = static_cast<double>(count) * static_cast<double>(size);
+    return count >= 0 && (bytes < UncheckedBytes || MemoryCanServe(bytes));
+}
+
+static std::size_t BytesToAsk(long long count, std::size_t size) {
+    return count > 0 ? static_cast<std::size_t>(count) * size : 1;
 }
 
 // A stop gives all memory back: a gigabyte in small pages takes a tenth of a second and more.
@@ -25,22 +37,29 @@ static void* Prepared(void* block, std::size_t bytes) {
     return block;
 }
 
-static bool CanServeRecords(long long count, std::size_t size) {
-    return count >= 0 && MemoryCanServe(static_cast<double>(count) * static_cast<double>(size));
+void* AllocateBytes(long long count, std::size_t size) {
+    return ReallocateBytes(nullptr, count, size);
 }
 
 void* AllocateZeroedBytes(long long count, std::size_t size) {
     if (!CanServeRecords(count, size)) {
         return nullptr;
     }
-    const std::size_t records = count > 0 ? static_cast<std::size_t>(count) : 1;
-    return Prepared(std::calloc(records, size), records * size);
+    const std::size_t bytes = BytesToAsk(count, size);
+    return Prepared(std::calloc(bytes, 1), bytes);
 }
 
 void* ReallocateBytes(void* block, long long count, std::size_t size) {
     if (!CanServeRecords(count, size)) {
         return nullptr;
     }
-    const std::size_t bytes = count > 0 ? static_cast<std::size_t>(count) * size : 1;
+    const std::size_t bytes = BytesToAsk(count, size);
     return Prepared(std::realloc(block, bytes), bytes);
+}
+
+void TouchPages(void* block, std::size_t bytes) {
+    for (std::size_t i = 0; i < bytes; i += PageBytes) {
+        static_cast<volatile char*>(block)[i] = 0;
+        PollMessages(TouchedPageUnits);
+    }
 }

@@ -20,7 +20,6 @@
 static constexpr double Perturbation = 1e-10;     // Hz; without it degenerate levels have no definite vectors
 static constexpr int UpperStates = 64;            // states of the block before that are handled together
 static constexpr long long ProductWork = 1 << 25;  // multiplications of a matrix product between two polls
-static constexpr int MatrixCount = 3;             // matrices of the largest dimension
 static constexpr int TransposeBlock = 16;         // rows and columns that are transposed together
 
 // Working storage of one simulation, allocated by AllocateWork and freed by FreeExactSpectrumWork. L is the largest
@@ -62,23 +61,6 @@ void FreeExactSpectrumWork() {
     FreeArray(Work.PlaceOfState);
 }
 
-static void AllocateWork(int largestSubMatrix) {
-    const long long largest = SubMatrices.LargestSubSubDimension;
-    for (double** matrix : {&Work.Hamiltonian, &Work.Vectors, &Work.Previous}) {
-        *matrix = AllocateArray<double>(largest * largest);
-    }
-    Work.Values = AllocateArray<double>(largest);
-    Work.PreviousValues = AllocateArray<double>(largest);
-    Work.Panel = AllocateArray<double>(largest * UpperStates);
-    Work.PlaceOfState = AllocateArray<int>(largestSubMatrix);
-    Work.LineCount = 0;
-    if (Work.Hamiltonian == nullptr || Work.Vectors == nullptr || Work.Previous == nullptr ||
-        Work.Values == nullptr || Work.PreviousValues == nullptr || Work.Panel == nullptr ||
-        Work.PlaceOfState == nullptr || !ReserveEigensolverWork(SubMatrices.LargestSubSubDimension)) {
-        FatalError(24577);
-    }
-}
-
 static int BlockDimension(int s, int k) {
     return SubMatrices.SubSubMatrixDimensions[static_cast<long long>(k) * SubMatrices.SubMatrixCount + s];
 }
@@ -97,6 +79,35 @@ static int LargestSubMatrix() {
         largest = std::max(largest, SubMatrixDimension(s));
     }
     return largest;
+}
+
+template <class Visitor> static void VisitWork(Visitor& visit) {
+    const long long largest = SubMatrices.LargestSubSubDimension;
+    for (double** matrix : {&Work.Hamiltonian, &Work.Vectors, &Work.Previous}) {
+        visit(*matrix, largest * largest);
+    }
+    visit(Work.Values, largest);
+    visit(Work.PreviousValues, largest);
+    visit(Work.Panel, largest * UpperStates);
+    visit(Work.PlaceOfState, LargestSubMatrix());
+}
+
+static double WorkBytes() {
+    ArraySum sum;
+    VisitWork(sum);
+    return sum.Bytes + EigensolverWorkBytes(SubMatrices.LargestSubSubDimension);
+}
+
+// All of it is touched at once: the list of lines grows beside it, and may have what is free then.
+static void AllocateWork() {
+    ArrayAllocator allocator;
+    VisitWork(allocator);
+    if (!allocator.Complete || !ReserveEigensolverWork(SubMatrices.LargestSubSubDimension)) {
+        FatalError(24577);
+    }
+    ArrayToucher toucher;
+    VisitWork(toucher);
+    Work.LineCount = 0;
 }
 
 // The number of a block's state within its SubMatrix.
@@ -298,8 +309,8 @@ static void SimulateSubMatrix(int s, int firstState) {
 
 void ComputeExactSpectrum() {
     PrepareSpinSystem();
-    BuildSubMatrices(Run.SpinGroupCount, Run.NucleiInGroup, MatrixCount);
-    AllocateWork(LargestSubMatrix());
+    BuildSubMatrices(Run.SpinGroupCount, Run.NucleiInGroup, WorkBytes);
+    AllocateWork();
     int firstState = 0;
     for (int s = 0; s < SubMatrices.SubMatrixCount; ++s) {
         SimulateSubMatrix(s, firstState);

@@ -13,8 +13,6 @@
 
 static constexpr double MergeDistance = 0.001;  // Hz
 static constexpr long long PollBlock = 1 << 16;  // records handled between two polls
-static constexpr int LinesOfPage = 4096 / sizeof(SpectrumLine);  // of the smallest page of memory
-static constexpr int TouchedPageUnits = 512;     // work of a page for PollMessages
 static constexpr int DigitBits = 11;             // three digits make a 32-bit key
 static constexpr int DigitCount = 3;
 static constexpr int DigitValues = 1 << DigitBits;
@@ -68,22 +66,13 @@ static void DistributeByDigit(const SpectrumLine* from, SpectrumLine* to, long l
     }
 }
 
-// Touches a new array page by page. The system clears each page as it is first touched, and the sort would touch all of
-// them between two polls.
-static void TouchPages(SpectrumLine* lines, long long count) {
-    for (long long i = 0; i < count; i += LinesOfPage) {
-        lines[i] = {};
-        PollMessages(TouchedPageUnits);
-    }
-}
-
 // Radix sort by ascending frequency.
 static void SortLines(long long count) {
     SortBuffer = AllocateArray<SpectrumLine>(count);
     if (SortBuffer == nullptr) {
         FatalError(24577);
     }
-    TouchPages(SortBuffer, count);
+    TouchPages(SortBuffer, static_cast<std::size_t>(count) * sizeof(SpectrumLine));
     long long places[DigitCount][DigitValues] = {};
     for (long long begin = 0; begin < count; begin += PollBlock) {
         const long long end = std::min(count, begin + PollBlock);

@@ -205,7 +205,7 @@ static void FillStates(const int* groupSpins, int groupCount, long long base) {
     }
 }
 
-void BuildSubMatrices(int groupCount, const int* nucleiInGroup, int matrixCount) {
+void BuildSubMatrices(int groupCount, const int* nucleiInGroup, double (*workBytes)()) {
     CheckGroups(groupCount, nucleiInGroup);
     FillGroupSpinTable(groupCount, nucleiInGroup);
     CountStates(groupCount);
@@ -214,9 +214,7 @@ void BuildSubMatrices(int groupCount, const int* nucleiInGroup, int matrixCount)
         ListBlockTable(groupCount);
     }
     const double stateBytes = static_cast<double>(sizeof(int)) * (groupCount + 1.0) * SubMatrices.LevelCount;
-    const double largest = SubMatrices.LargestSubSubDimension;
-    const double matrixBytes = static_cast<double>(sizeof(double)) * matrixCount * largest * largest;
-    if (!MemoryCanServe(stateBytes + matrixBytes)) {
+    if (!MemoryCanServe(stateBytes + workBytes())) {
         FatalError(24577);
     }
     SubMatrices.BasisStates = AllocateTable(static_cast<long long>(SubMatrices.LevelCount) * groupCount);

@@ -121,8 +121,9 @@ static void AllocateWork() {
         largestStates = std::max(largestStates, states);
         lines += allStates * TransitionCount(g);
     }
-    if (!MemoryCanServe(4 * sizeof(double) * largestStates + sizeof(SpectrumLine) * lines +
-                        sizeof(int) * tableEntries)) {
+    const double work = 4 * sizeof(double) * largestStates + sizeof(int) * tableEntries;
+    const double listBytes = sizeof(SpectrumLine) * lines;
+    if (!MemoryCanServe(listBytes + std::max(work, listBytes))) {  // the sort takes as much again, without the work
         FatalError(24577);
     }
     Work.SpectatorSpinTable = AllocateCounted<int>(tableEntries);

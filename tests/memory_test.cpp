@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -82,5 +83,77 @@ TEST_F(LargePages, StayBehindAGrowingBlock) {
     EXPECT_EQ(block[0], 'a');
     EXPECT_EQ(block[Large - 1], 'z');
     EXPECT_TRUE(AsksForLargePages(block, Larger));
+    FreeArray(block);
+}
+
+// A group of arrays that one function hands over.
+struct TwoArrays {
+    double* Numbers = nullptr;
+    int* Places = nullptr;
+    long long NumberCount = 3;
+    long long PlaceCount = 5;
+
+    template <class Visitor> void Visit(Visitor& visit) {
+        visit(Numbers, NumberCount);
+        visit(Places, PlaceCount);
+    }
+
+    ~TwoArrays() {
+        FreeArray(Numbers);
+        FreeArray(Places);
+    }
+};
+
+TEST(GroupOfArrays, SumCountsRecordsBySize) {
+    TwoArrays arrays;
+    arrays.NumberCount = 1LL << 60;
+    ArraySum sum;
+    arrays.Visit(sum);
+    EXPECT_EQ(sum.Bytes, 8.0 * static_cast<double>(1LL << 60) + 20.0);
+}
+
+TEST(GroupOfArrays, AllocatorLeavesNothingBehindAFailure) {
+    TwoArrays arrays;
+    ArrayAllocator first;
+    arrays.Visit(first);
+    EXPECT_TRUE(first.Complete);
+    ASSERT_NE(arrays.Places, nullptr);
+    arrays.NumberCount = 1LL << 50;
+    ArrayAllocator second;
+    arrays.Visit(second);
+    EXPECT_FALSE(second.Complete);
+    EXPECT_EQ(arrays.Numbers, nullptr);
+    EXPECT_EQ(arrays.Places, nullptr);
+}
+
+// Bytes of the block that lie in memory, by the system's account of its mapping.
+static long long ResidentBytes(const void* block) {
+    const auto address = reinterpret_cast<std::uintptr_t>(block);
+    std::ifstream list("/proc/self/smaps");
+    bool inside = false;
+    for (std::string line; std::getline(list, line);) {
+        std::istringstream words(line);
+        std::uintptr_t begin = 0, end = 0;
+        char dash = 0;
+        long long kilobytes = 0;
+        if (words >> std::hex >> begin >> dash >> end && dash == '-') {
+            inside = begin <= address && address < end;
+        } else if (inside && std::sscanf(line.c_str(), "Rss: %lld", &kilobytes) == 1) {
+            return kilobytes * 1024;
+        }
+    }
+    return 0;
+}
+
+TEST(TouchedPages, CountAsTaken) {
+    if (Sanitized) {
+        GTEST_SKIP() << "an allocator that touches pages itself";
+    }
+    char* block = AllocateArray<char>(Small);
+    ASSERT_NE(block, nullptr);
+    EXPECT_LT(ResidentBytes(block), Small / 2);
+    ArrayToucher toucher;
+    toucher(block, Small);
+    EXPECT_GE(ResidentBytes(block), Small);
     FreeArray(block);
 }

@@ -5,6 +5,7 @@
 #include "files/element_tables.h"
 #include "files/parameter_files.h"
 #include "shell/memory.h"
+#include "shell/platform.h"
 #include "tests/test_support.h"
 #include "wavefunction/orbital_tables.h"
 #include "wavefunction/prepare_system.h"
@@ -12,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 // The types of every system here; each has sound parameters in both tables, as an ordinary and as a capping atom.
@@ -485,4 +487,15 @@ TEST_F(PrepareSystemTest, OrbitalTables) {
     ::Run.SemiEmpiricalMethod = 2;
     PrepareOrbitalTables();
     EXPECT_NEAR(::Run.IsolatedEnergy, -60 * 23.061, 8e-13);
+}
+
+// The matrices of the wavefunction would fit, and each of the others by itself, but not all together. One level is
+// occupied: 9 squares of the wavefunction, 3 of the shielding and 2 of the perturbation.
+TEST_F(PrepareSystemTest, RefusesWhatDoesNotFitInAll) {
+    const double numbers = 0.95 * static_cast<double>(AvailableMemory()) / sizeof(double);
+    const int orbitals = static_cast<int>(std::sqrt(numbers / 11.5));
+    LoadAtoms(std::vector<TypedAtom>(static_cast<std::size_t>(orbitals), {1, H, 0, {}}));
+    ::Run.TotalCharge = orbitals - 2;
+    EXPECT_EQ(Outcome(), "ERRMSG: The molecule selected for calculation is too large and has consumed all available "
+                         "memory.");
 }

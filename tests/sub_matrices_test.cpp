@@ -8,11 +8,14 @@
 
 #include <algorithm>
 
-static constexpr int Matrices = 3;
+// What three matrices of the largest block take.
+static double MatrixBytes() {
+    return 3.0 * sizeof(double) * SubMatrices.LargestSubSubDimension * SubMatrices.LargestSubSubDimension;
+}
 
 static void Build(const std::vector<int>& nuclei) {
     FreeSubMatrices();
-    BuildSubMatrices(static_cast<int>(nuclei.size()), nuclei.data(), Matrices);
+    BuildSubMatrices(static_cast<int>(nuclei.size()), nuclei.data(), MatrixBytes);
 }
 
 static std::vector<int> Slice(const int* table, int first, int count) {

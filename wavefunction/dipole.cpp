@@ -64,6 +64,10 @@ static DipoleFactor FactorsOf(int shell, const AtomTypeParameters& parameters) {
     return factor;
 }
 
+double DipoleFactorBytes() {
+    return static_cast<double>(sizeof(DipoleFactor)) * Run.SelectedAtomCount;
+}
+
 void PrepareDipoleFactors() {
     FreeArray(DipoleFactors);
     DipoleFactors = AllocateZeroed<DipoleFactor>(Run.SelectedAtomCount);

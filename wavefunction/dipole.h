@@ -5,6 +5,9 @@
 // Sets the origin of the dipole (bohr): the origin of the coordinates, or the centre of mass of an ion.
 void ComputeReferencePoint();
 
+// Bytes of the hybridisation factors, for the atoms of Run.
+double DipoleFactorBytes();
+
 // Sets the hybridisation factors of each atom of the selection from ActiveParameters. Raises 24577. (Pople, Segal 1966;
 // Santry, Segal 1967 for the d orbitals.)
 void PrepareDipoleFactors();

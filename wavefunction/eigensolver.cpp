@@ -66,22 +66,32 @@ static std::size_t LayOutArrays(double* start, int capacity, EigensolverWork* wo
     return used;
 }
 
+// Numbers of the block that holds the arrays for orders up to n, with room for its alignment.
+static std::size_t WorkCount(int n) {
+    EigensolverWork work = {};
+    return LayOutArrays(nullptr, n, &work) + ChunkLength;
+}
+
+double EigensolverWorkBytes(int n) {
+    return static_cast<double>(WorkCount(n)) * sizeof(double);
+}
+
 int ReserveEigensolverWork(int n) {
     if (n <= SolverWork.Capacity) {
         return 1;
     }
     FreeEigensolverWork();
-    EigensolverWork work = {};
-    const std::size_t count = LayOutArrays(nullptr, n, &work) + ChunkLength;
-    double* memory = AllocateArray<double>(static_cast<long long>(count));
+    double* memory = AllocateArray<double>(static_cast<long long>(WorkCount(n)));
     if (memory == nullptr) {
         return 0;
     }
+    EigensolverWork work = {};
     const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(memory);
     const std::uintptr_t aligned = (address + 63) / 64 * 64;
     LayOutArrays(memory + (aligned - address) / sizeof(double), n, &work);
     work.Memory = memory;
     SolverWork = work;
+    TouchPages(SolverWork.Memory, static_cast<std::size_t>(EigensolverWorkBytes(n)));
     return 1;
 }
 

@@ -4,11 +4,13 @@
 
 #include "files/element_tables.h"
 #include "files/parameter_files.h"
+#include "nmr/first_order_orbitals.h"
 #include "shell/fatal_error.h"
 #include "shell/log.h"
 #include "shell/memory.h"
 #include "shell/message_poll.h"
 #include "shell/run_state.h"
+#include "wavefunction/dipole.h"
 #include "wavefunction/eigensolver.h"
 #include "wavefunction/fock_extrapolation.h"
 #include "wavefunction/selected_atoms.h"
@@ -222,72 +224,76 @@ void ValidateSystem() {
     LogMessage(8552);
 }
 
-template <class Record> static void Allocate(Record*& array, long long count) {
-    FreeArray(array);
-    array = AllocateArray<Record>(count);
-    if (array == nullptr) {
-        FatalError(24576);
-    }
-}
-
-static void AllocateShielding() {
-    const long long atoms = Run.SelectedAtomCount;
-    const long long n = Run.OrbitalCount;
-    for (double*& density : Run.MagneticDensities) {
-        Allocate(density, n * n);
-    }
-    for (double*& term : Run.ShieldingTerms) {
-        Allocate(term, atoms);
-    }
-    Allocate(Run.ShieldingExponents, 3 * atoms);
-    Allocate(Run.ShieldingTotal, atoms);
-    std::fill(Run.ShieldingTotal, Run.ShieldingTotal + atoms, 0.0);
-    Allocate(Run.ShieldingTensor, 9 * atoms);
-    Allocate(Run.TensorDiamagneticTwoCentre, 9 * atoms);
-    Allocate(Run.TensorParamagneticOneCentre, 9 * atoms);
-    Allocate(Run.TensorParamagneticTwoCentre, 9 * atoms);
-}
-
-// What the wavefunction needs, all at once, so that a system that doesn't fit is refused before any integral.
-static void AllocateWavefunction() {
+template <class Visitor> static void VisitWavefunction(Visitor& visit) {
     const long long n = Run.OrbitalCount;
     const long long square = n * n;
     const long long padded = (n + n % 2) * n;
-    const long long history = Run.SCFAccelerateConvergence ? HistoryLength * square : 0;
-    if (!MemoryCanServe(sizeof(double) * (4.0 * static_cast<double>(padded) + 5.0 * static_cast<double>(square) +
-                                          2.0 * static_cast<double>(history)))) {
-        FatalError(24576);
-    }
-    Allocate(Run.OrbitalExponents, n);
-    Allocate(Run.OrbitalAtoms, n);
-    Allocate(Run.OrbitalKinds, n);
-    Allocate(Run.OrbitalPrincipalNumbers, n);
-    Allocate(Run.CoreHamiltonian, square);
-    Allocate(Run.GammaMatrix, square);
-    Allocate(Run.FirstScratch,
-             std::max(padded, static_cast<long long>(Run.NMRAtomCount) * Run.SelectedAtomCount));
-    Allocate(Run.SecondScratch, padded);
-    Allocate(Run.FockMatrix, padded);
-    Allocate(Run.MolecularOrbitals, padded);
-    Allocate(Run.HalfDensity, square);
-    Allocate(Run.TotalDensity, square);
-    Allocate(Run.PreviousDensity, square);
-    Allocate(Run.DiagonalHistory, n);
-    Allocate(Run.CoreDiagonal, n);
-    Allocate(Run.OrbitalEnergiesRaw, n);
-    Allocate(Run.OrbitalEnergies, n);
+    visit(Run.OrbitalExponents, n);
+    visit(Run.OrbitalAtoms, n);
+    visit(Run.OrbitalKinds, n);
+    visit(Run.OrbitalPrincipalNumbers, n);
+    visit(Run.CoreHamiltonian, square);
+    visit(Run.GammaMatrix, square);
+    visit(Run.FirstScratch, std::max(padded, static_cast<long long>(Run.NMRAtomCount) * Run.SelectedAtomCount));
+    visit(Run.SecondScratch, padded);
+    visit(Run.FockMatrix, padded);
+    visit(Run.MolecularOrbitals, padded);
+    visit(Run.HalfDensity, square);
+    visit(Run.TotalDensity, square);
+    visit(Run.PreviousDensity, square);
+    visit(Run.DiagonalHistory, n);
+    visit(Run.CoreDiagonal, n);
+    visit(Run.OrbitalEnergiesRaw, n);
+    visit(Run.OrbitalEnergies, n);
     if (Run.SCFAccelerateConvergence) {
-        Allocate(Run.CommutatorHistory, history);
-        Allocate(Run.FockHistory, history);
+        visit(Run.CommutatorHistory, HistoryLength * square);
+        visit(Run.FockHistory, HistoryLength * square);
     }
+}
+
+template <class Visitor> static void VisitShielding(Visitor& visit) {
+    const long long atoms = Run.SelectedAtomCount;
+    const long long n = Run.OrbitalCount;
+    for (double*& density : Run.MagneticDensities) {
+        visit(density, n * n);
+    }
+    for (double*& term : Run.ShieldingTerms) {
+        visit(term, atoms);
+    }
+    visit(Run.ShieldingExponents, 3 * atoms);
+    visit(Run.ShieldingTotal, atoms);
+    visit(Run.ShieldingTensor, 9 * atoms);
+    visit(Run.TensorDiamagneticTwoCentre, 9 * atoms);
+    visit(Run.TensorParamagneticOneCentre, 9 * atoms);
+    visit(Run.TensorParamagneticTwoCentre, 9 * atoms);
+}
+
+template <class Visitor> static void VisitArrays(Visitor& visit) {
+    VisitWavefunction(visit);
     if (Run.CalculateShielding) {
-        AllocateShielding();
+        VisitShielding(visit);
     }
     if (Run.CalculateCoupling) {
-        Allocate(Run.CouplingMatrix, static_cast<long long>(Run.NMRAtomCount) * Run.SelectedAtomCount);
+        visit(Run.CouplingMatrix, static_cast<long long>(Run.NMRAtomCount) * Run.SelectedAtomCount);
     }
-    if (!ReserveEigensolverWork(Run.OrbitalCount)) {
+}
+
+// All that the run is going to need, work of later stages included, so that a system that doesn't fit is refused before
+// any integral.
+static void AllocateArrays() {
+    ArraySum sum;
+    VisitArrays(sum);
+    if (!MemoryCanServe(sum.Bytes + EigensolverWorkBytes(Run.OrbitalCount) + DipoleFactorBytes() +
+                        FirstOrderWorkBytes())) {
         FatalError(24576);
+    }
+    ArrayAllocator allocator;
+    VisitArrays(allocator);
+    if (!allocator.Complete || !ReserveEigensolverWork(Run.OrbitalCount)) {
+        FatalError(24576);
+    }
+    if (Run.CalculateShielding) {
+        std::fill(Run.ShieldingTotal, Run.ShieldingTotal + Run.SelectedAtomCount, 0.0);
     }
 }
 
@@ -295,8 +301,12 @@ void PrepareSystem() {
     Run.PollCounter = 0;
     Run.PollShift = PollShiftOfParameterRun;
     ChooseOrbitals();
-    Allocate(Run.OrbitalRanges, Run.SelectedAtomCount);
+    ArrayAllocator ranges;
+    ranges(Run.OrbitalRanges, Run.SelectedAtomCount);
+    if (!ranges.Complete) {
+        FatalError(24576);
+    }
     ValidateSystem();
-    AllocateWavefunction();
+    AllocateArrays();
     Run.ScfPassCounter = -1;
 }

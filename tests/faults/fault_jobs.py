@@ -65,6 +65,15 @@ def Molecule(molecule, what, options, nuclei=1000):
     return Selected(f"{what}, {molecule}", options, min(nuclei, total), atoms)
 
 
+def ManyAtoms(count, what, options):
+    """A hydrogen molecule among atoms that aren't in the calculation."""
+    rows = "".join(f"atom {i + 1} A H H - 0 {2.0 * i:.1f} 0 {0.74 * (i == 1):.2f} 0\n" for i in range(count))
+    return Job(f"{what}, {count} atoms", PARAMETER_RUN,
+               f"{options}NMRSelectionBegin\n2\nmol 1 atom 1\nmol 1 atom 2\nNMRSelectionEnd\n"
+               "QuantumSelectionBegin\n2\nmol 1 atom 1\nmol 1 atom 2\nQuantumSelectionEnd\n"
+               f"AtomsBegin\n{count}\nmol 1 many\n{rows}endmol 1\nAtomsEnd\n")
+
+
 def Chain(units, what, options, nuclei=1000):
     """A zigzag chain of CH2 units with hydrogen at both ends."""
     places = []

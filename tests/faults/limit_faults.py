@@ -37,12 +37,18 @@ def CanLoad(arena, limits):
 
 
 def RunLimited(arena, job, limits, log):
-    """The outcome of a run under limits, in a few words; one in capitals is a broken promise."""
+    """The outcome of a run under limits for setrlimit."""
+    return KindOfRun(arena, job, log, lambda: not CanLoad(arena, limits), limits=limits)
+
+
+def KindOfRun(arena, job, log, cannotStart, **settings):
+    """The outcome of a run in a few words; one in capitals is a broken promise. cannotStart tells of a run that failed
+    whether the program has no room at all."""
     folder = arena.Folder(job)
     (arena.top / "w.log").unlink(missing_ok=True)
     with open(arena.top / "stdout", "w+b") as printed:
         try:
-            child = arena.Start(job, log="w.log" if log else None, limits=limits, stdout=printed)
+            child = arena.Start(job, log="w.log" if log else None, stdout=printed, **settings)
         except (OSError, subprocess.SubprocessError):
             return "not started"
         code = child.Wait()
@@ -51,7 +57,7 @@ def RunLimited(arena, job, limits, log):
     outcome = KindOfOutput(folder, job)
     if code is None:
         return "HANG"
-    if code == LOADER_FAILED or (code != 0 and not CanLoad(arena, limits)):
+    if code == LOADER_FAILED or (code != 0 and cannotStart()):
         return "not started"
     if code == 3 and text == SET_UP_TEXT and outcome == "absent":
         return "out of memory in the set-up"
@@ -73,9 +79,9 @@ def KindOfFailure(folder, job, outcome):
     return "STRANGE OUTPUT " + outcome
 
 
-def SmallestLimit(works):
+def SmallestLimit(works, largest=LARGEST):
     """The smallest limit in large steps at which works(limit) holds, if it holds from there on."""
-    low, high = 0, LARGEST
+    low, high = 0, largest
     while high - low > STEP:
         middle = (low + high) // 2 // STEP * STEP
         if works(middle):

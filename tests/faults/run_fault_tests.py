@@ -5,7 +5,7 @@ missing rights, files that vanish in mid-run, twenty runs at once. Prints a tabl
 
 Usage: run_fault_tests.py --program PATH [--count N] [--seed S] [--quick] [--part NAME ...]
 The exit status is 1 if a promise was broken. --quick judges times loosely, for a busy machine; --part takes the
-beginning of a part's name: kills, limits, disks, rights, files, crowds, stops.
+beginning of a part's name: kills, limits, groups, disks, rights, files, crowds, stops.
 """
 import argparse
 import functools
@@ -19,6 +19,7 @@ import time
 sys.dont_write_bytecode = True
 import disk_faults
 import file_faults
+import group_faults
 import limit_faults
 import right_faults
 import signal_faults
@@ -50,6 +51,7 @@ def Parts(arena, table, options, mounts):
     return {
         "kills": lambda: signal_faults.RunKills(arena, table, count),
         "limits": lambda: limit_faults.RunLimits(arena, table, count),
+        "groups": lambda: group_faults.RunGroups(arena, table, count),
         "disks": lambda: disk_faults.RunDisks(arena, table, count, mounts),
         "rights": lambda: right_faults.RunRights(arena, table, mounts),
         "files": lambda: file_faults.RunChanges(arena, table, count),
