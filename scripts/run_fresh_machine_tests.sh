@@ -88,7 +88,10 @@ run() {
     began=$(date +%s)
     status=0
     env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin unshare --mount --pid --fork --kill-child \
-        sh -c "$machine" machine "$top" "$layer" "$2" "$1" >"$log" 2>&1 </dev/null || status=$?
+        sh -c "$machine" machine "$top" "$layer" "$2" "$1" >"$log" 2>&1 </dev/null &
+    running=$!
+    wait "$running" || status=$?
+    running=""
     if [ -z "$3" ] && [ "$status" -eq 0 ]; then
         outcome=passed
     elif [ -n "$3" ] && [ "$status" -ne 0 ] && [ "$(wc -l <"$log")" -eq 1 ] && grep -q -e "$3" "$log"; then
@@ -103,7 +106,9 @@ run() {
 
 failures=0
 layer=$top/layer_$$
-trap 'rm -rf "$layer"' EXIT
+running=""
+trap 'exit 130' INT TERM
+trap '[ -z "$running" ] || kill -KILL "$running"; wait; rm -rf "$layer"' EXIT
 echo "| Command | Who or where | Outcome | Seconds |"
 echo "|---|---|---|---:|"
 while read -r command; do
