@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
 # Run by cpack on the tree of the Debian package: adds what Debian asks for to what cmake --install has put there.
+cmake_minimum_required(VERSION 3.25)  # for the way a search deals with links to folders
 set(share ${CPACK_TEMPORARY_DIRECTORY}${CPACK_PACKAGING_INSTALL_PREFIX}/share)
 set(documents ${share}/doc/${CPACK_PACKAGE_NAME})
 
@@ -19,6 +20,16 @@ configure_file(${CMAKE_CURRENT_LIST_DIR}/../packaging/debian_changelog.in ${docu
 
 file(RENAME ${documents}/CHANGELOG.md ${documents}/changelog)
 
-file(GLOB pages ${share}/man/man?/*)
-execute_process(COMMAND gzip -9n ${pages} ${documents}/changelog ${documents}/changelog.Debian
+file(GLOB manual_pages ${share}/man/man?/*)
+execute_process(COMMAND gzip -9n ${manual_pages} ${documents}/changelog ${documents}/changelog.Debian
     COMMAND_ERROR_IS_FATAL ANY)
+
+# The links follow the new names.
+file(GLOB_RECURSE pages ${documents}/*.md)
+foreach(page IN LISTS pages)
+    file(READ ${page} text)
+    string(REGEX REPLACE "(\\]\\([./]*)LICENSE\\)" "\\1copyright)" text "${text}")
+    string(REGEX REPLACE "(\\]\\([./]*)CHANGELOG[.]md\\)" "\\1changelog.gz)" text "${text}")
+    string(REGEX REPLACE "(\\]\\([./]*/man/man[15]/[^)]*)\\)" "\\1.gz)" text "${text}")
+    file(WRITE ${page} "${text}")
+endforeach()

@@ -4,18 +4,26 @@ if(WIN32)
     set(program_folder .)
     set(parameter_folder parameters)
     set(document_folder .)
+    set(manual_folder manual)
+    set(readme packaging/windows_readme.md.in)
 else()
     include(GNUInstallDirs)
     set(program_folder ${CMAKE_INSTALL_BINDIR})
     set(parameter_folder ${CMAKE_INSTALL_DATADIR}/velkoran/parameters)
     set(document_folder ${CMAKE_INSTALL_DOCDIR})
+    set(manual_folder ${CMAKE_INSTALL_MANDIR})
+    set(readme README.md)
 endif()
 
 file(GLOB parameter_files CONFIGURE_DEPENDS parameters/*.txt parameters/*.abp parameters/README.md)
 
+# for the scripts that cmake --install runs
+install(CODE "set(document_folder \"${document_folder}\")\nset(manual_folder \"${manual_folder}\")")
+
 install(TARGETS velkoran RUNTIME DESTINATION ${program_folder})
 install(FILES ${parameter_files} DESTINATION ${parameter_folder})
-install(FILES README.md LICENSE CHANGELOG.md CITATION.cff DESTINATION ${document_folder})
+install(FILES ${readme} DESTINATION ${document_folder} RENAME README.md)
+install(FILES LICENSE CHANGELOG.md CITATION.cff DESTINATION ${document_folder})
 # docs/ and examples/ stay folders of their own, so that the links between the documents lead somewhere
 file(GLOB_RECURSE document_files RELATIVE ${CMAKE_SOURCE_DIR} CONFIGURE_DEPENDS docs/*.md docs/*.png docs/*.svg
     docs/nmrparam.in docs/nmrspect.in examples/README.md examples/nmrparam.in examples/nmrspect.in)
@@ -32,7 +40,7 @@ if(WIN32)
 else()
     foreach(section 1 5)
         file(GLOB manual_pages CONFIGURE_DEPENDS man/*.${section})
-        install(FILES ${manual_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section})
+        install(FILES ${manual_pages} DESTINATION ${manual_folder}/man${section})
     endforeach()
     # the documents link to parameters/
     file(RELATIVE_PATH parameter_link ${CMAKE_INSTALL_FULL_DOCDIR}
@@ -41,3 +49,9 @@ else()
     file(CREATE_LINK ${parameter_link} ${CMAKE_BINARY_DIR}/generated/parameters SYMBOLIC)
     install(FILES ${CMAKE_BINARY_DIR}/generated/parameters DESTINATION ${document_folder})
 endif()
+
+# behind everything that a document can link to
+set(document_pages README.md CHANGELOG.md ${document_files})
+list(FILTER document_pages INCLUDE REGEX "[.]md$")
+install(CODE "set(document_pages \"${document_pages}\")")
+install(SCRIPT cmake/mend_links.cmake)

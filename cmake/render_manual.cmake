@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# Run by cmake --install: writes each of manual_pages as HTML into manual/.
-set(folder "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/manual")
+# Run by cmake --install: writes each of manual_pages as HTML into manual_folder.
+set(folder "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/${manual_folder}")
 foreach(page IN LISTS manual_pages)
     get_filename_component(name ${page} NAME)
     message(STATUS "Installing: ${folder}/${name}.html")

@@ -13,8 +13,7 @@ fi
 packages=$PWD/build/packages
 rm -rf "$packages"
 for preset in release windows; do
-    cmake --preset "$preset" >/dev/null
-    cmake --build --preset "$preset" --target velkoran
+    sh scripts/build_program.sh "$preset"
     (cd "build/$preset" && cpack -D "CPACK_OUTPUT_FILE_PREFIX=$packages")
 done
 for package in "$packages"/*.deb; do

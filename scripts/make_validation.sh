@@ -5,6 +5,5 @@
 set -eu
 cd "$(dirname "$0")/.."
 sh scripts/install_packages.sh g++ cmake ninja-build python3
-cmake --preset release -DBUILD_TESTING=OFF >/dev/null
-cmake --build --preset release --target velkoran
+sh scripts/build_program.sh release
 python3 validation/make_validation.py --program build/release/velkoran "$@"

@@ -16,8 +16,7 @@ else
     exit 1
 fi
 sh scripts/install_packages.sh g++ cmake ninja-build
-cmake --preset release -DBUILD_TESTING=OFF >/dev/null
-cmake --build --preset release
+sh scripts/build_program.sh release
 rm -rf "build/examples/$name" build/examples/parameters
 mkdir -p build/examples
 cp -r "examples/$name" parameters build/examples

@@ -9,6 +9,5 @@ cd "$(dirname "$0")/.."
 count=${1:-1000}
 [ $# -eq 0 ] || shift
 sh scripts/install_packages.sh g++ cmake ninja-build python3 util-linux
-cmake --preset release >/dev/null
-cmake --build --preset release --target velkoran
+sh scripts/build_program.sh release
 exec python3 tests/faults/run_fault_tests.py --program build/release/velkoran --count "$count" "$@"

@@ -9,8 +9,7 @@ build=build/fixed_order
 mkdir -p "$build"
 printf '#!/bin/sh\nexec g++ "$@" -march=native -ffp-contract=fast\n' >"$build/contracting_compiler"
 chmod +x "$build/contracting_compiler"
-cmake --preset release >/dev/null
-cmake --build --preset release --target velkoran
+sh scripts/build_program.sh release
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF \
     -DCMAKE_CXX_COMPILER="$PWD/$build/contracting_compiler" >/dev/null
 cmake --build "$build" --target velkoran

@@ -6,6 +6,7 @@
 set -eu
 umask 022
 cd "$(dirname "$0")/.."
+PATH=$PATH:/usr/sbin:/sbin  # where dpkg looks for its tools, and an ordinary user has none of them
 sh scripts/install_packages.sh lintian binutils man-db mandoc fakeroot unzip
 sh scripts/make_packages.sh
 top=$(mktemp -d)
@@ -32,6 +33,20 @@ check_files() {
     diff -u "$top/expected" "$top/found" || fail "$2 doesn't hold what it should"
     find "$1" -type d -empty | grep . && fail "$2 holds an empty folder"
     echo "passed: the $(wc -l <"$top/found") files of $2"
+}
+
+# Follows the links to files in the documents and the manual pages below a folder; one of them ends with a given text.
+check_links() {
+    find "$1" -name '*.md' -o -name '*.html' | while read -r page; do
+        grep -o -e ']([^)]*)' -e 'href="[^"]*"' "$page" | sed -e 's/^](//' -e 's/^href="//' -e 's/[)"#].*//' |
+            grep -v -e '^$' -e : | sed "s|^|$(dirname "$page")/|"
+    done >"$top/links"
+    grep -q "$3\$" "$top/links" || fail "$2 holds no link to $3"
+    while read -r link; do
+        [ -e "$link" ] || echo "$link"
+    done <"$top/links" | sort -u >"$top/dead"
+    [ -s "$top/dead" ] && fail "$2 holds links that lead nowhere: $(cat "$top/dead")"
+    echo "passed: the $(wc -l <"$top/links") links of $2 lead somewhere"
 }
 
 # Documents and examples, as they stand in the project and below the folder of documents of both systems.
@@ -72,6 +87,7 @@ dpkg_in_root() {
 # cmake --install
 cmake --install build/release --prefix "$top/install" >/dev/null
 list_linux_files | check_files "$top/install" "cmake --install"
+check_links "$top/install" "cmake --install" /man/man1/velkoran.1
 
 # the Debian package
 if ! lintian --fail-on error,warning "$package"; then
@@ -86,6 +102,7 @@ dpkg_in_root --install "$package"
 echo "passed: installation with its dependencies"
 mv "$top/root/var" "$top/var"
 list_debian_files | check_files "$top/root" "the Debian package"
+check_links "$top/root" "the Debian package" /man/man1/velkoran.1.gz
 installed=$top/root/usr
 [ "$(cat "$installed/share/doc/velkoran/parameters/nmrtype.txt")" = "$(cat parameters/nmrtype.txt)" ] ||
     fail "share/doc/velkoran/parameters leads nowhere"
@@ -133,6 +150,8 @@ unzip -q "$archive" -d "$top/windows"
 folder=$top/windows/$(basename "$archive" .zip)
 [ "$(ls "$top/windows")" = "$(basename "$folder")" ] || fail "the archive isn't one folder"
 list_windows_files | check_files "$folder" "the Windows archive"
+check_links "$folder" "the Windows archive" manual/velkoran.1.html
+cmp "$folder/README.md" packaging/windows_readme.md.in || fail "the README of the Windows archive isn't its own"
 strings -el "$folder/velkoran.exe" | grep -A 1 -x ProductVersion | grep -q -x -F "$version" ||
     fail "the resources of velkoran.exe aren't of version $version"
 echo "passed: velkoran.exe says that it is version $version"
@@ -153,11 +172,11 @@ wineboot -i >/dev/null 2>&1 </dev/null || fail "wineboot"
 wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1 </dev/null || fail "wine reg"
 wineserver -w
 cp "$top/built_runs/methane/nmrparam.in" examples/methane  # with the print level of those runs
-timeout 60 wine velkoran.exe parameters 'examples\methane' 1 'examples\methane\run.log' >/dev/null 2>&1 </dev/null ||
-    fail "velkoran.exe ends with exit code $?"
+command=$(sed -n '/examples.methane 1/s/^    //p' README.md)
+timeout 60 wine cmd /c "$command" >/dev/null 2>&1 </dev/null || fail "\"$command\" ends with exit code $?"
 wineserver -w
 for file in nmrparam.out run.log; do
     tr -d '\r' <"$folder/examples/methane/$file" | diff "$top/built_runs/methane/$file" - ||
         fail "$file of methane differs under Windows"
 done
-echo "passed: the example methane with the files of the Windows archive"
+echo "passed: the example methane with the files of the Windows archive, by the command of its README"

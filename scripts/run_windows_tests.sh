@@ -7,8 +7,7 @@ cd "$(dirname "$0")/.."
 sh scripts/install_packages.sh g++ g++-mingw-w64-x86-64 cmake ninja-build python3
 cmake --preset windows >/dev/null
 cmake --build --preset windows
-cmake --preset release >/dev/null
-cmake --build --preset release --target velkoran
+sh scripts/build_program.sh release
 if ! sh scripts/install_packages.sh wine64 wine xvfb imagemagick; then
     echo "Wine can't be installed here. Skipped, not passed:"
     sed -n 's/^    def \(test_[a-z0-9_]*\).*/  \1/p' tests/windows/run_windows_tests.py
