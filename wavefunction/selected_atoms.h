@@ -10,6 +10,11 @@ inline AtomRecord& SelectedAtom(int place) {
     return Run.AtomRecords[Run.QuantumSelection.SelectedAtomList[place] - 1];
 }
 
+// False for a lone pair.
+inline bool HasOrbitals(int place) {
+    return SelectedAtom(place).AtomicNumber >= 1;
+}
+
 // x, y, z in bohr.
 inline const double* SelectedPosition(int place) {
     return Run.AtomCoordinates[Run.QuantumSelection.SelectedAtomList[place] - 1].Position;
