@@ -60,7 +60,7 @@ static Outcome OutcomeOf(const std::string& log, const std::string& progress, co
     return outcome;
 }
 
-// Silicon monoxide in TNDO/1 at 1.43 Angstrom: the field swings for good, and with the Fock matrix extrapolated doesn't.
+// Silicon monoxide in TNDO/1 at 1.43 Angstrom: the field swings for good; with the Fock matrix extrapolated it doesn't.
 static Molecule SiliconMonoxide() {
     return {{{"Si", 0, 0, 0}, {"O", 0, 0, 1.43}}, {Tndo1, NoCoupling, Tight, IterationLimit(200)}};
 }
@@ -95,51 +95,42 @@ TEST(RunCautions, FieldAtEveryIterationLimit) {
     EXPECT_GT(converged, exact);
 }
 
-// The same for responses: the difference has to be no more than the limit, and is tested from the third pass on. The
-// tenth decimal is the last one printed.
-static void ExpectResponse(const std::string& log, int limit, const std::string& progress, const std::string& caution,
-                           double largest, int* exact) {
-    const Outcome outcome = OutcomeOf(log, progress, caution);
-    EXPECT_EQ(outcome.Caution, outcome.Differences < 2 || outcome.Last > largest) << limit << "\n" << log;
-    EXPECT_EQ(CountOf(outcome.Text, "no difference was formed"), limit < 2 ? 1 : 0) << outcome.Text;
-    EXPECT_EQ(CountOf(outcome.Text, "limit of " + std::to_string(limit) + " iterations"), outcome.Caution ? 1 : 0);
-    *exact += !outcome.Caution && outcome.Differences == limit - 1 ? 1 : 0;
+// Iterates responses at all iteration limits up to largestLimit; how many ended by their difference at exactly the
+// limit. A response has its caution exactly if its last printed difference is more than the limit of the iteration, or
+// if there are too few passes for a test, which is made from the third one on. Names of the responses stand behind the
+// beginnings of their lines.
+static int ResponsesAtTheLimit(const Molecule& molecule, void (*compute)(), int largestLimit, double largest,
+                               const std::string& progress, const std::string& caution,
+                               const std::vector<std::string>& names) {
+    int exact = 0;
+    const LoadedMolecule loaded(With(molecule, {IterationLimit(200)}));
+    for (int limit = -1; limit <= largestLimit; ++limit) {
+        ::Run.SCFIterationLimit = 200;
+        SolveWavefunction();
+        ::Run.SCFIterationLimit = limit;
+        loaded.ClearLog();
+        compute();
+        for (const std::string& name : names) {
+            const std::string start = std::string(caution).append(name).append(" ended at the limit of ");
+            const Outcome outcome = OutcomeOf(loaded.Log(), std::string(progress).append(name).append(":"), start);
+            EXPECT_EQ(outcome.Caution, outcome.Differences < 2 || outcome.Last > largest) << limit << loaded.Log();
+            EXPECT_EQ(CountOf(outcome.Text, "no difference was formed"), limit < 2 ? 1 : 0) << outcome.Text;
+            EXPECT_EQ(CountOf(outcome.Text, std::to_string(limit) + " iterations: "), outcome.Caution ? 1 : 0);
+            exact += !outcome.Caution && outcome.Differences == limit - 1 ? 1 : 0;
+        }
+    }
+    return exact;
 }
 
 TEST(RunCautions, ContactResponseAtEveryIterationLimit) {
-    int exact = 0;
-    const LoadedMolecule loaded(With(WaterMolecule(), {Tndo2, NoShielding, IterationLimit(200)}));
-    for (int limit = -1; limit <= 40; ++limit) {
-        ::Run.SCFIterationLimit = 200;
-        SolveWavefunction();
-        ::Run.SCFIterationLimit = limit;
-        loaded.ClearLog();
-        ComputeCouplingResponses();
-        for (const char* atom : {"1", "2", "3"}) {
-            ExpectResponse(loaded.Log(), limit, std::string("Perturbed atom ") + atom + ":",
-                           std::string("CAUTION: response to the contact perturbation of atom ") + atom + " ended", 1e-7,
-                           &exact);
-        }
-    }
-    EXPECT_EQ(exact, 3);
+    EXPECT_EQ(ResponsesAtTheLimit(With(WaterMolecule(), {Tndo2, NoShielding}), ComputeCouplingResponses, 40, 1e-7,
+                                  "Perturbed atom ", "CAUTION: response to the contact perturbation of atom ",
+                                  {"1", "2", "3"}), 3);
 }
 
 TEST(RunCautions, MagneticResponseAtEveryIterationLimit) {
-    int exact = 0;
-    const LoadedMolecule loaded(With(WaterMolecule(), {NoCoupling, IterationLimit(200)}));
-    for (int limit = -1; limit <= 60; ++limit) {
-        ::Run.SCFIterationLimit = 200;
-        SolveWavefunction();
-        ::Run.SCFIterationLimit = limit;
-        loaded.ClearLog();
-        ComputeMagneticDensities();
-        for (const char* axis : {"x", "y", "z"}) {
-            ExpectResponse(loaded.Log(), limit, std::string("Perturbed ") + axis + ":",
-                           std::string("CAUTION: response to the magnetic field along ") + axis + " ended", 1e-9,
-                           &exact);
-        }
-    }
-    EXPECT_EQ(exact, 3);
+    EXPECT_EQ(ResponsesAtTheLimit(With(WaterMolecule(), {NoCoupling}), ComputeMagneticDensities, 60, 1e-9, "Perturbed ",
+                                  "CAUTION: response to the magnetic field along ", {"x", "y", "z"}), 3);
 }
 
 // A difference that isn't finite has the same text on every platform.
@@ -266,7 +257,7 @@ TEST(RunCautions, ValuesThatAreNotFinite) {
     ::Run.ShieldingTotal[2] = -Infinity;
     ::Run.ShieldingTensor[8] = ::Run.ShieldingTensor[7] = NotANumber;
     ::Run.TensorDiamagneticTwoCentre[22] = Infinity;
-    ::Run.CouplingMatrix[3] = ::Run.CouplingMatrix[5] = NotANumber;   // the row of atom 1
+    ::Run.CouplingMatrix[3] = ::Run.CouplingMatrix[5] = NotANumber;  // the row of atom 1
     CautionAboutShieldings();
     CautionAboutCouplings();
     EXPECT_EQ(loaded.Log(), "CAUTION: value not finite: shielding of atom 3.\n"

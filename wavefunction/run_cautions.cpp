@@ -12,11 +12,11 @@
 #include <cmath>
 #include <cstdio>
 
-static constexpr int LineRoom = 200;             // characters; the numbers have six digits
-static constexpr int FieldDifferences = 1;       // least iteration limit at which a field has a difference
-static constexpr int ResponseDifferences = 2;    // the same of a response
-static constexpr double NearAtoms = 0.3;         // Angstrom
-static constexpr int LargestValueLines = 10;     // of one quantity
+static constexpr int LineRoom = 200;           // characters; the numbers have six digits
+static constexpr int FieldDifferences = 1;     // least iteration limit at which a field has a difference
+static constexpr int ResponseDifferences = 2;  // the same of a response
+static constexpr double NearAtoms = 0.3;       // Angstrom
+static constexpr int LargestValueLines = 10;   // of one quantity
 
 // What ended at the limit; a difference that isn't finite has no text that all platforms share.
 static void AppendLimitLine(const char* what, int leastLimit, double difference, double limit, const char* unit) {
@@ -65,6 +65,7 @@ struct DoubtfulPairs {
     long long Count;  // of all such pairs
 };
 
+// Counts a pair, and keeps it if it is the first or a worse one than those before.
 static void AddPair(DoubtfulPairs& pairs, int i, int j, double distance, bool worse) {
     if (pairs.Count++ == 0 || worse) {
         pairs.Places[0] = j;
@@ -92,12 +93,15 @@ void CautionAboutDistances() {
     DoubtfulPairs far = {};
     DoubtfulPairs near = {};
     for (int i = 0; i < Run.SelectedAtomCount; ++i) {
-        for (int j = 0; j < i && HasOrbitals(i); ++j) {
+        for (int j = 0; j < i; ++j) {
+            if (!HasOrbitals(i) || !HasOrbitals(j)) {
+                continue;
+            }
             const double distance = Distance(SelectedPosition(i), SelectedPosition(j));
-            if (distance >= FarOverlap && HasOrbitals(j)) {
+            if (distance >= FarOverlap) {
                 AddPair(far, i, j, distance, distance > far.Distance);
             }
-            if (distance < NearAtoms * BohrsPerAngstrom && HasOrbitals(j)) {
+            if (distance < NearAtoms * BohrsPerAngstrom) {
                 AddPair(near, i, j, distance, distance < near.Distance);
             }
         }
