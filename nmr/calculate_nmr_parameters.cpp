@@ -14,6 +14,7 @@
 #include "wavefunction/dipole.h"
 #include "wavefunction/orbital_tables.h"
 #include "wavefunction/prepare_system.h"
+#include "wavefunction/run_cautions.h"
 #include "wavefunction/solve_wavefunction.h"
 
 // Makes a parameter table the one in force and solves the wavefunction with it.
@@ -56,6 +57,7 @@ static void CalculateShieldingConstants() {
             ListShieldingTensors();
         }
     }
+    CautionAboutShieldings();
 }
 
 // The first scratch buffer takes the reduced constants; it is large enough for them.
@@ -66,10 +68,12 @@ static void CalculateCouplingConstants() {
     if (Run.LogEnabled) {
         ListCouplingConstants(Run.FirstScratch);
     }
+    CautionAboutCouplings();
 }
 
 static void CalculateParameters() {
     PrepareSystem();
+    CautionAboutDistances();
     if (Run.CalculateShielding) {
         CalculateShieldingConstants();
     }

@@ -7,6 +7,7 @@
 #include "shell/log.h"
 #include "shell/message_poll.h"
 #include "wavefunction/density_extrapolation.h"
+#include "wavefunction/run_cautions.h"
 #include "wavefunction/selected_atoms.h"
 
 #include <algorithm>
@@ -99,7 +100,8 @@ static void StoreContactResponse(int atomNumber, const double* density, double* 
     }
 }
 
-// Iterates the response of one atom. A limit that isn't reached is no error: the last density stands.
+// Iterates the response of one atom. A limit that isn't reached is no error: the last density
+// stands, and the log says so.
 static void IterateResponse(int atomNumber, double* change) {
     double* fock = Run.FirstScratch;
     double* u = Run.SecondScratch;
@@ -120,6 +122,9 @@ static void IterateResponse(int atomNumber, double* change) {
         if (*change <= limit && iteration > 1) {
             return;
         }
+    }
+    if (orbital >= 0) {  // without the perturbation the response is 0
+        CautionAboutContactResponse(atomNumber, *change, limit);
     }
 }
 

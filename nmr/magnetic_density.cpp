@@ -8,6 +8,7 @@
 #include "shell/log.h"
 #include "shell/message_poll.h"
 #include "wavefunction/atom_block.h"
+#include "wavefunction/run_cautions.h"
 #include "wavefunction/selected_atoms.h"
 
 #include <algorithm>
@@ -123,6 +124,7 @@ static void BuildMagneticFock(int iteration, const double* hamiltonian, const do
 // Iterates one direction; the stored density is the last iterate, converged or not.
 static void IterateDirection(int direction, double limit) {
     static constexpr const char* Names[] = {"x", "y", "z"};
+    const long long n = Run.OrbitalCount;
     double* hamiltonian = Run.FirstScratch;
     double* fock = Run.SecondScratch;
     double* u = Run.FockMatrix;
@@ -130,17 +132,22 @@ static void IterateDirection(int direction, double limit) {
     double field[3] = {};
     field[direction] = FieldComponent;
     BuildMagneticHamiltonian(field, hamiltonian);
+    double change = 0.0;
     for (int iteration = 0; iteration < Run.SCFIterationLimit; ++iteration) {
         BuildMagneticFock(iteration, hamiltonian, density, fock);
         SolveFirstOrderOrbitals(fock, Antisymmetric, u);
         BuildFirstOrderDensity(u, 2.0, Antisymmetric, density);  // of both spins
-        const double change = MeasureDensityChange(density, Run.MagneticDensities[direction], iteration);
+        change = MeasureDensityChange(density, Run.MagneticDensities[direction], iteration);
         if (iteration > 0) {
             LogProgress(4144, Names[direction], iteration, change);
         }
         if (change <= limit && iteration > 1) {
             return;
         }
+    }
+    const auto isZero = [](double element) { return element == 0.0; };
+    if (!std::all_of(hamiltonian, hamiltonian + n * n, isZero)) {  // without it the response is 0
+        CautionAboutMagneticResponse(Names[direction], change, limit);
     }
 }
 

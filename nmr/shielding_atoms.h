@@ -28,10 +28,6 @@ struct ShieldingAtom {
     }
 };
 
-inline bool HasOrbitals(int place) {
-    return SelectedAtom(place).AtomicNumber >= 1;
-}
-
 // Whether two atoms have shielding terms in common. Atoms at one place have none, as they have no repulsion either, and
 // beyond the largest distance nothing is left of any term.
 inline bool HavePairTerms(const double* a, const double* b) {

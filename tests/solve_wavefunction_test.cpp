@@ -217,8 +217,8 @@ TEST(SolveWavefunction, ProgressLagsByOneAndOneIterationFollows) {
     EXPECT_LT(line, log.find("  Fock Matrix(a.u.)", second + 1));
 }
 
-// A field that isn't converged is reported without remark after SCFIterationLimit + 2 iterations.
-TEST(SolveWavefunction, IterationLimitEndsSilently) {
+// A field that isn't converged is reported as any other after SCFIterationLimit + 2 iterations, with one line before.
+TEST(SolveWavefunction, IterationLimitEndsTheField) {
     for (const int limit : {-5, -1, 0, 1, 3, 6, 9}) {
         const LoadedMolecule loaded(With(WaterMolecule(), {"SCFConvergenceLimit = 0", "LogPrintLevel = 4",
                                                           std::string("SCFIterationLimit = ").append(std::to_string(limit))}));
@@ -230,6 +230,7 @@ TEST(SolveWavefunction, IterationLimitEndsSilently) {
         EXPECT_EQ(CountOf(log, "Iteration = "), std::max(expected - 2, 0)) << limit;
         EXPECT_EQ(CountOf(log, "Net Charges and Cartesian Coordinates"), 1);
         EXPECT_EQ(CountOf(log, "arning"), 0);
+        EXPECT_EQ(CountOf(log, "CAUTION: field "), 1);
     }
 }
 

@@ -12,8 +12,7 @@
 #include <cmath>
 
 static constexpr int PairUnits = 200;          // of a poll
-static constexpr double FarDistance = 100.0;   // bohr
-static constexpr double NearDistance = 0.001;
+static constexpr double NearDistance = 0.001;  // bohr
 static constexpr double SmallestRadius = 1e-10;  // bohr off the z axis
 static constexpr double HalfRootOfThree = 0.8660254037841;
 static constexpr double RootOfThree = 2.0 * HalfRootOfThree;
@@ -152,7 +151,7 @@ void DiatomicOverlapBlock(int codeI, int codeJ, const double* positionI, const d
     const OverlapCentre i = MakeCentre(codeI, exponentsI);
     const OverlapCentre j = MakeCentre(codeJ, exponentsJ);
     const double distance = Distance(positionI, positionJ);
-    if (distance >= FarDistance || distance < NearDistance) {
+    if (distance >= FarOverlap || distance < NearDistance) {
         return;  // on purpose neither written nor cleared
     }
     OverlapRotation rotation;

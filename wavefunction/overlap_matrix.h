@@ -5,6 +5,9 @@
 // Orbitals of one atom at most: s, three p, five d.
 inline constexpr int OverlapBlockOrder = 9;
 
+// Distance from which on no overlap is computed, bohr.
+inline constexpr double FarOverlap = 100.0;
+
 // Overlaps of the orbitals of two atoms, in the molecule's axes: rows for atom j, columns for atom i, in the
 // order s, px, py, pz, dx2-y2, dxz, dz2, dyz, dxy.
 struct OverlapBlock {

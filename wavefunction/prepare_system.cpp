@@ -18,7 +18,6 @@
 #include <algorithm>
 #include <climits>
 
-static constexpr double BohrsPerAngstrom = 1.889725985;
 static constexpr int FirstThirdRow = 11;  // sodium; the row ends with LastElement
 static constexpr int OrbitalsWithD = 9;
 static constexpr int OrbitalsWithoutD = 4;

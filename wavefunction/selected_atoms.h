@@ -15,6 +15,11 @@ inline AtomRecord& SelectedAtom(int place) {
     return Run.AtomRecords[SelectedAtomNumber(place) - 1];
 }
 
+// False for a lone pair.
+inline bool HasOrbitals(int place) {
+    return SelectedAtom(place).AtomicNumber >= 1;
+}
+
 // x, y, z in bohr.
 inline const double* SelectedPosition(int place) {
     return Run.AtomCoordinates[SelectedAtomNumber(place) - 1].Position;

@@ -20,6 +20,7 @@
 #include "wavefunction/overlap_matrix.h"
 #include "wavefunction/pseudo_diagonalisation.h"
 #include "wavefunction/report_wavefunction.h"
+#include "wavefunction/run_cautions.h"
 
 #include <algorithm>
 #include <cmath>
@@ -209,6 +210,9 @@ void SolveWavefunction() {
     ScfState state;
     StartState(state);
     while (Iterate(state)) {
+    }
+    if (!state.ScfConverged) {
+        CautionAboutField(state.EnergyChange, state.ConvergenceLimit);
     }
     if (ListsMatrices()) {
         ListScfStage(FinalStage);

@@ -19,8 +19,9 @@ def RunMolecule(program, parameters, folder):
     lines = pathlib.Path(folder, "nmrparam.out").read_text().splitlines()
     if lines[0].startswith("ERRMSG: "):
         raise RuntimeError(f"{folder}: {lines[0]}")
-    if "Iter = 199 " in log.read_text():  # one less than SCFIterationLimit
-        raise RuntimeError(f"{folder}: a response doesn't converge")
+    for line in log.read_text().splitlines():
+        if line.startswith("CAUTION: "):  # not converged, or doubtful in another way
+            raise RuntimeError(f"{folder}: {line}")
     elements = [int(word) for word in lines[2].split()]
     shieldings = [float(word) for word in lines[lines.index("SHIELDING") + 1].split()]
     first = lines.index("COUPLING") + 1

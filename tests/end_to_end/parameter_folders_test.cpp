@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <sstream>
 
 namespace fs = std::filesystem;
 
@@ -173,4 +174,30 @@ TEST(ParameterRunLog, NoLogWithoutItsField) {
     EXPECT_EQ(RunProgram({{run.Parameters(), run.Work.Path, "1"}, run.Work.Path}), 0);
     EXPECT_EQ(run.Output().substr(0, 8), "Results ");
     EXPECT_EQ(std::distance(fs::directory_iterator(run.Work.Path), fs::directory_iterator()), 3);
+}
+
+// An exponent whose square is more than a double holds makes a field of no numbers; a density at the nucleus of that
+// kind, couplings that are infinite.
+TEST(ParameterRunLog, SaysWhatIsNotFinite) {
+    ParameterRunFolder run;
+    fs::copy(Tests + "/parameter_runs/listing_of_two_orbitals/nmrparam.in", run.Input());
+    WriteText(run.Input(), Replaced(ReadText(run.Input()), "CalculateShielding = no", "SCFIterationLimit = 30"));
+    WriteText(run.Parameters() + "/nmr_shft.abp", "H 1e160 0 0 -7.2 0 0 9 0 0 0.4 5.6 -17 -17 52\n");
+    WriteText(run.Parameters() + "/nmr_cupl.abp", "H 1.2 0 0 -7.2 0 0 9 0 0 1e200 5.6 -17 -17 52\n");
+    EXPECT_EQ(run.Start(), 0);
+    EXPECT_EQ(run.Output().substr(0, 8), "Results ");
+    std::string cautions;
+    std::istringstream log(run.Log());
+    for (std::string line; std::getline(log, line);) {
+        cautions += line.rfind("CAUTION: ", 0) == 0 ? line + "\n" : "";
+    }
+    const std::string end = " ended at the limit of 30 iterations: last difference not finite, limit 1e-";
+    EXPECT_EQ(cautions, "CAUTION: field with nmr_shft.abp" + end + "07 kcal/mol.\n"
+                        "CAUTION: response to the magnetic field along x" + end + "14.\n"
+                        "CAUTION: response to the magnetic field along y" + end + "14.\n"
+                        "CAUTION: response to the magnetic field along z" + end + "14.\n"
+                        "CAUTION: value not finite: shielding of atom 1.\n"
+                        "CAUTION: value not finite: shielding of atom 2.\n"
+                        "CAUTION: value not finite: couplings of atom 1.\n"
+                        "CAUTION: value not finite: couplings of atom 2.\n");
 }
