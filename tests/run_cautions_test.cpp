@@ -204,12 +204,12 @@ static std::string CautionsOfDistances(const Molecule& molecule) {
 TEST(RunCautions, AtomsFarApart) {
     EXPECT_EQ(CautionsOfDistances(HydrogenMolecule(52.917)), "(no file)");
     EXPECT_EQ(CautionsOfDistances(HydrogenMolecule(52.918)),
-              "CAUTION: far apart: atoms 1 and 2, 52.918 Angstrom; pairs at 100 bohr or more, whose overlaps are wrong: "
-              "1.\n");
+              "CAUTION: far apart: atoms 1 and 2, 52.918 Angstrom; pairs at 100 bohr or more, whose overlaps are "
+              "wrong: 1.\n");
     const Molecule chain = {{{"H", 0, 0, 30}, {"H", 0, 0, 60}, {"H", 0, 0, 110}, {"H", 0, 0, 0}}};
     EXPECT_EQ(CautionsOfDistances(chain),
-              "CAUTION: far apart: atoms 3 and 4, 110 Angstrom; pairs at 100 bohr or more, whose overlaps are wrong: "
-              "3.\n");
+              "CAUTION: far apart: atoms 3 and 4, 110 Angstrom; pairs at 100 bohr or more, whose overlaps are "
+              "wrong: 3.\n");
 }
 
 // Nearer than 0.3 Angstrom; lone pairs aren't meant, and neither are atoms outside the selection.

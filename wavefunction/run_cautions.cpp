@@ -90,8 +90,8 @@ void CautionAboutDistances() {
     if (!Run.LogEnabled) {
         return;
     }
-    DoubtfulPairs far = {};
-    DoubtfulPairs near = {};
+    DoubtfulPairs farPairs = {};
+    DoubtfulPairs nearPairs = {};
     for (int i = 0; i < Run.SelectedAtomCount; ++i) {
         for (int j = 0; j < i; ++j) {
             if (!HasOrbitals(i) || !HasOrbitals(j)) {
@@ -99,16 +99,16 @@ void CautionAboutDistances() {
             }
             const double distance = Distance(SelectedPosition(i), SelectedPosition(j));
             if (distance >= FarOverlap) {
-                AddPair(far, i, j, distance, distance > far.Distance);
+                AddPair(farPairs, i, j, distance, distance > farPairs.Distance);
             }
             if (distance < NearAtoms * BohrsPerAngstrom) {
-                AddPair(near, i, j, distance, distance < near.Distance);
+                AddPair(nearPairs, i, j, distance, distance < nearPairs.Distance);
             }
         }
         PollMessages(i);
     }
-    AppendPairLine("far apart", far, "at 100 bohr or more, whose overlaps are wrong");
-    AppendPairLine("near each other", near, "nearer than 0.3");
+    AppendPairLine("far apart", farPairs, "at 100 bohr or more, whose overlaps are wrong");
+    AppendPairLine("near each other", nearPairs, "nearer than 0.3");
 }
 
 // The row of the NMR atom at a place of the list; -1 if it is none, or has no values.
