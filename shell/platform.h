@@ -84,7 +84,9 @@ void ReleaseMouseCapture();
 // Copies at most limit - 1 characters of a catalogue text; the length, 0 for an id without text.
 int LoadCatalogueText(int id, char* buffer, int limit);
 
-// Opens a file by a path with backslashes; null on failure, and for a directory.
+// Opens a file by a path with backslashes; null on failure, and for a directory. Where the system lets a file wait for
+// its other end, as a FIFO does, a stop unwinds the run from an opening that waits, and is an error of reading or writing
+// afterwards.
 std::FILE* OpenFile(const char* path, const char* mode);
 
 // What stands at a path with backslashes.

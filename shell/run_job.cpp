@@ -66,6 +66,7 @@ void RunOneJob(int kind) {
     RecoveryFrame frame;
     if (RESUMED_AT_FRAME(frame)) {
         FreeRunData();
+        FreeParameterFileWork();
         PopRecoveryFrame(0);
         return;
     }
