@@ -5,6 +5,7 @@
 #include "files/element_tables.h"
 #include "shell/fatal_error.h"
 #include "shell/memory.h"
+#include "shell/message_poll.h"
 #include "shell/run_state.h"
 
 static constexpr int CappingOrbitals = 4;  // one s and three p, also on a capping hydrogen
@@ -24,6 +25,7 @@ void BuildCappingAtoms() {
     Run.SelectedAtomCount = 0;
     Run.CappingAtomCount = 0;
     for (int i = 0; i < Run.AtomCount; ++i) {
+        PollReading(RecordUnits);
         AtomRecord& atom = Run.AtomRecords[i];
         if (atom.SelectionState == 0) {
             ToggleNeighbours(atom);
@@ -32,6 +34,7 @@ void BuildCappingAtoms() {
         }
     }
     for (int i = 0; i < Run.AtomCount; ++i) {
+        PollReading(RecordUnits);
         AtomRecord& atom = Run.AtomRecords[i];
         if (atom.AtomicNumber < 0) {
             atom.SelectionState = -1;
@@ -44,6 +47,7 @@ void BuildCappingAtoms() {
 // Appends the numbers of the atoms of one state to the list, from place on; returns the next place.
 static int AppendAtoms(int state, int place) {
     for (int i = 0; i < Run.AtomCount; ++i) {
+        PollReading(RecordUnits);
         if (Run.AtomRecords[i].SelectionState == state) {
             Run.QuantumSelection.SelectedAtomList[place++] = i + 1;
         }
@@ -70,6 +74,7 @@ void BuildSelectedAtomList() {
     AppendAtoms(-1, selected);
     Run.OrbitalCount = 0;
     for (int i = 0; i < selected; ++i) {
+        PollReading(RecordUnits);
         Run.OrbitalCount += OrbitalsOfElement(Run.AtomRecords[selection.SelectedAtomList[i] - 1].AtomicNumber);
     }
     --Run.LevelShiftStartIteration;  // from 0 to -1: the level shifter of the wavefunction stays off

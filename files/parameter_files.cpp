@@ -3,14 +3,17 @@
 // capping atom, whose record has the type's name with a "-" before it.
 #include "files/parameter_files.h"
 
+#include "files/name_index.h"
 #include "files/text_scan.h"
 #include "shell/fatal_error.h"
 #include "shell/memory.h"
+#include "shell/message_poll.h"
 #include "shell/platform.h"
 #include "shell/run_job.h"
 #include "shell/run_state.h"
 
 #include <cctype>
+#include <climits>
 #include <cstring>
 
 static constexpr int CountedLineSize = 128;  // buffer of the pass that counts the types
@@ -18,15 +21,22 @@ static constexpr int NameLineSize = 256;     // buffer of the pass that reads th
 static constexpr int TypeNameWidth = 3;
 static constexpr int RecordNameSize = 6;     // "-", 3 characters, one more that tells a longer name, terminator
 static constexpr int RecordNumbers = 14;
+static constexpr int MostTypes = INT_MAX / 2;  // so that a number of records fits
 
 // One record of a parameter file as it stands there.
 struct ParameterRecord {
-    char Name[RecordNameSize];      // in upper case; cut where nothing can match any more
+    char Name[RecordNameSize];      // cut where nothing can match any more
     double Numbers[RecordNumbers];  // columns 1 to 14
 };
 
-// [2 * AtomTypeCount] records of the file in hand, while it is read
+// [2 * AtomTypeCount] records of the file in hand, while it is read, and the names of those that count
 static ParameterRecord* Records = nullptr;
+static NameIndex RecordNames = {};
+
+void FreeParameterFileWork() {
+    FreeArray(Records);
+    FreeNameIndex(RecordNames);
+}
 
 static std::FILE* OpenParameterFile(const char* name, char* path) {
     ComposePath(name, Run.ParameterDirectory, path);
@@ -43,11 +53,11 @@ static void ToUpperCase(char* text) {
     }
 }
 
-// Every line counts that isn't a comment, blank ones too, less the heading.
+// Every line counts that isn't a comment, blank ones too, less the heading. Memory ends before the count does.
 static int CountTypes(const char* path, std::FILE* file) {
     char line[CountedLineSize];
     int count = -1;
-    while (std::fgets(line, sizeof line, file) != nullptr) {
+    while (count < MostTypes && ReadLine(file, line, sizeof line)) {
         if (line[0] != '\0' && line[0] != ';') {
             ++count;
         }
@@ -70,8 +80,8 @@ template <class Record> static void AllocateTable(Record*& table, long long coun
 // are left stay empty.
 static void ReadTypeNames(std::FILE* file) {
     char line[NameLineSize];
-    std::fgets(line, sizeof line, file);
-    for (int i = 0; i < Run.AtomTypeCount && std::fgets(line, sizeof line, file) != nullptr; ++i) {
+    ReadLine(file, line, sizeof line);
+    for (int i = 0; i < Run.AtomTypeCount && ReadLine(file, line, sizeof line); ++i) {
         const char* text = line;
         char name[TypeNameWidth + 1];
         double unused;
@@ -99,25 +109,9 @@ static void ReadTypes() {
     std::fclose(file);
 }
 
-// A word of any length; what is beyond the room for a name can't match, and is dropped.
-static bool ReadRecordName(std::FILE* file, char* name) {
-    int length = 0;
-    int c = std::fgetc(file);
-    while (std::isspace(c)) {
-        c = std::fgetc(file);
-    }
-    for (; c != EOF && !std::isspace(c); c = std::fgetc(file)) {
-        if (length < RecordNameSize - 1) {
-            name[length++] = static_cast<char>(c);
-        }
-    }
-    name[length] = '\0';
-    ToUpperCase(name);
-    return length > 0;
-}
-
 static bool ReadRecord(std::FILE* file, ParameterRecord& record) {
-    if (!ReadRecordName(file, record.Name)) {
+    record = {};
+    if (!ReadWord(file, RecordNameSize - 1, record.Name)) {  // what is beyond the room for a name can't match
         return false;
     }
     for (double& number : record.Numbers) {
@@ -128,28 +122,17 @@ static bool ReadRecord(std::FILE* file, ParameterRecord& record) {
     return true;
 }
 
-// Reading stops at the first short record; zeros follow from that one on, except, on purpose, where it was the last.
+// Reading stops at the first short record; that one and the rest count as zeros, except, on purpose, where it was the
+// last: then it counts as far as it goes. Of records with one name the first wins.
 static void ReadRecords(std::FILE* file) {
     const int count = 2 * Run.AtomTypeCount;
-    std::memset(Records, 0, sizeof(ParameterRecord) * static_cast<std::size_t>(count));
+    PrepareNameIndex(RecordNames, Records[0].Name, sizeof(ParameterRecord), count);
     for (int i = 0; i < count; ++i) {
-        if (!ReadRecord(file, Records[i])) {
-            if (i + 1 < count) {
-                Records[i] = {};
-            }
+        if (!ReadRecord(file, Records[i]) && i + 1 < count) {
             return;
         }
+        AddName(RecordNames, i);
     }
-}
-
-// The first record of a name, or null.
-static const ParameterRecord* FindRecord(const char* name) {
-    for (int i = 0; i < 2 * Run.AtomTypeCount; ++i) {
-        if (std::strcmp(Records[i].Name, name) == 0) {
-            return &Records[i];
-        }
-    }
-    return nullptr;
 }
 
 // The columns of the file stand in another order than the fields; 8 and 9 cross.
@@ -175,11 +158,13 @@ static void DistributeRecords(AtomTypeParameters* parameters, NuclearConstants* 
         const bool capping = entry >= Run.AtomTypeCount;
         char name[RecordNameSize] = "-";
         std::strcpy(name + (capping ? 1 : 0), Run.AtomTypeNames[entry % Run.AtomTypeCount].Text);
-        const ParameterRecord* record = FindRecord(name);
-        if (record != nullptr) {
-            parameters[entry] = ParametersOf(*record);
+        PollReading(RecordUnits);
+        const int found = FindName(RecordNames, name);
+        if (found >= 0) {
+            const ParameterRecord& record = Records[found];
+            parameters[entry] = ParametersOf(record);
             if (constants != nullptr) {
-                constants[entry] = {.GFactor = record->Numbers[10], .SDensity = record->Numbers[9]};
+                constants[entry] = {.GFactor = record.Numbers[10], .SDensity = record.Numbers[9]};
             }
         }
     }
@@ -197,5 +182,5 @@ void ReadParameterFiles() {
     ReadTypes();
     ReadParameterFile("nmr_shft.abp", Run.ParameterFileShielding, nullptr);
     ReadParameterFile("nmr_cupl.abp", Run.ParameterFileCoupling, Run.CouplingConstants);
-    FreeArray(Records);
+    FreeParameterFileWork();
 }

@@ -34,3 +34,6 @@ struct AtomTypeName {
 // ParameterFileShielding, ParameterFileCoupling and CouplingConstants of Run. Raises 24595 without types, 24596 for a
 // file that can't be opened, 24576 without memory. Damaged records give no message: reading stops, zeros follow.
 void ReadParameterFiles();
+
+// Frees what the reader keeps while it reads: to be called where a stop has ended it.
+void FreeParameterFileWork();

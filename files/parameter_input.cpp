@@ -3,14 +3,17 @@
 #include "files/parameter_input.h"
 
 #include "files/element_tables.h"
+#include "files/name_index.h"
 #include "files/option_keys.h"
 #include "files/parameter_files.h"
 #include "files/text_scan.h"
 #include "shell/fatal_error.h"
 #include "shell/memory.h"
+#include "shell/message_poll.h"
 #include "shell/run_state.h"
 
 #include <cctype>
+#include <climits>
 #include <cstring>
 
 // An entry of a selection: the position of an atom among the atoms of a molecule, both counted from 1.
@@ -19,13 +22,17 @@ struct SelectionEntry {
     int Atom;
 };
 
-// The selections as read, until they are resolved; freed by FreeSelectionEntries.
+// The selections as read, until they are resolved, and the names of the atom types; freed by FreeParameterInputWork.
 static SelectionEntry* NMREntries = nullptr;      // [NMRAtomCount]
 static SelectionEntry* QuantumEntries = nullptr;  // [SelectedAtomCount]
+static NameIndex TypeNames = {};                  // of AtomTypeNames
 
-void FreeSelectionEntries() {
+static int AtomLineCount = 0;  // atoms that the last block of atoms has given, AtomCount at most
+
+void FreeParameterInputWork() {
     FreeArray(NMREntries);
     FreeArray(QuantumEntries);
+    FreeNameIndex(TypeNames);
 }
 
 // Removes trailing characters that are neither letters nor digits nor punctuation.
@@ -39,8 +46,9 @@ static void StripLine(char* line) {
 // Reads the entries of a selection, each a word, a molecule number, a word and an atom number; the words are dropped.
 // Returns 1, 0 after a short entry, or -1 after a number that isn't positive.
 static int ReadEntries(std::FILE* file, SelectionEntry* entries, int count) {
+    char unused[1];
     for (int i = 0; i < count; ++i) {
-        if (!SkipWord(file) || !ReadInteger(file, &entries[i].Molecule) || !SkipWord(file) ||
+        if (!ReadWord(file, 0, unused) || !ReadInteger(file, &entries[i].Molecule) || !ReadWord(file, 0, unused) ||
             !ReadInteger(file, &entries[i].Atom)) {
             return 0;
         }
@@ -124,14 +132,20 @@ static int ElementByName(const char* name, int atom) {
     FatalError(24629, Run.InputFilePath, name, atom);
 }
 
-// The last name that matches gives the type.
-static int AtomTypeByName(const char* name, int atom) {
+// Of types with one name the last wins.
+static void IndexTypes() {
+    PrepareNameIndex(TypeNames, Run.AtomTypeNames->Text, sizeof(AtomTypeName), Run.AtomTypeCount);
     for (int i = Run.AtomTypeCount - 1; i >= 0; --i) {
-        if (EqualIgnoringCase(name, Run.AtomTypeNames[i].Text)) {
-            return i;
-        }
+        AddName(TypeNames, i);
     }
-    FatalError(24630, Run.InputFilePath, name, atom);
+}
+
+static int AtomTypeByName(const char* name, int atom) {
+    const int type = FindName(TypeNames, name);
+    if (type < 0) {
+        FatalError(24630, Run.InputFilePath, name, atom);
+    }
+    return type;
 }
 
 // A number where the text begins with a digit; -1 otherwise.
@@ -147,8 +161,8 @@ static int LeadingNumber(const char* text) {
     FatalError(24622, Run.InputFilePath, atom + 1);
 }
 
-// The neighbours of an atom, numbered from 1 within its molecule, which begins at offset. How far the molecule goes
-// isn't known yet: CheckNeighbours looks at that.
+// The neighbours of an atom, numbered from 1 within its molecule, which begins at offset. On purpose a number may leave
+// the molecule: beyond its end it means an atom of the next one, from 0 downwards one of the molecule before.
 static void ReadNeighbours(const char* text, AtomRecord& record, int atom, int offset) {
     if (record.BondCount > LargestBondCount) {
         RefuseRecord(atom);
@@ -165,10 +179,8 @@ static void ReadNeighbours(const char* text, AtomRecord& record, int atom, int o
         if (std::strchr("hsdta", order[0]) == nullptr) {
             FatalError(24623, Run.InputFilePath, order, atom + 1);
         }
-        if (number < 1 || number > Run.AtomCount - offset) {
-            RefuseRecord(atom);
-        }
-        record.BondedAtoms[k] = offset + number - 1;
+        const long long neighbour = static_cast<long long>(offset) + number - 1;
+        record.BondedAtoms[k] = neighbour >= 0 && neighbour < Run.AtomCount ? static_cast<int>(neighbour) : -1;
     }
 }
 
@@ -203,12 +215,12 @@ static void ReadAtomLine(const char* text, int atom, int molecule, int offset) {
     ReadNeighbours(text, record, atom, offset);
 }
 
-// A molecule is whole: none of its atoms may have a neighbour beyond its end.
-static void CheckNeighbours(int first, int end) {
-    for (int atom = first; atom < end; ++atom) {
+void CheckNeighbours() {
+    for (int atom = 0; atom < Run.AtomCount; ++atom) {
+        PollReading(RecordUnits);
         const AtomRecord& record = Run.AtomRecords[atom];
         for (int k = 0; k < record.BondCount; ++k) {
-            if (record.BondedAtoms[k] >= end) {
+            if (record.BondedAtoms[k] < 0) {
                 RefuseRecord(atom);
             }
         }
@@ -229,7 +241,7 @@ static void AllocateAtoms() {
     }
 }
 
-// Atom lines that are missing leave their records zeroed; they count for the last molecule.
+// Atom lines that are missing leave their records zeroed: atoms that neighbours can name and no selection.
 static void ReadAtoms(std::FILE* file) {
     const char* path = Run.InputFilePath;
     if (!ReadInteger(file, &Run.AtomCount)) {
@@ -239,23 +251,21 @@ static void ReadAtoms(std::FILE* file) {
         FatalError(24620, Run.AtomCount, path);
     }
     AllocateAtoms();
-    int atoms = 0;
+    AtomLineCount = 0;
     int molecule = 0;
     int offset = 0;
     char line[LineSize];
     while (ReadLine(file, line) && !BeginsIgnoringCase(line, "AtomsEnd")) {
         if (BeginsIgnoringCase(line, "atom")) {
-            if (atoms == Run.AtomCount) {
+            if (AtomLineCount == Run.AtomCount) {
                 FatalError(24621, path);
             }
-            ReadAtomLine(line, atoms++, molecule, offset);
+            ReadAtomLine(line, AtomLineCount++, molecule, offset);
         } else if (BeginsIgnoringCase(line, "mol")) {
-            CheckNeighbours(offset, atoms);
-            offset = atoms;
-            ++molecule;
+            offset = AtomLineCount;
+            molecule += molecule < INT_MAX ? 1 : 0;  // a file without an end may have more
         }
     }
-    CheckNeighbours(offset, Run.AtomCount);
 }
 
 // After each block the next marker meets what the block has left in the line.
@@ -288,15 +298,26 @@ static void ReadLines(std::FILE* file) {
     }
 }
 
-// Index of the atom that an entry means: the position counts the atoms of its molecule. -1 if there is none.
-static int FindAtom(const SelectionEntry& entry) {
-    int position = 0;
-    for (int atom = 0; atom < Run.AtomCount; ++atom) {
-        if (Run.AtomRecords[atom].MoleculeIndex == entry.Molecule && ++position == entry.Atom) {
-            return atom;
+// The first atom of a molecule or of a later one: the atoms of a molecule stand together, in the order of molecules.
+static int FirstAtomOf(int molecule) {
+    int first = 0;
+    int end = AtomLineCount;
+    while (first < end) {
+        const int middle = first + (end - first) / 2;
+        if (Run.AtomRecords[middle].MoleculeIndex < molecule) {
+            first = middle + 1;
+        } else {
+            end = middle;
         }
     }
-    return -1;
+    return first;
+}
+
+// Index of the atom that an entry means: the position counts the atoms of its molecule. -1 if there is none.
+static int FindAtom(const SelectionEntry& entry) {
+    PollReading(RecordUnits);
+    const long long atom = static_cast<long long>(FirstAtomOf(entry.Molecule)) + entry.Atom - 1;
+    return atom < AtomLineCount && Run.AtomRecords[atom].MoleculeIndex == entry.Molecule ? static_cast<int>(atom) : -1;
 }
 
 static void ResolveNMRSelection() {
@@ -312,6 +333,7 @@ static void ResolveNMRSelection() {
 static void ResolveQuantumSelection() {
     const bool selected = Run.SelectedAtomCount != -1;
     for (int atom = 0; atom < Run.AtomCount; ++atom) {
+        PollReading(RecordUnits);
         Run.AtomRecords[atom].SelectionState = selected ? 1 : 0;
     }
     if (!selected) {
@@ -333,6 +355,7 @@ void ReadParameterInput(std::FILE* file) {
     Run.AtomCount = -1;
     Run.SelectedAtomCount = -1;
     Run.NMRAtomCount = -1;
+    IndexTypes();
     ReadLines(file);
     const bool damaged = std::ferror(file) != 0;
     std::fclose(file);
@@ -347,5 +370,5 @@ void ReadParameterInput(std::FILE* file) {
     }
     ResolveNMRSelection();
     ResolveQuantumSelection();
-    FreeSelectionEntries();
+    FreeParameterInputWork();
 }

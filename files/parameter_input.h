@@ -7,8 +7,12 @@
 
 // Reads the open file (InputFilePath) into the options, AtomRecords, AtomCoordinates, NMRAtomList and the selection
 // states of Run, and closes it. Raises 24576, 24609 to 24625 and 24629 to 24631, each with the file's path; draws
-// warning 16432 for a line with "=" that is no option.
+// warning 16432 for a line with "=" that is no option. A neighbour outside the system is left as -1.
 void ReadParameterInput(std::FILE* file);
 
-// Frees what the reader keeps of the selections until they are resolved.
-void FreeSelectionEntries();
+// Raises 24622 for the first atom with a neighbour outside the system: after all else that can be wrong with an input,
+// since a wrong count of atoms or a wrong selection is the better explanation.
+void CheckNeighbours();
+
+// Frees what the reader keeps while it reads.
+void FreeParameterInputWork();

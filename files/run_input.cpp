@@ -14,6 +14,9 @@ static void FinishRunInput() {
     if (Run.CalculateSpectra && (Run.CalculateShielding || Run.CalculateCoupling)) {
         FatalError(24707);
     }
+    if (Run.RunKind == ParameterRun) {
+        CheckNeighbours();
+    }
     if (Run.LogEnabled && Run.LogPrintLevel >= 10) {
         Run.LogEnabled = 0;
     }
@@ -31,7 +34,7 @@ void ReadRunInput() {
         FreeArray(Run.NMRAtomList);
         FreeArray(Run.AtomRecords);
         FreeArray(Run.AtomCoordinates);
-        FreeSelectionEntries();
+        FreeParameterInputWork();
         PopRecoveryFrame(0);
         return;
     }

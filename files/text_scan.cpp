@@ -2,6 +2,8 @@
 // Reads lines and numbers from input files.
 #include "files/text_scan.h"
 
+#include "shell/message_poll.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cfloat>
@@ -12,22 +14,12 @@
 
 static constexpr int NumberSize = 600;  // characters of a number; longer ones aren't read
 
-bool ReadLine(std::FILE* file, char* line) {
-    return std::fgets(line, LineSize, file) != nullptr;
-}
-
-static int Saturate(long long value) {
-    return static_cast<int>(std::clamp<long long>(value, INT_MIN, INT_MAX));
-}
-
-bool ScanInteger(const char*& text, int* value) {
-    char* end;
-    const long long number = std::strtoll(text, &end, 10);
-    if (end == text) {
+bool ReadLine(std::FILE* file, char* line, int size) {
+    PollReading(size);
+    if (std::fgets(line, size, file) == nullptr) {
+        YieldAllMessages();
         return false;
     }
-    *value = Saturate(number);
-    text = end;
     return true;
 }
 
@@ -42,11 +34,51 @@ struct FileSource {
     std::FILE* File;
     int Peek() const {
         const int c = std::fgetc(File);
+        if (c == EOF) {
+            YieldAllMessages();
+        }
         std::ungetc(c, File);
         return c;
     }
-    void Take() { std::fgetc(File); }
+    void Take() {
+        PollReading(1);
+        std::fgetc(File);
+    }
 };
+
+template <class Source> static void TakeWhiteSpace(Source& source) {
+    while (std::isspace(source.Peek())) {
+        source.Take();
+    }
+}
+
+// Takes an integer after white space; beyond 32 bits it saturates.
+template <class Source> static bool CollectInteger(Source& source, int* value) {
+    static constexpr long long Beyond = INT_MAX + 1LL;
+    TakeWhiteSpace(source);
+    const bool negative = source.Peek() == '-';
+    if (negative || source.Peek() == '+') {
+        source.Take();
+    }
+    if (!std::isdigit(source.Peek())) {
+        return false;
+    }
+    long long number = 0;
+    for (; std::isdigit(source.Peek()); source.Take()) {
+        number = std::min(10 * number + source.Peek() - '0', Beyond);
+    }
+    *value = static_cast<int>(negative ? -number : std::min<long long>(number, INT_MAX));
+    return true;
+}
+
+bool ScanInteger(const char*& text, int* value) {
+    TextSource source = {text};
+    if (!CollectInteger(source, value)) {
+        return false;
+    }
+    text = source.At;
+    return true;
+}
 
 // Takes characters of a number into a text of limited room.
 template <class Source> struct NumberCollector {
@@ -81,9 +113,7 @@ template <class Source> struct NumberCollector {
 // Takes a number after white space by the rule of the C standard for "%lf": the longest run of characters that is a
 // number or the beginning of one, and fails if that isn't a whole number, as "1e" and "0x". C libraries differ here.
 template <class Source> static bool CollectReal(Source& source, double* value) {
-    while (std::isspace(source.Peek())) {
-        source.Take();
-    }
+    TakeWhiteSpace(source);
     char text[NumberSize + 1];
     NumberCollector<Source> collector = {source, text, 0};
     collector.TakeIf("+-");
@@ -122,12 +152,11 @@ bool ScanReal(const char*& text, double* value) {
 }
 
 bool ReadInteger(std::FILE* file, int* value) {
-    long long number;
-    if (std::fscanf(file, "%lld", &number) != 1) {
+    FileSource source = {file};
+    if (!CollectInteger(source, value)) {
         return false;
     }
-    std::fscanf(file, " ");
-    *value = Saturate(number);
+    TakeWhiteSpace(source);
     return true;
 }
 
@@ -136,7 +165,7 @@ bool ReadReal(std::FILE* file, double* value) {
     if (!CollectReal(source, value)) {
         return false;
     }
-    std::fscanf(file, " ");
+    TakeWhiteSpace(source);
     return true;
 }
 
@@ -171,11 +200,22 @@ bool SkipWord(const char*& text) {
     return text != begin;
 }
 
-bool SkipWord(std::FILE* file) {
-    return std::fscanf(file, "%*s") != EOF;
+bool ReadWord(std::FILE* file, int width, char* word) {
+    FileSource source = {file};
+    TakeWhiteSpace(source);
+    const bool there = source.Peek() != EOF;
+    int length = 0;
+    for (int c = source.Peek(); c != EOF && !std::isspace(c); c = source.Peek()) {
+        if (length < width) {
+            word[length++] = static_cast<char>(c);
+        }
+        source.Take();
+    }
+    word[length] = '\0';
+    return there;
 }
 
-static char LowerCase(char c) {
+char LowerCase(char c) {
     return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
 }
 

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
-// Looks at the message queue from within the numeric loops.
+// Looks at the message queue from within the readers and the numeric loops.
 #include "shell/message_poll.h"
 
 #include "shell/fatal_error.h"
 #include "shell/platform.h"
 #include "shell/recovery_frame.h"
 #include "shell/run_state.h"
+
+static constexpr int ReadingUnits = 4096;  // between two looks of a reader
 
 void PollMessages(int units) {
     if ((Run.PollCounter >> Run.PollShift) != 0) {
@@ -15,11 +17,12 @@ void PollMessages(int units) {
     Run.PollCounter += units;
 }
 
-void YieldMessages() {
+// False if there is no message.
+static bool LookAtMessage() {
     PlatformMessage message;
     if (!TakeMessage(&message)) {
         DeliverPendingRaise();  // taking a message can run the window procedure
-        return;
+        return false;
     }
     if (message.Id == QuitMessage) {
         Run.QuitRequested = 1;
@@ -28,4 +31,22 @@ void YieldMessages() {
     }
     DispatchPlatformMessage(&message);
     DeliverPendingRaise();
+    return true;
+}
+
+void YieldMessages() {
+    LookAtMessage();
+}
+
+void PollReading(int units) {
+    if (Run.PollCounter >= ReadingUnits) {
+        YieldMessages();
+        Run.PollCounter = 0;
+    }
+    Run.PollCounter += units;
+}
+
+void YieldAllMessages() {
+    while (LookAtMessage()) {
+    }
 }

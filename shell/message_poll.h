@@ -8,3 +8,13 @@ void PollMessages(int units);
 
 // Looks at one message at once. May not return either.
 void YieldMessages();
+
+// For what runs before PollShift is set, when PollMessages looks at each call: looks once in 4096 units. A unit is about
+// the reading of a character.
+void PollReading(int units);
+
+// Units of a step over a record in memory.
+inline constexpr int RecordUnits = 16;
+
+// Looks at all messages that are there. A reader does so at the end of its file, which a stop may have made.
+void YieldAllMessages();

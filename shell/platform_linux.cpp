@@ -4,6 +4,7 @@
 #include "shell/platform_linux.h"
 
 #include "shell/message_catalogue.h"
+#include "shell/message_poll.h"
 #include "shell/platform.h"
 #include "shell/process_entry.h"
 
@@ -14,6 +15,7 @@
 #include <ctime>
 #include <fcntl.h>
 #include <initializer_list>
+#include <poll.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -38,17 +40,20 @@ static struct {
 
 static PlatformWindow Window;
 static PlatformMenu Menu;
+static constexpr int StopSignals[] = {SIGTERM, SIGINT, SIGHUP};
 static volatile std::sig_atomic_t StopSignalled = 0;  // a signal asks for a close message
+static volatile std::sig_atomic_t Stopping = 0;       // such a signal has come: nothing waits for a file any more
 
 static void NoteStopSignal(int) {
     StopSignalled = 1;
+    Stopping = 1;
 }
 
 void InstallStopSignals() {
     struct sigaction action = {};
     action.sa_handler = NoteStopSignal;
     action.sa_flags = SA_RESTART;
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+    for (const int signal : StopSignals) {
         struct sigaction inherited;
         const bool ignored = sigaction(signal, nullptr, &inherited) == 0 && inherited.sa_handler == SIG_IGN;
         if (signal == SIGTERM || !ignored) {  // nohup and a shell's background jobs ignore the other two
@@ -56,6 +61,7 @@ void InstallStopSignals() {
         }
     }
     std::signal(SIGXFSZ, SIG_IGN);  // a limit on the size of files is an error of writing, not the end of the process
+    std::signal(SIGPIPE, SIG_IGN);  // and so is a FIFO that nobody reads any more
 }
 
 int StartSockets(int) {
@@ -204,13 +210,112 @@ static TranslatedPath Translated(const char* path) {
     return result;
 }
 
+// Waits until a file is ready, or for a time that isn't null; false once a stop was signalled. The signals are held back
+// between the look at the flag and the wait, so that none is missed.
+static bool WaitForFile(int file, short events, const std::timespec* time) {
+    sigset_t stops;
+    sigset_t before;
+    sigemptyset(&stops);
+    for (const int signal : StopSignals) {
+        sigaddset(&stops, signal);
+    }
+    sigprocmask(SIG_BLOCK, &stops, &before);
+    if (!Stopping) {
+        pollfd wait = {file, events, 0};
+        ppoll(&wait, 1, time, &before);
+    }
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    return !Stopping;
+}
+
+// The streams of OpenFile. Their descriptors don't block, so that a wait can be ended by a stop: the C library's own
+// streams would read on after a signal, or miss one that comes just before they wait.
+static int DescriptorOf(void* cookie) {
+    return static_cast<int>(reinterpret_cast<std::intptr_t>(cookie));
+}
+
+static bool MustWait() {
+    return errno == EAGAIN || errno == EINTR;
+}
+
+static ssize_t ReadDescriptor(void* cookie, char* buffer, std::size_t size) {
+    ssize_t length = read(DescriptorOf(cookie), buffer, size);
+    while (length < 0 && MustWait()) {
+        if (!WaitForFile(DescriptorOf(cookie), POLLIN, nullptr)) {
+            errno = EINTR;
+            return -1;
+        }
+        length = read(DescriptorOf(cookie), buffer, size);
+    }
+    return length;
+}
+
+static ssize_t WriteDescriptor(void* cookie, const char* buffer, std::size_t size) {
+    std::size_t written = 0;
+    while (written < size) {
+        const ssize_t length = write(DescriptorOf(cookie), buffer + written, size - written);
+        if (length >= 0) {
+            written += static_cast<std::size_t>(length);
+        } else if (!MustWait() || !WaitForFile(DescriptorOf(cookie), POLLOUT, nullptr)) {
+            break;
+        }
+    }
+    return static_cast<ssize_t>(written);
+}
+
+static int CloseDescriptor(void* cookie) {
+    return close(DescriptorOf(cookie));
+}
+
+static int FlagsOfMode(const char* mode) {
+    if (mode[0] == 'r') {
+        return std::strchr(mode, '+') != nullptr ? O_RDWR : O_RDONLY;
+    }
+    return O_WRONLY | O_CREAT | (mode[0] == 'a' ? O_APPEND : O_TRUNC);
+}
+
+// Opens a FIFO as soon as its other end is there; -1 on failure, and then stopped says whether a stop is why.
+static int OpenFifo(const char* path, int flags, bool* stopped) {
+    static constexpr std::timespec Pause = {0, 20000000};
+    int file = open(path, flags);
+    while (file < 0 && errno == ENXIO) {  // nobody reads it yet
+        if (!WaitForFile(-1, 0, &Pause)) {
+            *stopped = true;
+            return -1;
+        }
+        file = open(path, flags);
+    }
+    if (file >= 0 && (flags & O_ACCMODE) == O_RDONLY && !WaitForFile(file, POLLIN, nullptr)) {
+        *stopped = true;
+        close(file);
+        return -1;
+    }
+    return file;
+}
+
 std::FILE* OpenFile(const char* path, const char* mode) {
+    static constexpr mode_t NewFileMode = 0666;
     const TranslatedPath translated = Translated(path);
-    struct stat status;
+    struct stat status = {};
     if (stat(translated.Text, &status) == 0 && S_ISDIR(status.st_mode)) {
         return nullptr;
     }
-    return std::fopen(translated.Text, mode);
+    const int flags = FlagsOfMode(mode) | O_NONBLOCK;
+    bool stopped = false;
+    const int file = S_ISFIFO(status.st_mode) ? OpenFifo(translated.Text, flags, &stopped)
+                                              : open(translated.Text, flags, NewFileMode);
+    if (stopped) {
+        YieldAllMessages();  // the run goes no further
+    }
+    if (file < 0) {
+        return nullptr;
+    }
+    std::FILE* stream = fopencookie(reinterpret_cast<void*>(static_cast<std::intptr_t>(file)), mode,
+                                    {ReadDescriptor, WriteDescriptor, nullptr, CloseDescriptor});
+    if (stream == nullptr) {
+        close(file);
+    }
+    return stream;
 }
 
 std::FILE* CreateNewFile(const char* path) {

@@ -67,6 +67,7 @@ void RunOneJob(int kind) {
     PushRecoveryFrame(frame);
     if (SAVE_CONTEXT(frame)) {
         FreeRunData();
+        FreeParameterFileWork();
         PopRecoveryFrame(0);
         return;
     }

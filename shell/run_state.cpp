@@ -62,7 +62,7 @@ void FreeRunData() {
         Run.ActiveRunKind = ParameterRun;
         return;
     }
-    FreeSelectionEntries();
+    FreeParameterInputWork();
     FreeArray(Run.AtomRecords);
     FreeArray(Run.AtomCoordinates);
     FreeArray(Run.NMRAtomList);

@@ -35,7 +35,7 @@ struct AtomRecord {
     int MoleculeIndex;                  // 0 before the first molecule line, then 1, 2, ...
     int SelectionState;                 // 0 in the calculation, 1 not in it, -1 capping atom
     int BondCount;                      // number of neighbours
-    int BondedAtoms[LargestBondCount];  // 0-based indices of the neighbours
+    int BondedAtoms[LargestBondCount];  // 0-based indices of the neighbours, in any molecule
     float AtomCharge;                   // as read, elementary charges; 0 for a selected atom
 };
 

@@ -174,14 +174,65 @@ TEST_F(ParameterInput, NeighboursCountWithinTheirMolecule) {
     EXPECT_EQ(::Run.AtomRecords[3].BondedAtoms[0], 2);
 }
 
-TEST_F(ParameterInput, NeighboursOutsideTheirMolecule) {
+TEST_F(ParameterInput, NeighboursOutsideTheSystem) {
     EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 0 s"), BadRecord(1));
     EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 -1 s"), BadRecord(1));
     EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 2 s"), "");
     EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 3 s"), BadRecord(1));
     EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 2147483647 s"), BadRecord(1));
-    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 2 s\nmol"), BadRecord(1));  // the other atom is the next molecule's
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 -2147483648 s"), BadRecord(1));
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 99999999999999999999 s"), BadRecord(1));
     EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 1 s"), "");  // itself
+}
+
+// A number counts on into the next molecule, and from 0 downwards into the molecules before, as far as the system goes.
+TEST_F(ParameterInput, NeighboursInOtherMolecules) {
+    const auto third = [](const std::string& number) {
+        return ReadInput(NMRBlock + "AtomsBegin\n5\nmol\natom 1 H H H - 0 0 0 0 0\natom 2 H H H - 0 0 0 0 0\nmol\n" +
+                         "atom 1 H H H - 0 0 0 0 1 " + number + " s\natom 2 H H H - 0 0 0 0 0\nmol\n" +
+                         "atom 1 H H H - 0 0 0 0 0\nAtomsEnd\n");
+    };
+    for (int number = -1; number <= 3; ++number) {
+        EXPECT_EQ(third(std::to_string(number)), "");
+        EXPECT_EQ(::Run.AtomRecords[2].BondedAtoms[0], 2 + number - 1);
+    }
+    for (const std::string number : {"-2", "4", "-2147483648", "2147483647"}) {
+        EXPECT_EQ(third(number), BadRecord(3));
+    }
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 2 s\nmol"), "");
+    EXPECT_EQ(::Run.AtomRecords[0].BondedAtoms[0], 1);
+}
+
+// What else is wrong with an input explains more than a neighbour outside the system, and comes first.
+TEST_F(ParameterInput, NeighboursAreRefusedLast) {
+    const std::string far = "AtomsBegin\n2\nmol\natom 1 H H H - 0 0 0 0 1 3 s\natom 2 H H H - 0 0 0 0 0\n";
+    const std::string block = far + "AtomsEnd\n";
+    EXPECT_EQ(ReadInput(NMRBlock + block), BadRecord(1));
+    EXPECT_EQ(ReadInput(block + NMRBlock + "x = 1\n"), BadRecord(1));
+    EXPECT_EQ(LogText, Unknown("x = 1"));
+    const auto refusal = [](const std::string& text) {
+        const std::string output = ReadInput(text);
+        return output.substr(0, output.find(" the input file"));
+    };
+    EXPECT_EQ(ReadInput(NMRBlock + far + "atom 3 H H H - 0 0 0 0 0\nAtomsEnd\n"),
+              "ERRMSG: The number of atoms in the current system is bigger than you specified in the input file "
+              "<INPUT>.\n");
+    EXPECT_EQ(ReadInput(NMRBlock + far + "mol\natom 1 X H H - 0 0 0 0 0\nAtomsEnd\n").find("ERRMSG: The number"), 0u);
+    EXPECT_EQ(ReadInput(NMRBlock + Replaced(block, "2 H H", "2 X X")),
+              "ERRMSG: Input file <INPUT> has an undefined element X for atom 2.\n");
+    EXPECT_EQ(ReadInput(NMRBlock + Replaced(block, "H - 0 0 0 0 0", "H - 0 0 0 0 1 1 x")),
+              "ERRMSG: Input file <INPUT> has a bad bond order x for atom 2.\n");
+    EXPECT_EQ(ReadInput(NMRBlock + Replaced(block, "H - 0 0 0 0 0", "H - 0 0 0 0")), BadRecord(2));
+    EXPECT_EQ(refusal(block + "NMRSelectionBegin\nx"),
+              "ERRMSG: Velkoran has met troubles when reading in the number of NMR atoms from input file <INPUT>.\n");
+    EXPECT_EQ(refusal(NMRBlock + block + "QuantumSelectionBegin\nx"),
+              "ERRMSG: Velkoran has met troubles when reading in the number of selected atoms from");
+    EXPECT_EQ(ReadInput(block), "ERRMSG: Input file <INPUT> doesn't have NMR selection of atoms beginning with "
+                                "NMRSelectionBegin and ending with NMRSelectionEnd.\n");
+    EXPECT_EQ(refusal(block + Replaced(NMRBlock, "atom 1", "atom 3")), "ERRMSG: NMR atom 3 in mol 1 in");
+    EXPECT_EQ(refusal(NMRBlock + block + "QuantumSelectionBegin\n1\nmol 1 atom 3\nQuantumSelectionEnd\n"),
+              "ERRMSG: Selected atom 3 in mol 1 in");
+    EXPECT_EQ(ReadInput("CalculateSpectra = yes\n" + NMRBlock + block).find("ERRMSG: Sorry, Velkoran"), 0u);
 }
 
 TEST_F(ParameterInput, CountsOfNeighbours) {
@@ -223,6 +274,21 @@ TEST_F(ParameterInput, WidthsOfTheWords) {
     EXPECT_EQ(AtomLine("atom 1 H   008C flagsx0 0 0 0 0"), "");  // element 008, type C, flags of six letters
     EXPECT_EQ(::Run.AtomRecords[0].AtomicNumber, 8);
     EXPECT_EQ(::Run.AtomRecords[0].AtomType, 1);
+}
+
+// The names of many types are found as one of few is: the last that matches, in any case.
+TEST_F(ParameterInput, ManyTypes) {
+    std::vector<std::string> names;
+    for (int i = 0; i < 1000; ++i) {
+        names.push_back(std::string("Q").append(std::to_string(i % 900)));
+    }
+    LoadTypes(names);
+    EXPECT_EQ(ReadInput(NMRBlock + "AtomsBegin\n3\nmol\natom 1 H H q7 - 0 0 0 0 0\natom 1 H H Q107 - 0 0 0 0 0\n" +
+                        "atom 1 H H q899 - 0 0 0 0 0\nAtomsEnd\n"),
+              "");
+    EXPECT_EQ(::Run.AtomRecords[0].AtomType, 907);
+    EXPECT_EQ(::Run.AtomRecords[1].AtomType, 107);
+    EXPECT_EQ(::Run.AtomRecords[2].AtomType, 899);
 }
 
 TEST_F(ParameterInput, BondLetters) {
@@ -270,7 +336,7 @@ TEST_F(ParameterInput, TypesByNameOrNumber) {
               "ERRMSG: Input file <INPUT> has an undefined atom type CTX for atom 1.\n");
 }
 
-// Missing records stay cleared; they count for the last molecule as far as neighbours go.
+// Missing records stay cleared; they are atoms of the system as far as neighbours go.
 TEST_F(ParameterInput, FewerAtomLinesThanTheCount) {
     EXPECT_EQ(ReadInput(NMRBlock + Hydrogens(4, {1})), "");
     EXPECT_EQ(::Run.AtomCount, 4);

@@ -47,6 +47,32 @@ TEST(TextScan, ReadsWholeLinesInPiecesOf511) {
     std::fclose(file);
 }
 
+TEST(TextScan, ReadsLinesOfASmallerRoom) {
+    std::string text = "abcdefg\nhi";
+    std::FILE* file = Opened(text);
+    char line[5];
+    ASSERT_TRUE(ReadLine(file, line, sizeof line));
+    EXPECT_STREQ(line, "abcd");
+    ASSERT_TRUE(ReadLine(file, line, sizeof line));
+    EXPECT_STREQ(line, "efg\n");
+    EXPECT_EQ(Rest(file), "hi");
+}
+
+TEST(TextScan, ReadsWordsOfAnyLength) {
+    std::string text = " \n\tabcdef  " + std::string(10000, 'x') + "\nlast";
+    std::FILE* file = Opened(text);
+    char word[4];
+    ASSERT_TRUE(ReadWord(file, 3, word));
+    EXPECT_STREQ(word, "abc");
+    ASSERT_TRUE(ReadWord(file, 0, word));
+    EXPECT_STREQ(word, "");
+    ASSERT_TRUE(ReadWord(file, 3, word));
+    EXPECT_STREQ(word, "las");
+    EXPECT_FALSE(ReadWord(file, 3, word));
+    EXPECT_STREQ(word, "");
+    std::fclose(file);
+}
+
 // A line of exactly 511 characters leaves its newline behind, which is read as a line of its own.
 TEST(TextScan, LineOf511LeavesItsNewline) {
     std::string text = std::string(511, 'a') + "\nnext\n";

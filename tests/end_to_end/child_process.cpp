@@ -86,6 +86,23 @@ bool WaitForText(const std::string& path, const std::string& text, double second
     return true;
 }
 
+// The mask of the signals that a process handles stands in its status file, hexadecimal, SIGHUP in the last bit.
+bool WaitUntilStoppable(pid_t child, double seconds) {
+    const std::string status = "/proc/" + std::to_string(child) + "/status";
+    const double end = Now() + seconds;
+    for (;;) {
+        const std::string text = ReadText(status);
+        const std::size_t mask = text.find("SigCgt:");
+        if (mask != std::string::npos && (std::strtoull(text.c_str() + mask + 7, nullptr, 16) >> (SIGTERM - 1) & 1) != 0) {
+            return true;
+        }
+        if (Now() > end) {
+            return false;
+        }
+        Pause();
+    }
+}
+
 std::string ChainInput(int count, bool weak, double minimalIntensity) {
     std::string isotopes;
     std::string shifts;

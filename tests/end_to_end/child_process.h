@@ -30,6 +30,9 @@ int RunProgram(const ChildSettings& settings, double seconds = 30.0);
 // Waits until a file holds a text; false when the time is up.
 bool WaitForText(const std::string& path, const std::string& text, double seconds);
 
+// Waits until a child takes SIGTERM as a wish to stop; false when the time is up.
+bool WaitUntilStoppable(pid_t child, double seconds);
+
 // Seconds since an arbitrary moment.
 double Now();
 

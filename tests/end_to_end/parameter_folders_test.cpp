@@ -147,6 +147,54 @@ TEST(ParameterInputFile, LargestCountsOfSelections) {
         << quantum.Output();
 }
 
+// An ethane whose two halves are one molecule or two. The selected half comes first or second, and the carbon atom that
+// isn't selected stands at a place of its half; number is that atom for the carbon atom that is, counted within its
+// molecule, and no bond is listed where number is null.
+static std::string EthaneInput(bool halves, bool selectedFirst, int place, const int* number) {
+    const std::string second = halves ? "mol 2\n" : "";
+    std::string selected = "atom 1 C C C - 0 0 0 0 " +
+                           (number == nullptr ? "0\n" : "1 " + std::to_string(*number) + " s\n") +
+                           "atom 2 H H H - 0 1.02 0 -0.39 0\natom 3 H H H - 0 -0.51 0.88 -0.39 0\n"
+                           "atom 4 H H H - 0 -0.51 -0.88 -0.39 0\n";
+    std::string other;
+    const char* const hydrogens[] = {"-1.02 0", "0.51 0.88", "0.51 -0.88"};
+    for (int i = 0, h = 0; i < 4; ++i) {
+        other += i == place ? "atom 1 C C C - 0.1 0 0 1.53 0\n"
+                            : std::string("atom 1 H H H - 0.1 ") + hydrogens[h++] + " 1.92 0\n";
+    }
+    std::string entries;
+    for (int i = 1; i <= 4; ++i) {
+        entries += std::string("mol ") + (halves && !selectedFirst ? "2" : "1") + " atom " +
+                   std::to_string(i + (halves || selectedFirst ? 0 : 4)) + "\n";
+    }
+    return "NMRSelectionBegin\n4\n" + entries + "NMRSelectionEnd\nQuantumSelectionBegin\n4\n" + entries +
+           "QuantumSelectionEnd\nAtomsBegin\n8\nmol 1\n" +
+           (selectedFirst ? selected + second + other : other + second + selected) + "AtomsEnd\n";
+}
+
+// Property: a bond into the next molecule, or by a number of 0 or less into the one before, is capped as the same bond
+// within one molecule is: the same bytes, with the four orbitals of the capping atom. Without the bond there are an odd
+// count of electrons and no result.
+TEST(ParameterRunBonds, ReachIntoOtherMolecules) {
+    const auto results = [](const std::string& input) {
+        ParameterRunFolder run;
+        WriteText(run.Input(), input);
+        EXPECT_EQ(run.Start(), 0);
+        return run.Output() + run.Log();
+    };
+    for (const bool selectedFirst : {true, false}) {
+        for (int place = 0; place < 4; ++place) {
+            const int within = selectedFirst ? 5 + place : 1 + place;
+            const int across = selectedFirst ? 5 + place : place - 3;
+            const std::string whole = results(EthaneInput(false, selectedFirst, place, &within));
+            EXPECT_EQ(whole.find("Results "), 0u) << whole;
+            EXPECT_NE(whole.find("with 11 orbitals"), std::string::npos) << whole;
+            EXPECT_EQ(results(EthaneInput(true, selectedFirst, place, &across)), whole) << selectedFirst << place;
+            EXPECT_EQ(results(EthaneInput(true, selectedFirst, place, nullptr)).find("ERRMSG: Singlet"), 0u);
+        }
+    }
+}
+
 // Bytes of a fixed sequence in the place of each file: the run ends with a message, never with a fault.
 TEST(ParameterInputFile, RandomBytes) {
     const std::string known = ReadText(Tests + "/parameter_runs/warning_16432/nmrparam.in");

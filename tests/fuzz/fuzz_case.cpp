@@ -33,6 +33,7 @@ static struct {
 extern "C" void __real_exit(int code) __attribute__((noreturn));
 extern "C" void __real__Exit(int code) __attribute__((noreturn));
 extern "C" std::FILE* __real_fopen(const char* path, const char* mode);
+extern "C" std::FILE* __real_fopencookie(void* cookie, const char* mode, cookie_io_functions_t functions);
 extern "C" int __real_fclose(std::FILE* file);
 
 void LeaveCase() {
@@ -72,6 +73,11 @@ extern "C" std::FILE* __wrap_fopen(const char* path, const char* mode) {
     return Inside ? NoteStream(file) : file;
 }
 
+extern "C" std::FILE* __wrap_fopencookie(void* cookie, const char* mode, cookie_io_functions_t functions) {
+    std::FILE* const file = __real_fopencookie(cookie, mode, functions);
+    return Inside ? NoteStream(file) : file;
+}
+
 extern "C" int __wrap_fclose(std::FILE* file) {
     if (Inside) {
         std::FILE** const place = std::find(Streams, Streams + MostStreams, file);
@@ -95,7 +101,7 @@ static ssize_t TakeBytes(void*, char* buffer, std::size_t size) {
 std::FILE* OpenBytes(const std::uint8_t* data, std::size_t size) {
     const bool broken = size > 0 && data[size - 1] == BreakByte;
     Bytes = {data, broken ? size - 1 : size, broken};
-    return NoteStream(fopencookie(nullptr, "r", {TakeBytes, nullptr, nullptr, nullptr}));
+    return fopencookie(nullptr, "r", {TakeBytes, nullptr, nullptr, nullptr});
 }
 
 const char* CaseDirectory() {

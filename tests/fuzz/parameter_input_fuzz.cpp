@@ -40,6 +40,7 @@ static void ReadAndPrepare() {
     StartRun(ParameterRun);
     ReadParameterFiles();
     ReadParameterInput(OpenBytes(Data, Size));
+    CheckNeighbours();
     DemandWholeMolecule();
     BuildCappingAtoms();
     BuildSelectedAtomList();
