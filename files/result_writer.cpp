@@ -12,9 +12,9 @@
 #include <cstdint>
 #include <cstring>
 
-static constexpr int LineRoom = 128;     // characters of a spectrum line at most
-static constexpr int SingleRoom = 60;    // of one number of it
-static constexpr int NumberRoom = 330;   // of a number in double precision
+static constexpr int LineRoom = 128;    // characters of a spectrum line at most
+static constexpr int SingleRoom = 60;   // of one number of it
+static constexpr int NumberRoom = 330;  // of a number in double precision
 static constexpr double LargestExactThousandths = 9.0e15;
 
 // Prints an unsigned integer with at least minimalDigits digits; returns the end of the text.

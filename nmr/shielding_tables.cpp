@@ -55,17 +55,16 @@ static void ListTensor(int place) {
     const double* values = Run.TensorDiamagneticTwoCentre + 9LL * place;
     char line[160];
     FormatText(line, "  %3d(%.2s):     Isotropic = %15.4f      Anisotropy = %15.4f",
-                  SelectedAtomNumber(place), LabelOf(SelectedAtom(place)), values[3], values[4]);
+               SelectedAtomNumber(place), LabelOf(SelectedAtom(place)), values[3], values[4]);
     LogAppend(line);
     LogMessage(8552);
     for (int row = 0; row < 3; ++row) {
-        FormatText(line, "                           %15.4f  %15.4f  %15.4f", tensor[3 * row],
-                      tensor[3 * row + 1], tensor[3 * row + 2]);
+        FormatText(line, "                           %15.4f  %15.4f  %15.4f", tensor[3 * row], tensor[3 * row + 1],
+                   tensor[3 * row + 2]);
         LogAppend(line);
     }
     LogMessage(8552);
-    FormatText(line, "            Eigenvalues:   %15.4f  %15.4f  %15.4f", values[0], values[1],
-                  values[2]);
+    FormatText(line, "            Eigenvalues:   %15.4f  %15.4f  %15.4f", values[0], values[1], values[2]);
     LogAppend(line);
     LogMessage(8552);
 }

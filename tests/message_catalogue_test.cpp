@@ -177,7 +177,9 @@ TEST(MessageFormat, NumbersThatAreNotFinite) {
         }
     }
     const double infinity = std::numeric_limits<double>::infinity();
-    EXPECT_EQ(Formatted("[%f %8.3f %-6e]", std::vector<MessageArgument>(3, Argument(infinity))), "[inf      inf inf   ]");
-    EXPECT_EQ(Formatted("[%f %8.3f %-6e]", std::vector<MessageArgument>(3, Argument(-infinity))), "[-inf     -inf -inf  ]");
+    const std::vector<MessageArgument> above(3, Argument(infinity));
+    const std::vector<MessageArgument> below(3, Argument(-infinity));
+    EXPECT_EQ(Formatted("[%f %8.3f %-6e]", above), "[inf      inf inf   ]");
+    EXPECT_EQ(Formatted("[%f %8.3f %-6e]", below), "[-inf     -inf -inf  ]");
     EXPECT_EQ(Formatted("%9f", {Argument(-infinity)}, 8), "     -i");
 }

@@ -39,8 +39,8 @@ TEST(ParameterResults, NotFinite) {
     char number[400];
     std::snprintf(number, sizeof number, "%.4f", -largest);
     const std::string numbers = Replaced("# # # # #\n", "#", number);
-    EXPECT_EQ(loaded.Output(), std::string(Head) + "2\n1 1 \nFIELD\n0\nSHIELDING\nnan -inf \nTENSOR\n" + nans + numbers +
-                                   nans + numbers + "COUPLING\nnan nan \nnan nan \n");
+    EXPECT_EQ(loaded.Output(), std::string(Head) + "2\n1 1 \nFIELD\n0\nSHIELDING\nnan -inf \nTENSOR\n" + nans +
+                                   numbers + nans + numbers + "COUPLING\nnan nan \nnan nan \n");
 }
 
 // Every value of a row has a blank behind it, the last one included; the field is cut, not rounded.

@@ -202,7 +202,7 @@ int SolveTensorAtO2(const double* t, double* e);
 int SolveTensorAtO3(const double* t, double* e);
 
 // Property: no level of optimisation loses a rounding to single precision. Set-up: 100,000 random tensors of the size
-// that molecules have, one in ten symmetric. Bit by bit: single precision shows in the fifth digit of some of them.
+// that molecules have, one in ten symmetric. Bit by bit.
 TEST(TensorEigenproblem, EveryOptimisationGivesTheSameBits) {
     std::mt19937_64 random(11);
     const auto element = [&] { return static_cast<double>(random() >> 11) * 0x1p-53 * 400.0 - 200.0; };

@@ -112,9 +112,12 @@ TEST(ParameterInputFile, MissingAtomLine) {
     const std::string log = run.Log();
     const auto at = [&](const std::string& line) { return log.find(line) != std::string::npos; };
     EXPECT_TRUE(at("\n                       3   0     0.000000       0.00000     0.00000     0.00000\n")) << log;
-    EXPECT_TRUE(at("\n  3(  )        0.000         0.000        0.000        0.000         0.000        0.000         0.000\n"))
+    EXPECT_TRUE(at("\n  3(  )        0.000         0.000        0.000        0.000         0.000        0.000  "
+                   "       0.000\n"))
         << log;
-    EXPECT_TRUE(at("\n  3(  )        0.000         0.000        0.000         0.000         0.000          0.000\n")) << log;
+    EXPECT_TRUE(at("\n  3(  )        0.000         0.000        0.000         0.000         0.000  "
+                   "        0.000\n"))
+        << log;
     EXPECT_TRUE(at("\n    3(  ):     Isotropic =          0.0000      Anisotropy =          0.0000\n")) << log;
 }
 
