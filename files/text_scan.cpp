@@ -33,6 +33,9 @@ struct TextSource {
 struct FileSource {
     std::FILE* File;
     int Peek() const {
+        if (std::feof(File)) {
+            return EOF;
+        }
         const int c = std::fgetc(File);
         if (c == EOF) {
             YieldAllMessages();

@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <cstdio>
 
-// Runs the steps of one case and frees what it leaves. What exit finds open is closed; a stream that steps which come
-// back leave open is a fault. The steps hold no object with a destructor: an exit jumps over them.
+// Runs the steps of one case and frees what it leaves. What exit or a stop finds open is closed; a stream that other
+// steps leave open is a fault. The steps hold no object with a destructor: an exit jumps over them.
 void RunCase(void (*steps)());
 
 // Leaves the case: its steps go no further.
