@@ -69,7 +69,8 @@ TEST_F(OutputRefusal, PathThatIsTooLong) {
     for (const std::size_t length : {116u, 117u, 300u}) {
         std::string folder = Top.Path;
         while (folder.size() < length) {
-            folder += "/" + std::string(std::min<std::size_t>(length - folder.size() - 1, 100), 'd');
+            folder += '/';
+            folder.append(std::min<std::size_t>(length - folder.size(), 100), 'd');
         }
         fs::create_directories(folder);
         WriteText(folder + "/nmrspect.in", OneSpin);
