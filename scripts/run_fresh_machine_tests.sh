@@ -33,6 +33,8 @@ fail() {
 [ "$(id -u)" -eq 0 ] || fail "only root can make the root of a fresh machine"
 sh scripts/install_packages.sh debootstrap util-linux
 mkdir -p "$top/logs" "$top/archives"
+exec 9>"$top/lock"
+flock -n 9 || fail "another one is at work here"
 
 # The root that all begin with, from the mirrors that apt uses here, with one user.
 if [ ! -d "$top/base" ]; then
@@ -44,6 +46,7 @@ if [ ! -d "$top/base" ]; then
     debootstrap "$release" "$top/unfinished" "$mirror" >"$top/logs/debootstrap" 2>&1 ||
         fail "debootstrap failed, see $top/logs/debootstrap"
     echo "$sources" >"$top/unfinished/etc/apt/sources.list"
+    echo "127.0.1.1 $(uname -n)" >>"$top/unfinished/etc/hosts"
     chroot "$top/unfinished" useradd --create-home --shell /bin/sh user
     mv "$top/unfinished" "$top/base"
 fi
@@ -84,6 +87,7 @@ run() {
         return 0
     fi
     log=$top/logs/$(echo "$1 $2" | tr -c 'A-Za-z0-9._\n' _)
+    rm -rf "$layer"
     mkdir "$layer" "$layer/root" "$layer/upper" "$layer/work"
     began=$(date +%s)
     status=0
@@ -101,11 +105,10 @@ run() {
         failures=$((failures + 1))
     fi
     echo "$row $outcome | $(($(date +%s) - began)) |"
-    rm -rf "$layer"
 }
 
 failures=0
-layer=$top/layer_$$
+layer=$top/layer
 running=""
 trap 'exit 130' INT TERM
 trap '[ -z "$running" ] || kill -KILL "$running"; wait; rm -rf "$layer"' EXIT
