@@ -33,6 +33,7 @@ static struct {
 extern "C" void __real_exit(int code) __attribute__((noreturn));
 extern "C" void __real__Exit(int code) __attribute__((noreturn));
 extern "C" std::FILE* __real_fopen(const char* path, const char* mode);
+extern "C" std::FILE* __real_fdopen(int descriptor, const char* mode);
 extern "C" std::FILE* __real_fopencookie(void* cookie, const char* mode, cookie_io_functions_t functions);
 extern "C" int __real_fclose(std::FILE* file);
 
@@ -70,6 +71,11 @@ static std::FILE* NoteStream(std::FILE* file) {
 
 extern "C" std::FILE* __wrap_fopen(const char* path, const char* mode) {
     std::FILE* const file = __real_fopen(path, mode);
+    return Inside ? NoteStream(file) : file;
+}
+
+extern "C" std::FILE* __wrap_fdopen(int descriptor, const char* mode) {
+    std::FILE* const file = __real_fdopen(descriptor, mode);
     return Inside ? NoteStream(file) : file;
 }
 
