@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: MIT
 # Builds the program with g++ and clang++, each at -O0 and at -O3, and compares logs and results of the examples and of
 # all whole runs of the tests byte for byte: between the four builds, and of the optimised builds on emulated processors
-# that lack vector instructions.
+# that lack vector instructions. No run is left out for its length: all runs of the tests together take a processor 5 s,
+# an emulated one 45 s.
 set -eu
 cd "$(dirname "$0")/.."
 if [ "$(uname -m)" != x86_64 ]; then
