@@ -30,7 +30,7 @@ def Instructions(program, folder, kind):
 
 JOBS = (("exact spectrum of 12 spins", "nmrspect", "2", TwelveSpins()),
         ("couplings of 25 nuclei of cholesterol", "nmrparam", "1", Cholesterol()),
-        ("shielding tensors of the same", "nmrparam", "1", CholesterolShielding()))
+        ("shielding tensors of 25 nuclei of cholesterol", "nmrparam", "1", CholesterolShielding()))
 
 
 def main():

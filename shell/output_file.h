@@ -6,8 +6,9 @@
 #include <cstdio>
 
 // Opens the output file of the run for writing; null, with the reason in errno, if it can't be created. What stands
-// there stays until the file is closed. A path that isn't an ordinary file (a device, a link), and a file in a directory that takes no new ones, are
-// written in place; a file that can't be replaced is overwritten as the new one is closed.
+// there stays until the file is closed. A path that isn't an ordinary file (a device, a link), and a file in a
+// directory that takes no new ones, are written in place; a file that can't be replaced is overwritten as the new one
+// is closed.
 std::FILE* OpenOutputFile();
 
 // Closes the file of OpenOutputFile and puts it in its place. False, with the reason in errno, if it couldn't be
