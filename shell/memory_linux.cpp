@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 
+static constexpr std::uint64_t NoLimit = std::uint64_t(1) << 60;  // the first version has such a number for none
 static constexpr int LongestLine = 4096;  // of the lists; a longer line comes in parts, and none of them is a mount
 
 // The files of a version of control groups. Hard and Soft are limits: beyond the hard one the system kills, beyond the
@@ -60,7 +61,7 @@ static std::uint64_t RestOfGroup(const char* folder, const GroupFiles& files) {
     const std::uint64_t hard = NumberOfGroup(folder, files.Hard, "");
     const std::uint64_t soft = files.Soft[0] != '\0' ? NumberOfGroup(folder, files.Soft, "") : UINT64_MAX;
     const std::uint64_t limit = std::min(hard, soft);
-    const std::uint64_t use = limit != UINT64_MAX ? NumberOfGroup(folder, files.Use, "") : UINT64_MAX;
+    const std::uint64_t use = limit < NoLimit ? NumberOfGroup(folder, files.Use, "") : UINT64_MAX;
     if (use == UINT64_MAX) {
         return UINT64_MAX;
     }
