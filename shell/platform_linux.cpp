@@ -229,9 +229,17 @@ static bool WaitForFile(int file, short events, const std::timespec* time) {
 }
 
 // The streams of OpenFile. Their descriptors don't block, so that a wait can be ended by a stop: the C library's own
-// streams would read on after a signal, or miss one that comes just before they wait.
+// streams would read on after a signal, or miss one that comes just before they wait. A stream is made before its file
+// is opened: without memory for it no file is created or emptied.
+struct OpenStream {
+    bool Taken;
+    int File;  // descriptor; -1 until the file is open
+};
+
+static OpenStream OpenStreams[64];  // a run has two or three at a time, nested runs theirs beside them
+
 static int DescriptorOf(void* cookie) {
-    return static_cast<int>(reinterpret_cast<std::intptr_t>(cookie));
+    return static_cast<OpenStream*>(cookie)->File;
 }
 
 static bool MustWait() {
@@ -264,7 +272,20 @@ static ssize_t WriteDescriptor(void* cookie, const char* buffer, std::size_t siz
 }
 
 static int CloseDescriptor(void* cookie) {
-    return close(DescriptorOf(cookie));
+    OpenStream* stream = static_cast<OpenStream*>(cookie);
+    stream->Taken = false;
+    return stream->File < 0 ? 0 : close(stream->File);
+}
+
+static OpenStream* TakeStream() {
+    for (OpenStream& stream : OpenStreams) {
+        if (!stream.Taken) {
+            stream = {true, -1};
+            return &stream;
+        }
+    }
+    errno = EMFILE;
+    return nullptr;
 }
 
 static int FlagsOfMode(const char* mode) {
@@ -277,6 +298,7 @@ static int FlagsOfMode(const char* mode) {
 // Opens a FIFO as soon as its other end is there; -1 on failure, and then stopped says whether a stop is why.
 static int OpenFifo(const char* path, int flags, bool* stopped) {
     static constexpr std::timespec Pause = {0, 20000000};
+    flags &= ~(O_CREAT | O_TRUNC);  // it is there
     int file = open(path, flags);
     while (file < 0 && errno == ENXIO) {  // nobody reads it yet
         if (!WaitForFile(-1, 0, &Pause)) {
@@ -300,22 +322,29 @@ std::FILE* OpenFile(const char* path, const char* mode) {
     if (stat(translated.Text, &status) == 0 && S_ISDIR(status.st_mode)) {
         return nullptr;
     }
+    OpenStream* stream = TakeStream();
+    if (stream == nullptr) {
+        return nullptr;
+    }
+    std::FILE* file = fopencookie(stream, mode, {ReadDescriptor, WriteDescriptor, nullptr, CloseDescriptor});
+    if (file == nullptr) {
+        stream->Taken = false;
+        return nullptr;
+    }
     const int flags = FlagsOfMode(mode) | O_NONBLOCK;
     bool stopped = false;
-    const int file = S_ISFIFO(status.st_mode) ? OpenFifo(translated.Text, flags, &stopped)
-                                              : open(translated.Text, flags, NewFileMode);
+    stream->File = S_ISFIFO(status.st_mode) ? OpenFifo(translated.Text, flags, &stopped)
+                                            : open(translated.Text, flags, NewFileMode);
+    if (stream->File >= 0) {
+        return file;
+    }
+    const int reason = errno;
+    std::fclose(file);
     if (stopped) {
         YieldAllMessages();  // the run goes no further
     }
-    if (file < 0) {
-        return nullptr;
-    }
-    std::FILE* stream = fopencookie(reinterpret_cast<void*>(static_cast<std::intptr_t>(file)), mode,
-                                    {ReadDescriptor, WriteDescriptor, nullptr, CloseDescriptor});
-    if (stream == nullptr) {
-        close(file);
-    }
-    return stream;
+    errno = reason;
+    return nullptr;
 }
 
 std::FILE* CreateNewFile(const char* path) {

@@ -17,6 +17,7 @@ static constexpr int SocketsVersion = 257;  // 1.1
 static constexpr char WindowClassName[] = "braisag";
 static constexpr unsigned AboutCommand = 100;
 static constexpr int AboutTextId = 50;
+static constexpr int SilentStop = 24834;  // an id without text
 static constexpr int AboutTextLimit = 30;
 static constexpr unsigned FirstFormat = 49152;  // the range of registered formats
 static constexpr unsigned LastFormat = 65535;
@@ -100,6 +101,7 @@ static void HandleStartMessage(PlatformWindow* window) {
     RunOneJob(Run.RunKind);
     Run.RunActive = 0;
     if (nested && !RaiseIsPending()) {
+        Run.LastErrorCode = SilentStop;  // what passes the error on, from a reader's frame too
         RaiseError();
     }
     if (!RaiseIsPending()) {

@@ -129,13 +129,12 @@ TEST(ProcessEntry, OtherMessagesDoNoHarm) {
     EXPECT_EQ(outcome.Output, OneSpinResult);
 }
 
-// A close message that waits when the run starts is seen at the first poll, and the stop at a poll after it.
+// A close message that waits when the run starts is seen at the first poll, which is the reader's.
 TEST(ProcessEntry, CloseBeforeTheFirstPollStopsTheRun) {
     const Outcome outcome = RunProcess(OneSpin, {StartMessage, CloseMessage});
     EXPECT_EQ(outcome.ExitCode, 0);
     EXPECT_EQ(outcome.Output, "(no file)");
-    EXPECT_EQ(outcome.Log.find("\nComputing the NMR spectrum ...\n"), 0u);
-    EXPECT_EQ(outcome.Log.find("FREQ"), std::string::npos);
+    EXPECT_EQ(outcome.Log, "(no file)");
 }
 
 TEST(ProcessEntry, CloseBeforeTheStartMeansNoRun) {
@@ -180,7 +179,7 @@ TEST(ProcessEntry, IgnoredTerminationIsTakenBack) {
 }
 
 // On purpose a second start message during a run isn't held off: it starts a nested run, whose result is the
-// one that stands, and whose close message then ends the process.
+// one that stands. The run that it interrupts, here while it reads, gets no further.
 TEST(ProcessEntry, SecondStartMessageStartsANestedRun) {
     const std::string twelve =
         "title\n6\n1 1 1 1 1 1\nh\n100\nh\n1 2 3 4 5 6\nh\n0 5 5 5 5 5\n0 0 5 5 5 5\n0 0 0 5 5 5\n"
@@ -189,10 +188,7 @@ TEST(ProcessEntry, SecondStartMessageStartsANestedRun) {
     const Outcome nested = RunProcess(twelve, {StartMessage});
     EXPECT_EQ(nested.ExitCode, 0);
     EXPECT_EQ(nested.Output, alone.Output);
-    const std::string progress = "\nComputing the NMR spectrum ...\n";
-    const std::size_t first = nested.Log.find(progress);
-    ASSERT_NE(first, std::string::npos);
-    EXPECT_NE(nested.Log.find(progress, first + 1), std::string::npos);
+    EXPECT_EQ(nested.Log, alone.Log);
 }
 
 TEST(ProcessEntry, ManyStartMessagesKeepWithinTheirBuffers) {
