@@ -243,10 +243,8 @@ TEST(ParameterRunLog, SaysWhatIsNotFinite) {
         cautions += line.rfind("CAUTION: ", 0) == 0 ? line + "\n" : "";
     }
     const std::string end = " ended at the limit of 30 iterations: last difference not finite, limit 1e-";
+    // the responses are zero: what isn't a number takes no part in them
     EXPECT_EQ(cautions, "CAUTION: field with nmr_shft.abp" + end + "07 kcal/mol.\n"
-                        "CAUTION: response to the magnetic field along x" + end + "14.\n"
-                        "CAUTION: response to the magnetic field along y" + end + "14.\n"
-                        "CAUTION: response to the magnetic field along z" + end + "14.\n"
                         "CAUTION: value not finite: shielding of atom 1.\n"
                         "CAUTION: value not finite: shielding of atom 2.\n"
                         "CAUTION: value not finite: couplings of atom 1.\n"
