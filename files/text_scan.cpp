@@ -26,26 +26,35 @@ bool ReadLine(std::FILE* file, char* line, int size) {
 // Where the characters of a number come from: a text, or a file.
 struct TextSource {
     const char* At;
-    int Peek() const { return static_cast<unsigned char>(*At); }
+    int Peek() { return static_cast<unsigned char>(*At); }
     void Take() { ++At; }
 };
 
+// One character is taken from the file ahead of its time; ReturnCharacter puts it back, to be called at the end.
 struct FileSource {
+    static constexpr int NotRead = EOF - 1;
     std::FILE* File;
-    int Peek() const {
-        if (std::feof(File)) {
-            return EOF;
+    int Next = NotRead;  // the character to come, or EOF
+
+    int Peek() {
+        if (Next == NotRead) {
+            Next = std::getc(File);
+            if (Next == EOF) {
+                YieldAllMessages();
+            }
         }
-        const int c = std::fgetc(File);
-        if (c == EOF) {
-            YieldAllMessages();
-        }
-        std::ungetc(c, File);
-        return c;
+        return Next;
     }
     void Take() {
         PollReading(1);
-        std::fgetc(File);
+        Peek();
+        Next = NotRead;
+    }
+    void ReturnCharacter() {
+        if (Next != NotRead) {
+            std::ungetc(Next, File);  // nothing at the end of the file
+            Next = NotRead;
+        }
     }
 };
 
@@ -156,20 +165,22 @@ bool ScanReal(const char*& text, double* value) {
 
 bool ReadInteger(std::FILE* file, int* value) {
     FileSource source = {file};
-    if (!CollectInteger(source, value)) {
-        return false;
+    const bool read = CollectInteger(source, value);
+    if (read) {
+        TakeWhiteSpace(source);
     }
-    TakeWhiteSpace(source);
-    return true;
+    source.ReturnCharacter();
+    return read;
 }
 
 bool ReadReal(std::FILE* file, double* value) {
     FileSource source = {file};
-    if (!CollectReal(source, value)) {
-        return false;
+    const bool read = CollectReal(source, value);
+    if (read) {
+        TakeWhiteSpace(source);
     }
-    TakeWhiteSpace(source);
-    return true;
+    source.ReturnCharacter();
+    return read;
 }
 
 float NarrowReal(double value) {
@@ -215,6 +226,7 @@ bool ReadWord(std::FILE* file, int width, char* word) {
         source.Take();
     }
     word[length] = '\0';
+    source.ReturnCharacter();
     return there;
 }
 

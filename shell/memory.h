@@ -19,7 +19,8 @@ void* AllocateBytes(long long count, std::size_t size);
 void* ReallocateBytes(void* block, long long count, std::size_t size);
 
 // Touches a new block page by page and polls, so that it counts as taken from now on. The system clears each page as it
-// is first touched, and a stage would touch all of them between two polls. May not return.
+// is first touched, and a stage would touch all of them between two polls. Blocks too small to be checked stay as they
+// are. May not return.
 void TouchPages(void* block, std::size_t bytes);
 
 // An array of count plain records, not cleared; null if it can't be had.
