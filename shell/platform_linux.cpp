@@ -210,8 +210,8 @@ static TranslatedPath Translated(const char* path) {
     return result;
 }
 
-// Waits until a file is ready, or for a time that isn't null; false once a stop was signalled. The signals are held back
-// between the look at the flag and the wait, so that none is missed.
+// Waits until a file is ready, or for a time that isn't null; false once a stop was signalled. The signals are held
+// back between the look at the flag and the wait, so that none is missed.
 static bool WaitForFile(int file, short events, const std::timespec* time) {
     sigset_t stops;
     sigset_t before;
