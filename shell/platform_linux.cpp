@@ -3,6 +3,7 @@
 // signals that ask for what a close message asks, and paths whose backslashes become slashes as a file is opened.
 #include "shell/platform_linux.h"
 
+#include "shell/memory.h"
 #include "shell/message_catalogue.h"
 #include "shell/message_poll.h"
 #include "shell/platform.h"
@@ -11,6 +12,7 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
@@ -230,8 +232,8 @@ static bool WaitForFile(int file, short events, const std::timespec* time) {
 
 // The streams of OpenFile. Their descriptors don't block, so that a wait can be ended by a stop: the C library's own
 // streams would read on after a signal, or miss one that comes just before they wait.
-static int DescriptorOf(void* cookie) {
-    return static_cast<int>(reinterpret_cast<std::intptr_t>(cookie));
+static int DescriptorOf(const void* cookie) {
+    return *static_cast<const int*>(cookie);
 }
 
 static bool MustWait() {
@@ -264,8 +266,12 @@ static ssize_t WriteDescriptor(void* cookie, const char* buffer, std::size_t siz
 }
 
 static int CloseDescriptor(void* cookie) {
-    return close(DescriptorOf(cookie));
+    const int result = DescriptorOf(cookie) >= 0 ? close(DescriptorOf(cookie)) : 0;
+    std::free(cookie);
+    return result;
 }
+
+static constexpr mode_t NewFileMode = 0666;
 
 static int FlagsOfMode(const char* mode) {
     if (mode[0] == 'r') {
@@ -277,13 +283,13 @@ static int FlagsOfMode(const char* mode) {
 // Opens a FIFO as soon as its other end is there; -1 on failure, and then stopped says whether a stop is why.
 static int OpenFifo(const char* path, int flags, bool* stopped) {
     static constexpr std::timespec Pause = {0, 20000000};
-    int file = open(path, flags);
+    int file = open(path, flags, NewFileMode);
     while (file < 0 && errno == ENXIO) {  // nobody reads it yet
         if (!WaitForFile(-1, 0, &Pause)) {
             *stopped = true;
             return -1;
         }
-        file = open(path, flags);
+        file = open(path, flags, NewFileMode);
     }
     if (file >= 0 && (flags & O_ACCMODE) == O_RDONLY && !WaitForFile(file, POLLIN, nullptr)) {
         *stopped = true;
@@ -293,29 +299,45 @@ static int OpenFifo(const char* path, int flags, bool* stopped) {
     return file;
 }
 
+// The stream is made first: a file that is created or emptied has one, also where memory ends.
+static std::FILE* MakeStream(int*& descriptor, const char* mode) {
+    descriptor = AllocateArray<int>(1);
+    if (descriptor == nullptr) {
+        return nullptr;
+    }
+    *descriptor = -1;
+    std::FILE* stream = fopencookie(descriptor, mode, {ReadDescriptor, WriteDescriptor, nullptr, CloseDescriptor});
+    if (stream == nullptr) {
+        FreeArray(descriptor);
+    }
+    return stream;
+}
+
 std::FILE* OpenFile(const char* path, const char* mode) {
-    static constexpr mode_t NewFileMode = 0666;
     const TranslatedPath translated = Translated(path);
     struct stat status = {};
     if (stat(translated.Text, &status) == 0 && S_ISDIR(status.st_mode)) {
         return nullptr;
     }
+    int* descriptor;
+    std::FILE* stream = MakeStream(descriptor, mode);
+    if (stream == nullptr) {
+        return nullptr;
+    }
     const int flags = FlagsOfMode(mode) | O_NONBLOCK;
     bool stopped = false;
-    const int file = S_ISFIFO(status.st_mode) ? OpenFifo(translated.Text, flags, &stopped)
-                                              : open(translated.Text, flags, NewFileMode);
+    *descriptor = S_ISFIFO(status.st_mode) ? OpenFifo(translated.Text, flags, &stopped)
+                                           : open(translated.Text, flags, NewFileMode);
+    if (*descriptor >= 0) {
+        return stream;
+    }
+    const int reason = errno;
+    std::fclose(stream);
     if (stopped) {
         YieldAllMessages();  // the run goes no further
     }
-    if (file < 0) {
-        return nullptr;
-    }
-    std::FILE* stream = fopencookie(reinterpret_cast<void*>(static_cast<std::intptr_t>(file)), mode,
-                                    {ReadDescriptor, WriteDescriptor, nullptr, CloseDescriptor});
-    if (stream == nullptr) {
-        close(file);
-    }
-    return stream;
+    errno = reason;
+    return nullptr;
 }
 
 std::FILE* CreateNewFile(const char* path) {
