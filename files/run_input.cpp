@@ -36,6 +36,7 @@ void ReadRunInput() {
         FreeArray(Run.AtomCoordinates);
         FreeParameterInputWork();
         PopRecoveryFrame(0);
+        RaiseError();  // what unwinds without an error of its own, as a nested run does, goes on too
         return;
     }
     const char* path = Run.InputFilePath;
