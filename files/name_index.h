@@ -7,9 +7,9 @@
 // Names that stand in records of a table, by hash. Made by PrepareNameIndex, freed by FreeNameIndex; the table stays
 // the caller's.
 struct NameIndex {
-    const char* FirstName;       // the name of record 0
-    std::size_t RecordSize;      // bytes from one name to the next
-    int* Records;                // [SlotCount] record number + 1; 0 for a slot without a name
+    const char* FirstName;         // the name of record 0
+    std::size_t RecordSize;        // bytes from one name to the next
+    int* Records;                  // [SlotCount] record number + 1; 0 for a slot without a name
     unsigned long long SlotCount;  // a power of two, at least twice the names
 };
 

@@ -9,8 +9,8 @@ void PollMessages(int units);
 // Looks at one message at once. May not return either.
 void YieldMessages();
 
-// For what runs before PollShift is set, when PollMessages looks at each call: looks once in 4096 units. A unit is about
-// the reading of a character.
+// For what runs before PollShift is set, when PollMessages looks at each call: looks once in 4096 units. A unit is
+// about the reading of a character.
 void PollReading(int units);
 
 // Units of a step over a record in memory.

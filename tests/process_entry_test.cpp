@@ -15,6 +15,11 @@ static constexpr char OneSpin[] = "title\n1\n1\nh\n100\nh\n1.25\nh\n0\nh\n0.001\
 static constexpr char OneSpinResult[] =
     "This is a comment line.\n1\nFREQUNCY INTENSITY DEGENERACY LINEWIDTH\n125.000 1.000 1 0\n";
 
+static const std::string Twelve =
+    "title\n6\n1 1 1 1 1 1\nh\n100\nh\n1 2 3 4 5 6\nh\n0 5 5 5 5 5\n0 0 5 5 5 5\n0 0 0 5 5 5\n"
+    "0 0 0 0 5 5\n0 0 0 0 0 5\n0 0 0 0 0 0\nh\n0.001\nh\n0\n";
+static const std::string Progress = "\nComputing the NMR spectrum ...\n";
+
 class WindowProcedure : public testing::Test {
 protected:
     void SetUp() override {
@@ -129,12 +134,32 @@ TEST(ProcessEntry, OtherMessagesDoNoHarm) {
     EXPECT_EQ(outcome.Output, OneSpinResult);
 }
 
-// A close message that waits when the run starts is seen at the first poll, which is the reader's.
+// A close message that waits when the run starts is seen at the first poll, and the stop at a poll after it.
 TEST(ProcessEntry, CloseBeforeTheFirstPollStopsTheRun) {
     const Outcome outcome = RunProcess(OneSpin, {StartMessage, CloseMessage});
     EXPECT_EQ(outcome.ExitCode, 0);
     EXPECT_EQ(outcome.Output, "(no file)");
-    EXPECT_EQ(outcome.Log, "(no file)");
+    EXPECT_EQ(outcome.Log, "(no file)");  // the reader looks first
+}
+
+// What stands behind a spectrum input keeps its reader from the end of the file, where it would take all messages: its
+// few other looks take one of these each, and the calculation meets what is posted behind them.
+static const std::string Behind = "end\n";
+static constexpr int HarmlessMessages = 4;
+
+static std::vector<unsigned> ForTheCalculation(unsigned message) {
+    std::vector<unsigned> messages(1 + HarmlessMessages, QueryOpenMessage);
+    messages.front() = StartMessage;
+    messages.push_back(message);
+    return messages;
+}
+
+TEST(ProcessEntry, CloseAtAPollOfTheCalculation) {
+    const Outcome outcome = RunProcess(Twelve + Behind, ForTheCalculation(CloseMessage));
+    EXPECT_EQ(outcome.ExitCode, 0);
+    EXPECT_EQ(outcome.Output, "(no file)");
+    EXPECT_EQ(outcome.Log.find(Progress), 0u);
+    EXPECT_EQ(outcome.Log.find("NMR Spectrum ==="), std::string::npos);
 }
 
 TEST(ProcessEntry, CloseBeforeTheStartMeansNoRun) {
@@ -179,13 +204,21 @@ TEST(ProcessEntry, IgnoredTerminationIsTakenBack) {
 }
 
 // On purpose a second start message during a run isn't held off: it starts a nested run, whose result is the
-// one that stands. The run that it interrupts, here while it reads, gets no further.
+// one that stands, and whose close message then ends the process.
 TEST(ProcessEntry, SecondStartMessageStartsANestedRun) {
-    const std::string twelve =
-        "title\n6\n1 1 1 1 1 1\nh\n100\nh\n1 2 3 4 5 6\nh\n0 5 5 5 5 5\n0 0 5 5 5 5\n0 0 0 5 5 5\n"
-        "0 0 0 0 5 5\n0 0 0 0 0 5\n0 0 0 0 0 0\nh\n0.001\nh\n0\n";
-    const Outcome alone = RunProcess(twelve, {});
-    const Outcome nested = RunProcess(twelve, {StartMessage});
+    const Outcome alone = RunProcess(Twelve + Behind, {});
+    const Outcome nested = RunProcess(Twelve + Behind, ForTheCalculation(StartMessage));
+    EXPECT_EQ(nested.ExitCode, 0);
+    EXPECT_EQ(nested.Output, alone.Output);
+    const std::size_t first = nested.Log.find(Progress);
+    ASSERT_NE(first, std::string::npos);
+    EXPECT_NE(nested.Log.find(Progress, first + 1), std::string::npos);
+}
+
+// The run that it interrupts is unwound from its reader and calculates nothing.
+TEST(ProcessEntry, SecondStartMessageWithinTheReader) {
+    const Outcome alone = RunProcess(Twelve, {});
+    const Outcome nested = RunProcess(Twelve, {StartMessage});
     EXPECT_EQ(nested.ExitCode, 0);
     EXPECT_EQ(nested.Output, alone.Output);
     EXPECT_EQ(nested.Log, alone.Log);

@@ -93,7 +93,9 @@ bool WaitUntilStoppable(pid_t child, double seconds) {
     for (;;) {
         const std::string text = ReadText(status);
         const std::size_t mask = text.find("SigCgt:");
-        if (mask != std::string::npos && (std::strtoull(text.c_str() + mask + 7, nullptr, 16) >> (SIGTERM - 1) & 1) != 0) {
+        const unsigned long long handled =
+            mask == std::string::npos ? 0 : std::strtoull(text.c_str() + mask + 7, nullptr, 16);
+        if ((handled >> (SIGTERM - 1) & 1) != 0) {
             return true;
         }
         if (Now() > end) {

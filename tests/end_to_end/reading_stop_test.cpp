@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
@@ -27,11 +28,13 @@ static constexpr double StartSeconds = 30.0;
 static constexpr double QuietSeconds = 0.15;  // in which a run gets to where it waits
 
 static const std::string Selection = "NMRSelectionBegin\n1\nmol 1 atom 1\nNMRSelectionEnd\n";
-static const std::string Atoms = "AtomsBegin\n2\nmol 1\natom 1 H H H - 0 0 0 0 0\natom 2 H H H - 0 0 0 0.74 0\nAtomsEnd\n";
+static const std::string Atoms =
+    "AtomsBegin\n2\nmol 1\natom 1 H H H - 0 0 0 0 0\natom 2 H H H - 0 0 0 0.74 0\nAtomsEnd\n";
 static const std::string SpectrumInput = "title\n1\n1\nMHz\n100\nppm\n1\nHz\n0\nintensity\n0.001\nweak\n0\n";
 
 static void Sleep(double seconds) {
-    const timespec pause = {static_cast<time_t>(seconds), static_cast<long>(1e9 * (seconds - static_cast<long>(seconds)))};
+    const double whole = std::floor(seconds);
+    const timespec pause = {static_cast<time_t>(whole), static_cast<long>(1e9 * (seconds - whole))};
     nanosleep(&pause, nullptr);
 }
 
@@ -303,8 +306,8 @@ TEST_F(ReadingStop, ReadersAreLinear) {
     static constexpr double LinearSeconds = 2.0;
     const std::string lastAtom = "atom 1 H H H - 0 0 0 0 1 -2000000000 s\nAtomsEnd\n";
     double before = ChildrenSeconds();
-    WriteText(Path("nmrparam.in"), "NMRSelectionBegin\n" + Entries(100000) + "NMRSelectionEnd\nQuantumSelectionBegin\n" +
-                                       Entries(100000) + "QuantumSelectionEnd\n" +
+    WriteText(Path("nmrparam.in"), "NMRSelectionBegin\n" + Entries(100000) + "NMRSelectionEnd\n" +
+                                       "QuantumSelectionBegin\n" + Entries(100000) + "QuantumSelectionEnd\n" +
                                        Replaced(ManyAtoms(100000), "\n100000\n", "\n100001\n") + lastAtom);
     ASSERT_EQ(WaitForProgram(Start(false), 100.0), 0);
     EXPECT_NE(ReadText(Path("nmrparam.out")).find("has a bad record for atom 100001"), std::string::npos);
@@ -322,7 +325,8 @@ TEST_F(ReadingStop, ReadersAreLinear) {
     WriteText(Path("p/nmr_shft.abp"), records);
     WriteText(Path("p/nmr_cupl.abp"), records);
     before = ChildrenSeconds();
-    WriteText(Path("nmrparam.in"), Selection + Replaced(ManyAtoms(30000), "H H -", "H A!! -") + "AtomsEnd\n" + "CalculateSpectra = yes\n");
+    WriteText(Path("nmrparam.in"),
+              Selection + Replaced(ManyAtoms(30000), "H H -", "H A!! -") + "AtomsEnd\nCalculateSpectra = yes\n");
     ASSERT_EQ(WaitForProgram(Start(false), 100.0), 0);
     EXPECT_NE(ReadText(Path("nmrparam.out")).find("Sorry, Velkoran"), std::string::npos);
     EXPECT_LT(ChildrenSeconds() - before, LinearSeconds) << "types";

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the fuzz targets share: each case starts as a process of its own would and leaves nothing behind. The linker
-// hands exit, _Exit, fopen, fdopen, fopencookie and fclose to wrappers: a fatal error comes back to the target, and streams are
-// counted.
+// hands exit, _Exit, fopen, fdopen, fopencookie and fclose to wrappers: a fatal error comes back to the target, and
+// streams are counted.
 #pragma once
 
 #include <cstddef>
