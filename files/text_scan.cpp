@@ -65,7 +65,7 @@ template <class Source> static void TakeWhiteSpace(Source& source) {
 }
 
 // Takes an integer after white space; beyond 32 bits it saturates.
-template <class Source> static bool CollectInteger(Source& source, int* value) {
+template <class Source> static bool CollectNumber(Source& source, int* value) {
     static constexpr long long Beyond = INT_MAX + 1LL;
     TakeWhiteSpace(source);
     const bool negative = source.Peek() == '-';
@@ -80,15 +80,6 @@ template <class Source> static bool CollectInteger(Source& source, int* value) {
         number = std::min(10 * number + source.Peek() - '0', Beyond);
     }
     *value = static_cast<int>(negative ? -number : std::min<long long>(number, INT_MAX));
-    return true;
-}
-
-bool ScanInteger(const char*& text, int* value) {
-    TextSource source = {text};
-    if (!CollectInteger(source, value)) {
-        return false;
-    }
-    text = source.At;
     return true;
 }
 
@@ -124,7 +115,7 @@ template <class Source> struct NumberCollector {
 
 // Takes a number after white space by the rule of the C standard for "%lf": the longest run of characters that is a
 // number or the beginning of one, and fails if that isn't a whole number, as "1e" and "0x". C libraries differ here.
-template <class Source> static bool CollectReal(Source& source, double* value) {
+template <class Source> static bool CollectNumber(Source& source, double* value) {
     TakeWhiteSpace(source);
     char text[NumberSize + 1];
     NumberCollector<Source> collector = {source, text, 0};
@@ -154,18 +145,26 @@ template <class Source> static bool CollectReal(Source& source, double* value) {
     return collector.Length < NumberSize && std::isfinite(*value);
 }
 
-bool ScanReal(const char*& text, double* value) {
+template <class Number> static bool ScanNumber(const char*& text, Number* value) {
     TextSource source = {text};
-    if (!CollectReal(source, value)) {
+    if (!CollectNumber(source, value)) {
         return false;
     }
     text = source.At;
     return true;
 }
 
-bool ReadInteger(std::FILE* file, int* value) {
+bool ScanInteger(const char*& text, int* value) {
+    return ScanNumber(text, value);
+}
+
+bool ScanReal(const char*& text, double* value) {
+    return ScanNumber(text, value);
+}
+
+template <class Number> static bool ReadNumber(std::FILE* file, Number* value) {
     FileSource source = {file};
-    const bool read = CollectInteger(source, value);
+    const bool read = CollectNumber(source, value);
     if (read) {
         TakeWhiteSpace(source);
     }
@@ -173,14 +172,12 @@ bool ReadInteger(std::FILE* file, int* value) {
     return read;
 }
 
+bool ReadInteger(std::FILE* file, int* value) {
+    return ReadNumber(file, value);
+}
+
 bool ReadReal(std::FILE* file, double* value) {
-    FileSource source = {file};
-    const bool read = CollectReal(source, value);
-    if (read) {
-        TakeWhiteSpace(source);
-    }
-    source.ReturnCharacter();
-    return read;
+    return ReadNumber(file, value);
 }
 
 float NarrowReal(double value) {

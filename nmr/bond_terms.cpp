@@ -35,7 +35,7 @@ static void AddMagneticTerms(int place, const ShieldingAtom& a, const ShieldingA
         OrbitalTable table;
         RotatePairVector(a.Position, b.Position, k, local, table, bra.OrbitalCount, ket.OrbitalCount);
         const double phase = CrossComponent(ket.Position, bra.Position, k);
-        if (!(std::fabs(phase) < SmallestPhase)) {
+        if (!(std::fabs(phase) < SmallestPhase)) {  // on purpose also for what isn't a number
             Run.ShieldingTerms[5][place] -=
                 phase * LondonFactor * Contract(Run.TotalDensity, bra.Range, ket.Range, table);
         }

@@ -82,7 +82,7 @@ void BoysFunctions(int top, double t, double* values) {
     const double inverse = 1.0 / t;
     double power = 0.0;
     for (int m = 0; m <= top; ++m) {
-        if (!(t <= SwitchPoints[m])) {
+        if (!(t <= SwitchPoints[m])) {  // on purpose also for what isn't a number
             if (power == 0.0) {
                 power = AsymptoticForm(m, t) / AsymptoticFactors[m];
             }

@@ -13,8 +13,8 @@
 static constexpr int LongestText = 400;
 static constexpr int LongestConversion = 16;
 
-// C libraries print what isn't a number with a sign or without one, and processors set that sign as they like. Here there
-// is none.
+// C libraries print what isn't a number with a sign or without one, and processors set that sign as they like. Here
+// there is none.
 static int PrintReal(const char* conversion, double value, char* buffer, std::size_t room) {
     if (std::isfinite(value)) {
         return std::snprintf(buffer, room, conversion, value);

@@ -16,12 +16,6 @@ static constexpr int NeighbourNames = 16;  // tried before the output file is wr
 // The file being written; empty while it is the output file itself.
 static char NeighbourPath[NeighbourPathSize];
 
-// A directory is refused without a call of the system that fails: its reason is set beforehand.
-static std::FILE* OpenAt(const char* path, const char* mode) {
-    errno = EISDIR;
-    return OpenFile(path, mode);
-}
-
 // Creates the neighbour under a name that nothing has: what somebody has put there is neither followed nor emptied.
 static std::FILE* CreateNeighbour(const char* path) {
     for (int i = 0; i < NeighbourNames; ++i) {
@@ -43,10 +37,10 @@ std::FILE* OpenOutputFile() {
     }
     const PathKind kind = KindOfPath(path);
     if (kind == PathKind::Link || kind == PathKind::Other) {
-        return OpenAt(path, "w");
+        return OpenFile(path, "w");
     }
     if (kind == PathKind::OrdinaryFile) {  // one that mustn't be written isn't replaced either
-        std::FILE* present = OpenAt(path, "r+");
+        std::FILE* present = OpenFile(path, "r+");
         if (present == nullptr) {
             return nullptr;
         }
@@ -55,7 +49,7 @@ std::FILE* OpenOutputFile() {
     std::FILE* file = CreateNeighbour(path);
     if (file == nullptr) {
         NeighbourPath[0] = '\0';
-        file = OpenAt(path, "w");
+        file = OpenFile(path, "w");
     }
     return file;
 }

@@ -88,9 +88,9 @@ int LoadCatalogueText(int id, char* buffer, int limit);
 // texts; 0 if it begins with none.
 int LengthBeyondAscii(const char* text);
 
-// Opens a file by a path with backslashes; null on failure, and for a directory. Where the system lets a file wait for
-// its other end, as a FIFO does, a stop unwinds the run from an opening that waits, and is an error of reading or
-// writing afterwards.
+// Opens a file by a path with backslashes; null, with the reason in errno, on failure, and for a directory. Where the
+// system lets a file wait for its other end, as a FIFO does, a stop unwinds the run from an opening that waits, and is
+// an error of reading or writing afterwards.
 std::FILE* OpenFile(const char* path, const char* mode);
 
 // Creates a file for writing; null, with the reason in errno, on failure. What stands there, a link too, is neither

@@ -210,8 +210,8 @@ static TranslatedPath Translated(const char* path) {
     return result;
 }
 
-// Waits until a file is ready, or for a time that isn't null; false once a stop was signalled. The signals are held back
-// between the look at the flag and the wait, so that none is missed.
+// Waits until a file is ready, or for a time that isn't null; false once a stop was signalled. The signals are held
+// back between the look at the flag and the wait, so that none is missed.
 static bool WaitForFile(int file, short events, const std::timespec* time) {
     sigset_t stops;
     sigset_t before;
@@ -288,6 +288,8 @@ static OpenStream* TakeStream() {
     return nullptr;
 }
 
+static constexpr mode_t NewFileMode = 0666;  // less what the umask takes
+
 static int FlagsOfMode(const char* mode) {
     if (mode[0] == 'r') {
         return std::strchr(mode, '+') != nullptr ? O_RDWR : O_RDONLY;
@@ -316,10 +318,10 @@ static int OpenFifo(const char* path, int flags, bool* stopped) {
 }
 
 std::FILE* OpenFile(const char* path, const char* mode) {
-    static constexpr mode_t NewFileMode = 0666;
     const TranslatedPath translated = Translated(path);
     struct stat status = {};
     if (stat(translated.Text, &status) == 0 && S_ISDIR(status.st_mode)) {
+        errno = EISDIR;
         return nullptr;
     }
     OpenStream* stream = TakeStream();
@@ -349,7 +351,7 @@ std::FILE* OpenFile(const char* path, const char* mode) {
 
 std::FILE* CreateNewFile(const char* path) {
     const TranslatedPath translated = Translated(path);
-    const int descriptor = open(translated.Text, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+    const int descriptor = open(translated.Text, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, NewFileMode);
     if (descriptor < 0) {
         return nullptr;
     }

@@ -5,7 +5,8 @@
 
 #include <csetjmp>
 
-// One guarded scope. Filled by PushRecoveryFrame and SAVE_CONTEXT, valid until PopRecoveryFrame or the return of its function.
+// One guarded scope. Filled by PushRecoveryFrame and SAVE_CONTEXT, valid until PopRecoveryFrame or the return of its
+// function.
 struct RecoveryFrame {
     RecoveryFrame* Previous;  // next older frame, or null
     int Raised;               // 1 once an error was raised into this frame

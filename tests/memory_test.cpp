@@ -20,8 +20,9 @@ static constexpr long long Large = 80LL << 20;
 static constexpr long long Larger = 200LL << 20;
 static constexpr long long Small = 40LL << 20;
 
-// The flags of the mapping that holds the whole block, as the system lists them; "" where no single one does.
-static std::string MappingFlags(const void* block, long long bytes) {
+// The line of that beginning about the mapping that holds the whole block, from the system's list; "" where no single
+// mapping does.
+static std::string MappingLine(const void* block, long long bytes, const char* beginning) {
     const auto first = reinterpret_cast<std::uintptr_t>(block);
     const std::uintptr_t last = first + static_cast<std::uintptr_t>(bytes) - 1;
     std::ifstream list("/proc/self/smaps");
@@ -32,11 +33,16 @@ static std::string MappingFlags(const void* block, long long bytes) {
         char dash = 0;
         if (words >> std::hex >> begin >> dash >> end && dash == '-') {
             inside = begin <= first && last < end;
-        } else if (inside && line.rfind("VmFlags:", 0) == 0) {
-            return line + " ";
+        } else if (inside && line.rfind(beginning, 0) == 0) {
+            return line;
         }
     }
     return "";
+}
+
+// With a blank behind the last flag too.
+static std::string MappingFlags(const void* block, long long bytes) {
+    return MappingLine(block, bytes, "VmFlags:") + " ";
 }
 
 static bool AsksForLargePages(const void* block, long long bytes) {
@@ -126,23 +132,11 @@ TEST(GroupOfArrays, AllocatorLeavesNothingBehindAFailure) {
     EXPECT_EQ(arrays.Places, nullptr);
 }
 
-// Bytes of the block that lie in memory, by the system's account of its mapping.
+// Bytes of the block's mapping that lie in memory, by the system's account.
 static long long ResidentBytes(const void* block) {
-    const auto address = reinterpret_cast<std::uintptr_t>(block);
-    std::ifstream list("/proc/self/smaps");
-    bool inside = false;
-    for (std::string line; std::getline(list, line);) {
-        std::istringstream words(line);
-        std::uintptr_t begin = 0, end = 0;
-        char dash = 0;
-        long long kilobytes = 0;
-        if (words >> std::hex >> begin >> dash >> end && dash == '-') {
-            inside = begin <= address && address < end;
-        } else if (inside && std::sscanf(line.c_str(), "Rss: %lld", &kilobytes) == 1) {
-            return kilobytes * 1024;
-        }
-    }
-    return 0;
+    long long kilobytes = 0;
+    std::sscanf(MappingLine(block, 1, "Rss:").c_str(), "Rss: %lld", &kilobytes);
+    return kilobytes * 1024;
 }
 
 TEST(TouchedPages, CountAsTaken) {

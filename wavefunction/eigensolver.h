@@ -13,7 +13,8 @@ void SolveEigenproblem(double* matrix, double* vectors, double* values, int n);
 // Bytes of the work arrays for order n.
 double EigensolverWorkBytes(int n);
 
-// Makes the work arrays large enough for order n, and polls; 0 if there is no memory. SolveEigenproblem calls it when needed.
+// Makes the work arrays large enough for order n, and polls; 0 if there is no memory. SolveEigenproblem calls it when
+// needed.
 int ReserveEigensolverWork(int n);
 
 // Frees the work arrays; harmless if there are none. The run's cleanup calls it, also after a stop from within.

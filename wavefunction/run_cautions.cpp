@@ -18,7 +18,7 @@ static constexpr int ResponseDifferences = 2;  // the same of a response
 static constexpr double NearAtoms = 0.3;       // Angstrom
 static constexpr int LargestValueLines = 10;   // of one quantity
 
-// What ended at the limit; a difference that isn't finite has no text that all platforms share.
+// What ended at the limit.
 static void AppendLimitLine(const char* what, int leastLimit, double difference, double limit, const char* unit) {
     char last[LineRoom / 3] = "no difference was formed";
     if (Run.SCFIterationLimit >= leastLimit && std::isfinite(difference)) {
@@ -79,7 +79,7 @@ static void AppendPairLine(const char* word, const DoubtfulPairs& pairs, const c
     if (pairs.Count > 0) {
         char line[LineRoom];
         std::snprintf(line, sizeof line, "CAUTION: %s: atoms %d and %d, %.6g Angstrom; pairs %s: %lld.", word,
-                      SelectedAtom(pairs.Places[0]).AtomIndex + 1, SelectedAtom(pairs.Places[1]).AtomIndex + 1,
+                      SelectedAtomNumber(pairs.Places[0]), SelectedAtomNumber(pairs.Places[1]),
                       pairs.Distance / BohrsPerAngstrom, condition, pairs.Count);
         LogAppend(line);
     }
@@ -113,7 +113,7 @@ void CautionAboutDistances() {
 
 // The row of the NMR atom at a place of the list; -1 if it is none, or has no values.
 static int NMRRowOf(int place) {
-    const int number = Run.QuantumSelection.SelectedAtomList[place];
+    const int number = SelectedAtomNumber(place);
     const int* end = Run.NMRAtomList + Run.NMRAtomCount;
     const int* found = HasOrbitals(place) ? std::find(static_cast<const int*>(Run.NMRAtomList), end, number) : end;
     return found == end ? -1 : static_cast<int>(found - Run.NMRAtomList);
@@ -149,7 +149,7 @@ static void CautionAboutValues(const char* quantity, bool (*isFinite)(int row, i
         const int row = NMRRowOf(place);
         if (row >= 0 && !isFinite(row, place) && ++count <= LargestValueLines) {
             std::snprintf(line, sizeof line, "CAUTION: value not finite: %s of atom %d.", quantity,
-                          SelectedAtom(place).AtomIndex + 1);
+                          SelectedAtomNumber(place));
             LogAppend(line);
         }
         PollMessages(Run.NMRAtomCount);
