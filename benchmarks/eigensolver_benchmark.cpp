@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The eigensolver beside the divide and conquer solver of a LAPACK, both in one thread on the same random matrix. The
 // counter "ratio" is our time over theirs.
-#include "wavefunction/eigensolver.h"
+#include "numerics/eigensolver.h"
 
 #include <benchmark/benchmark.h>
 
@@ -71,15 +71,8 @@ static void Eigensolver(benchmark::State& state) {
     }
 }
 
-BENCHMARK(Lapack)
-    ->Arg(10)
-    ->Arg(30)
-    ->Arg(60)
-    ->Arg(100)
-    ->Arg(300)
-    ->Arg(924)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(Lapack)->Arg(10)->Arg(30)->Arg(60)->Arg(100)->Arg(300)->Arg(924)->UseManualTime()->Unit(
+    benchmark::kMillisecond);
 BENCHMARK(Eigensolver)
     ->Arg(10)
     ->Arg(30)

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Whole parameter runs of the program: processor time of the process (user and system) and the largest memory that it
 // held. "field" has the coupling of one NMR atom, so that integrals and self-consistent field are nearly all of it;
-// "coupling" has several atoms, and its counter ms_per_atom is what each further one adds; "shielding" has shielding only,
-// terms 1 to 4, or all ten with tensors.
+// "coupling" has several atoms, and its counter ms_per_atom is what each further one adds; "shielding" has shielding
+// only, terms 1 to 4, or all ten with tensors.
 #include "benchmarks/molecule_input.h"
 
 #include <benchmark/benchmark.h>
@@ -45,8 +45,8 @@ static int CountIterations() {
 
 static void MeasureRun(benchmark::State& state, const std::string& name, int method, int nmrAtoms, bool withLog) {
     const Molecule molecule = ReadMolecule(name);
-    const int count = WriteParameterInput(WorkFolder, molecule, nmrAtoms,
-                                          "SemiEmpiricalMethod = " + std::to_string(method) + "\n");
+    const int count =
+        WriteParameterInput(WorkFolder, molecule, nmrAtoms, "SemiEmpiricalMethod = " + std::to_string(method) + "\n");
     state.counters["field_iterations"] = CountIterations();
     ProgramCost cost = {};
     double shortest = 1e9;
@@ -71,7 +71,8 @@ static void MeasureShielding(benchmark::State& state, const std::string& name, b
     const std::string all = allTerms ? "yes\n" : "no\n";
     WriteParameterInput(WorkFolder, molecule, INT_MAX,
                         "SemiEmpiricalMethod = 2\nCalculateShielding = yes\nCalculateCoupling = no\n"
-                        "ComputeThreeCenterTerms = " + all + "CalculateShieldTensor = " + all);
+                        "ComputeThreeCenterTerms = " +
+                            all + "CalculateShieldTensor = " + all);
     state.counters["field_iterations"] = CountIterations();
     ProgramCost cost = {};
     for (auto _ : state) {

@@ -6,14 +6,14 @@
 #include "files/atom_selection.h"
 #include "files/parameter_files.h"
 #include "files/run_input.h"
+#include "ground/run_state.h"
 #include "integrals/gamma_matrix.h"
 #include "nmr/contact_coupling.h"
 #include "nmr/first_order_orbitals.h"
-#include "shell/run_state.h"
+#include "numerics/eigensolver.h"
 #include "wavefunction/core_hamiltonian.h"
 #include "wavefunction/density_matrix.h"
 #include "wavefunction/dipole.h"
-#include "wavefunction/eigensolver.h"
 #include "wavefunction/fock_extrapolation.h"
 #include "wavefunction/fock_matrix.h"
 #include "wavefunction/orbital_tables.h"
@@ -32,13 +32,11 @@
 static constexpr double FockNoise = 1e-3;  // Hartree; keeps the matrices of an extrapolation apart
 
 static std::string WorkFolder;
-static std::string LoadedCase;        // molecule and state that are in Run
+static std::string LoadedCase;  // molecule and state that are in Run
 static FockExtrapolation Extrapolation;
 
 // What a step may spoil, as it was when the state was loaded.
-static struct {
-    std::vector<double> Fock, HalfDensity, TotalDensity, PreviousDensity, Orbitals, Energies;
-} Saved;
+static struct { std::vector<double> Fock, HalfDensity, TotalDensity, PreviousDensity, Orbitals, Energies; } Saved;
 
 static std::size_t SquareSize() {
     return static_cast<std::size_t>(Run.OrbitalCount) * static_cast<std::size_t>(Run.OrbitalCount);
@@ -112,8 +110,7 @@ static void Load(const std::string& name, bool converged) {
     Extrapolation.ResetHistory = true;
 }
 
-static void Nothing() {
-}
+static void Nothing() {}
 
 // The Fock matrix with symmetric noise, as if it came from another iteration each time.
 static void DisturbFock() {
@@ -154,7 +151,8 @@ static const Step Steps[] = {
     {"pseudo", false, Nothing, [] { PseudoDiagonalise(); }},
     {"extrapolation", false, DisturbFock, [] { ExtrapolateFock(Extrapolation); }},
     {"wavefunction", true, StartWavefunction, [] { SolveWavefunction(); }},
-    {"response_orbitals", true, Nothing, [] { SolveFirstOrderOrbitals(::Run.FockMatrix, Symmetric, ::Run.SecondScratch); }},
+    {"response_orbitals", true, Nothing,
+     [] { SolveFirstOrderOrbitals(::Run.FockMatrix, Symmetric, ::Run.SecondScratch); }},
     {"response_density", true, [] { SolveFirstOrderOrbitals(::Run.FockMatrix, Symmetric, ::Run.SecondScratch); },
      [] { BuildFirstOrderDensity(::Run.SecondScratch, 1.0, Symmetric, ::Run.FirstScratch); }},
     {"response", true, Nothing, [] { ComputeCouplingResponses(); }},

@@ -11,7 +11,7 @@ program=$1
 mkdir "$2"
 cd "$2"
 cp -r "$tests/../parameters" parameters
-cp -r "$tests/reference_runs/wavefunction/params" reference_parameters
+cp -r "$tests/reference/wavefunction/params" reference_parameters
 
 # Runs every folder below $1 as a run of kind $2 with the parameter files of $3, if it has none of its own, and with the
 # line $4 in front of its input, if any.
@@ -34,9 +34,9 @@ run_group() {
         fi
     done
 }
-run_group runs 2 parameters ""
-run_group regression_runs 2 parameters ""
-run_group parameter_runs 1 parameters ""
-run_group reference_runs/spectrum/cases 2 reference_parameters ""
-run_group reference_runs/wavefunction/cases 1 reference_parameters "LogPrintLevel = 4"
-run_group reference_runs/parameter/cases 1 reference_parameters "LogPrintLevel = 4"
+run_group cases/spectrum 2 parameters ""
+run_group cases/regression 2 parameters ""
+run_group cases/parameter 1 parameters ""
+run_group reference/spectrum/cases 2 reference_parameters ""
+run_group reference/wavefunction/cases 1 reference_parameters "LogPrintLevel = 4"
+run_group reference/parameter/cases 1 reference_parameters "LogPrintLevel = 4"

@@ -17,7 +17,7 @@ mkdir -p "$top"
 # Both choices that the program makes, made by its own functions.
 cat >"$top/kernel_names.cpp" <<'END'
 #include "nmr/three_centre_kernels.h"
-#include "wavefunction/dense_kernels.h"
+#include "numerics/dense_kernels.h"
 
 #include <cstdio>
 

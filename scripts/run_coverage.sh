@@ -17,6 +17,6 @@ find "$build" -name '*.gcda' -delete
 ctest --test-dir "$build" -j "$(nproc)" --output-on-failure
 
 # Code of other platforms isn't compiled here, and the generated tables hold no code.
-gcovr --root . "$build" --filter '(shell|files|spectrum|wavefunction|integrals|nmr)/' --exclude-throw-branches \
+gcovr --root . "$build" --filter core/ --exclude-throw-branches \
     --exclude-unreachable-branches --json "$build/coverage.json"
 python3 tests/coverage/coverage_report.py "$build/coverage.json" tests/coverage/explanations.txt docs/coverage.md

@@ -47,7 +47,7 @@ done
 # Left out: stops within a time that a processor of a thirtieth of the speed can't keep; failing allocations, whose
 # library takes the place of the allocator that Valgrind has to see; the list of vector kernels, of which Valgrind hides
 # some; and an array of gigabytes that is asked for in vain, whose marks take Valgrind longer than the test waits.
-step end_to_end_tests "$build/tests/velkoran_end_to_end_tests" --gtest_brief=1 \
+step program_tests "$build/tests/velkoran_program_tests" --gtest_brief=1 \
     --gtest_filter='-*Stop*:AllocationFailure*:CommandLineVersion.TellsHowItWasBuilt:*group_count_largest*'
 step examples sh scripts/run_all_examples.sh "$build/velkoran" "$PWD/parameters" "$PWD/examples" "$build/examples"
 

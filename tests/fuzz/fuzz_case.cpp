@@ -2,10 +2,10 @@
 // Runs the cases of the fuzz targets, and keeps the book of their streams.
 #include "tests/fuzz/fuzz_case.h"
 
-#include "shell/memory.h"
-#include "shell/platform.h"
-#include "shell/recovery_frame.h"
-#include "shell/run_state.h"
+#include "ground/memory.h"
+#include "ground/platform.h"
+#include "ground/recovery_frame.h"
+#include "ground/run_state.h"
 
 #include <algorithm>
 #include <csetjmp>
@@ -175,8 +175,8 @@ void StartRun(int kind) {
 
 // What hangs on the process and not on the run, and the messages that nobody has taken.
 static void FreeProcessData() {
-    for (char** field : {&Run.ParameterField, &Run.WorkField, &Run.LogFilePath, &Run.ParameterDirectory,
-                         &Run.WorkDirectory}) {
+    for (char** field :
+         {&Run.ParameterField, &Run.WorkField, &Run.LogFilePath, &Run.ParameterDirectory, &Run.WorkDirectory}) {
         FreeArray(*field);
     }
     FreeArray(Run.AtomTypeNames);

@@ -2,9 +2,9 @@
 // Makes whole runs as fuzz cases.
 #include "tests/fuzz/fuzz_run.h"
 
-#include "shell/platform.h"
+#include "ground/platform.h"
+#include "ground/run_state.h"
 #include "shell/process_entry.h"
-#include "shell/run_state.h"
 #include "tests/fuzz/fuzz_case.h"
 
 #include <cstdio>

@@ -4,7 +4,7 @@
 #include "files/atom_selection.h"
 #include "files/parameter_files.h"
 #include "files/parameter_input.h"
-#include "shell/run_state.h"
+#include "ground/run_state.h"
 #include "tests/fuzz/fuzz_case.h"
 #include "wavefunction/prepare_system.h"
 

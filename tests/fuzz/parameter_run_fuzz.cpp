@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Fuzz target: a whole parameter run on the bytes as nmrparam.in. Behind form feeds the three parameter files may
 // follow; fixed ones stand for those that are missing. Molecules of few atoms are calculated, with few iterations.
-#include "shell/run_state.h"
+#include "ground/run_state.h"
 #include "tests/fuzz/fuzz_case.h"
 #include "tests/fuzz/fuzz_run.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Fuzz target: reads the bytes as nmrspect.in, and tests what the reader promises about a spin system.
 #include "files/spectrum_input.h"
-#include "shell/run_state.h"
-#include "spectrum/factorial.h"
+#include "ground/run_state.h"
+#include "numerics/factorial.h"
 #include "spectrum/spin_system.h"
 #include "tests/fuzz/fuzz_case.h"
 

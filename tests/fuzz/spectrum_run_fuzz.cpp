@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Fuzz target: a whole spectrum run on the bytes as nmrspect.in. Systems are simulated that are small, or so large that
 // they must be refused at once.
-#include "shell/run_state.h"
+#include "ground/run_state.h"
 #include "tests/fuzz/fuzz_case.h"
 #include "tests/fuzz/fuzz_run.h"
 
-static constexpr double MostStates = 2500;       // of a system that is simulated
+static constexpr double MostStates = 2500;        // of a system that is simulated
 static constexpr double ManyProductStates = 1e8;  // more than the exact simulation takes
 static constexpr double ManyStates = 1e13;        // more than any memory holds
 

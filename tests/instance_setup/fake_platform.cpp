@@ -2,10 +2,10 @@
 // The platform for tests.
 #include "tests/instance_setup/fake_platform.h"
 
-#include "shell/message_catalogue.h"
-#include "shell/platform.h"
+#include "ground/message_catalogue.h"
+#include "ground/platform.h"
+#include "ground/run_state.h"
 #include "shell/process_entry.h"
-#include "shell/run_state.h"
 
 struct PlatformWindow {
     bool Alive;

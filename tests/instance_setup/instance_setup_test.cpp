@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Tests of the instance set-up and of the window procedure on a platform that writes down what it is asked for.
-#include "shell/memory.h"
-#include "shell/platform.h"
+#include "ground/memory.h"
+#include "ground/platform.h"
+#include "ground/run_state.h"
 #include "shell/process_entry.h"
-#include "shell/run_state.h"
 #include "tests/instance_setup/fake_platform.h"
 
 #include <algorithm>
@@ -21,7 +21,7 @@ static void StartAfresh() {
 }
 
 class InstanceSetup : public testing::Test {
-  protected:
+protected:
     void SetUp() override { StartAfresh(); }
     void TearDown() override { StartAfresh(); }
 };
@@ -39,12 +39,23 @@ static void RunProcess() {
 TEST_F(InstanceSetup, AsksThePlatformInOrder) {
     Fake.Messages = {QuitMessage};
     EXPECT_EQ(ProcessEntry("p w 2 l"), 0);
-    const std::vector<std::string> expected = {
-        "StartSockets 257", "ReadRegistryWord \"\" UseSockets", "RegisterWindowClass braisag", "RegisterFormat Packet",
-        "CreateMainWindow braisag Velkoran", "GetWindowMenu", "DeleteMenuEntry 8", "DeleteMenuEntry 7",
-        "DeleteMenuEntry 5", "DeleteMenuEntry 4", "DeleteMenuEntry 3", "DeleteMenuEntry 2", "DeleteMenuEntry 0",
-        "AppendMenuSeparator", "AppendMenuEntry 100 About Velkoran...", "ShowWindowMinimised",
-        "PostWindowMessage 1024"};
+    const std::vector<std::string> expected = {"StartSockets 257",
+                                               "ReadRegistryWord \"\" UseSockets",
+                                               "RegisterWindowClass braisag",
+                                               "RegisterFormat Packet",
+                                               "CreateMainWindow braisag Velkoran",
+                                               "GetWindowMenu",
+                                               "DeleteMenuEntry 8",
+                                               "DeleteMenuEntry 7",
+                                               "DeleteMenuEntry 5",
+                                               "DeleteMenuEntry 4",
+                                               "DeleteMenuEntry 3",
+                                               "DeleteMenuEntry 2",
+                                               "DeleteMenuEntry 0",
+                                               "AppendMenuSeparator",
+                                               "AppendMenuEntry 100 About Velkoran...",
+                                               "ShowWindowMinimised",
+                                               "PostWindowMessage 1024"};
     EXPECT_EQ(Fake.Calls, expected);
     EXPECT_STREQ(::Run.ParameterField, "p");
     EXPECT_STREQ(::Run.WorkField, "w");

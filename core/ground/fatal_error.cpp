@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+// Shows warnings and fatal errors, and starts the unwinding of a run.
+#include "ground/fatal_error.h"
+
+#include "ground/log.h"
+#include "ground/output_file.h"
+#include "ground/platform.h"
+#include "ground/printable_text.h"
+#include "ground/recovery_frame.h"
+#include "ground/run_state.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+static constexpr int TextLimit = 256;      // characters loaded of a catalogue text
+static constexpr int ExpandedLimit = 400;  // characters of a filled message
+
+void WriteFatalFile(const char* text) {
+    EndWithOutput("ERRMSG: ", text, "\n");
+}
+
+void ShowMessage(bool isFatal, const char* text) {
+    if (Run.ConsoleMode) {  // set-up has no output file yet, also not for a fatal message
+        PutPrintable(stdout, text);
+        std::fputc('\n', stdout);
+        std::fflush(stdout);
+        return;
+    }
+    if (isFatal) {
+        WriteFatalFile(text);
+    }
+    LogAppend(text);
+}
+
+void ReportWarning(int id, const MessageArgument* arguments) {
+    ReleaseMouseCapture();
+    char text[ExpandedLimit];
+    ExpandCatalogueText(id, arguments, TextLimit, text, ExpandedLimit);
+    ShowMessage(false, text);
+}
+
+// The report proper, under a guard: an error raised within it resumes here and ends the report.
+static void ReportUnderGuard(int id, const MessageArgument* arguments) {
+    RecoveryFrame guard = {};
+    RecoveryFrame* const top = Run.ErrorFrameTop;
+    PushRecoveryFrame(guard);
+    Run.ErrorFrameTop = top;  // the guard isn't part of the chain
+    Run.FatalGuardFrame = &guard;
+    if (!SAVE_CONTEXT(guard)) {
+        ReleaseMouseCapture();
+        Run.LastErrorCode = id;
+        if (Run.ReportFatalFlag) {
+            char text[ExpandedLimit];
+            ExpandCatalogueText(id, arguments, TextLimit, text, ExpandedLimit);
+            ShowMessage(true, text);
+        } else {
+            Run.ReportFatalFlag = 1;
+        }
+    }
+    Run.FatalGuardFrame = nullptr;
+}
+
+void ReportFatalError(int id, const MessageArgument* arguments) {
+    if (Run.FatalGuardFrame == nullptr) {
+        ReportUnderGuard(id, arguments);
+    }
+    RaiseError();
+    std::_Exit(3);  // a fatal error is raised at the depth of its frame, and so RaiseError doesn't come back
+}

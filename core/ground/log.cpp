@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+// Writes the log, line by line.
+#include "ground/log.h"
+
+#include "ground/output_file.h"
+#include "ground/platform.h"
+#include "ground/printable_text.h"
+#include "ground/run_state.h"
+
+#include <cstdio>
+
+static constexpr int TextLimit = 400;      // characters loaded of a catalogue text
+static constexpr int ExpandedLimit = 800;  // characters of a filled line
+
+void LogAppend(const char* text) {
+    if (!Run.LogEnabled) {
+        return;
+    }
+    std::FILE* file = OpenFile(Run.LogFilePath, "a");
+    if (file == nullptr) {
+        // On purpose without the "ERRMSG: " of other failures and without a newline: front ends know the text as it is.
+        EndWithOutput("", "Velkoran cannot open the log file.", "");
+    }
+    PutPrintable(file, text);
+    std::fputc('\n', file);
+    std::fclose(file);
+}
+
+void LogCatalogueText(int id, const MessageArgument* arguments) {
+    if (!Run.LogEnabled) {
+        return;
+    }
+    char line[ExpandedLimit];
+    ExpandCatalogueText(id, arguments, TextLimit, line, ExpandedLimit);
+    LogAppend(line);
+}

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+// Looks at the message queue from within the readers and the numeric loops.
+#include "ground/message_poll.h"
+
+#include "ground/fatal_error.h"
+#include "ground/platform.h"
+#include "ground/recovery_frame.h"
+#include "ground/run_state.h"
+
+static constexpr int ReadingUnits = 4096;  // between two looks of a reader
+
+void PollMessages(int units) {
+    if ((Run.PollCounter >> Run.PollShift) != 0) {
+        YieldMessages();
+        Run.PollCounter = 0;
+    }
+    Run.PollCounter += units;
+}
+
+// False if there is no message.
+static bool LookAtMessage() {
+    PlatformMessage message;
+    if (!TakeMessage(&message)) {
+        DeliverPendingRaise();  // taking a message can run the window procedure
+        return false;
+    }
+    if (message.Id == QuitMessage) {
+        Run.QuitRequested = 1;
+        Run.ReportFatalFlag = 0;
+        FatalError(24834);  // on purpose an id without text: the stop of a run is silent
+    }
+    DispatchPlatformMessage(&message);
+    DeliverPendingRaise();
+    return true;
+}
+
+void YieldMessages() {
+    LookAtMessage();
+}
+
+void PollReading(int units) {
+    if (Run.PollCounter >= ReadingUnits) {
+        YieldMessages();
+        Run.PollCounter = 0;
+    }
+    Run.PollCounter += units;
+}
+
+void YieldAllMessages() {
+    while (LookAtMessage()) {
+    }
+}

@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: MIT
+// Iterates the contact response of each NMR atom, and converts responses to coupling constants.
+#include "nmr/contact_coupling.h"
+
+#include "files/parameter_files.h"
+#include "ground/log.h"
+#include "ground/message_poll.h"
+#include "molecule/selected_atoms.h"
+#include "nmr/first_order_orbitals.h"
+#include "wavefunction/density_extrapolation.h"
+#include "wavefunction/run_cautions.h"
+
+#include <algorithm>
+#include <limits>
+
+static constexpr double LimitFactor = 1e-5;          // of SCFConvergenceLimit
+static constexpr double ExtrapolationFactor = 10.0;  // of the limit
+static constexpr double Unlimited = std::numeric_limits<double>::infinity();
+static constexpr double Third = 0.3333333333333;  // on purpose thirteen threes, not the nearest double
+static constexpr double TwentyFifth = 0.04;
+
+// Stored values in the system's cgs convention, with alpha the fine-structure constant.
+static constexpr double ContactFactor = 1.2438805210547523e-8;       // (2 pi alpha^2 / 3)^2
+static constexpr double InverseVolumeFactor = 5.069040731147547e29;  // 4 / (alpha^2 a0^3), a0 in cm
+static constexpr double MagnetonFactor = 3.850008004857603e-21;      // nuclear magneton squared over Planck's constant
+
+// 0-based number of the s orbital of an atom, -1 if it is not in the selection or has none.
+static long long FirstOrbitalOf(int atomNumber) {
+    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+        if (Run.QuantumSelection.SelectedAtomList[place] == atomNumber && SelectedAtom(place).AtomicNumber >= 1) {
+            return Run.OrbitalRanges[place].First - 1;
+        }
+    }
+    return -1;
+}
+
+// One-centre exchange of TNDO/2 on the s and p orbitals of an atom, s at (0, 0) of both blocks.
+static void SubtractExchangeOfAtom(double* fock, const double* p, double g, double f) {
+    const long long n = Run.OrbitalCount;
+    const auto density = [&](int row, int column) { return p[row * n + column]; };
+    const auto element = [&](int row, int column) -> double& { return fock[row * n + column]; };
+    element(0, 0) -= g * (density(1, 1) + density(2, 2) + density(3, 3));
+    for (int x = 1; x <= 3; ++x) {
+        element(0, x) -= g * density(0, x);
+        element(x, 0) -= g * density(x, 0);
+        for (int y = 1; y <= 3; ++y) {
+            if (y != x) {
+                element(x, y) -= f * density(x, y);
+            }
+        }
+        const int y = x % 3 + 1;
+        const int z = y % 3 + 1;
+        element(x, x) -= f * (3.0 * (density(y, y) + density(z, z)) + 4.0 * density(x, x)) + g * density(0, 0);
+    }
+}
+
+static void SubtractOneCentreExchange(double* fock, const double* density) {
+    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+        const AtomRecord& atom = SelectedAtom(place);
+        if (atom.AtomicNumber >= 3) {
+            const AtomTypeParameters& parameters = Run.ActiveParameters[atom.AtomType];
+            const long long start = (Run.OrbitalRanges[place].First - 1) * (Run.OrbitalCount + 1LL);
+            SubtractExchangeOfAtom(fock + start, density + start, parameters.SlaterCondonG1 * Third,
+                                   parameters.SlaterCondonF2 * TwentyFifth);
+        }
+        PollMessages(100);
+    }
+}
+
+// The perturbation, 1 Hartree on the s orbital, and from iteration 1 on the exchange field of the density. There is no
+// Coulomb term: the densities of the two spins are opposite.
+static void BuildContactFock(int iteration, long long orbital, const double* density, double* fock) {
+    const long long n = Run.OrbitalCount;
+    if (iteration < 1) {
+        std::fill(fock, fock + n * n, 0.0);
+    } else {
+        for (long long k = 0; k < n; ++k) {
+            for (long long l = 0; l < n; ++l) {
+                fock[k * n + l] = -density[k * n + l] * Run.GammaMatrix[k * n + l];
+            }
+            PollMessages(Run.OrbitalCount);
+        }
+        if (Run.SemiEmpiricalMethod == 2) {
+            SubtractOneCentreExchange(fock, density);
+        }
+    }
+    if (orbital >= 0) {
+        fock[orbital * (n + 1)] += 1.0;
+    }
+}
+
+// The response of both spins on the s orbitals of the other atoms.
+static void StoreContactResponse(int atomNumber, const double* density, double* response) {
+    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+        double value = 0.0;
+        if (SelectedAtom(place).AtomicNumber >= 1 && Run.QuantumSelection.SelectedAtomList[place] != atomNumber) {
+            value = density[(Run.OrbitalRanges[place].First - 1) * (Run.OrbitalCount + 1LL)];
+        }
+        response[place] = value + value;
+    }
+}
+
+// Iterates the response of one atom. A limit that isn't reached is no error: the last density
+// stands, and the log says so.
+static void IterateResponse(int atomNumber, double* change) {
+    double* fock = Run.FirstScratch;
+    double* u = Run.SecondScratch;
+    double* density = Run.FockMatrix;
+    const double limit = static_cast<double>(Run.SCFConvergenceLimit) * LimitFactor;
+    const long long orbital = FirstOrbitalOf(atomNumber);
+    for (int iteration = 0; iteration < Run.SCFIterationLimit; ++iteration) {
+        BuildContactFock(iteration, orbital, density, fock);
+        SolveFirstOrderOrbitals(fock, Symmetric, u);
+        BuildFirstOrderDensity(u, 1.0, Symmetric, density);  // of one spin
+        if (*change > ExtrapolationFactor * limit) {
+            ExtrapolateMatrix(density, iteration, -Unlimited, Unlimited, *change);
+        }
+        *change = MeasureDensityChange(density, Run.HalfDensity, iteration);
+        if (iteration > 0) {
+            LogProgress(4145, atomNumber, iteration, *change);
+        }
+        if (*change <= limit && iteration > 1) {
+            return;
+        }
+    }
+    if (orbital >= 0) {  // without the perturbation the response is 0
+        CautionAboutContactResponse(atomNumber, *change, limit);
+    }
+}
+
+void ComputeCouplingResponses() {
+    const long long n = Run.OrbitalCount;
+    PrepareFirstOrderOrbitals();
+    std::fill(Run.FockMatrix, Run.FockMatrix + n * n, 0.0);  // no iteration at all leaves no response
+    double change = 99.9;
+    for (int g = 0; g < Run.NMRAtomCount; ++g) {
+        IterateResponse(Run.NMRAtomList[g], &change);
+        StoreContactResponse(Run.NMRAtomList[g], Run.FockMatrix,
+                             Run.CouplingMatrix + static_cast<long long>(g) * Run.SelectedAtomCount);
+    }
+}
+
+void ConvertCouplingConstants(double* reduced) {
+    for (long long g = 0; g < Run.NMRAtomCount; ++g) {
+        const AtomRecord& atomA = Run.AtomRecords[Run.NMRAtomList[g] - 1];
+        const NuclearConstants& a = Run.CouplingConstants[atomA.AtomType];
+        for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+            const AtomRecord& atomB = SelectedAtom(place);
+            const NuclearConstants& b = Run.CouplingConstants[atomB.AtomType];
+            double& response = Run.CouplingMatrix[g * Run.SelectedAtomCount + place];
+            double& k = reduced[g * Run.SelectedAtomCount + place];
+            k = 0.0;
+            if (atomA.AtomicNumber >= 1 && atomB.AtomicNumber >= 1) {
+                k = response * ContactFactor * a.SDensity * b.SDensity * InverseVolumeFactor;
+                response = (a.GFactor * b.GFactor) * k * MagnetonFactor;
+            }
+        }
+    }
+}

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+// Lists the coupling constants.
+#include "nmr/coupling_table.h"
+
+#include "files/parameter_files.h"
+#include "ground/log.h"
+#include "ground/message_poll.h"
+#include "molecule/element_tables.h"
+#include "molecule/selected_atoms.h"
+
+static const char* LabelOf(const AtomRecord& atom) {
+    return atom.AtomicNumber <= LastElementCode ? ElementLabel[atom.AtomicNumber - 1] : ElementNames[atom.AtomicNumber];
+}
+
+static void ListPair(const AtomRecord& atomA, const AtomRecord& atomB, double k, double j) {
+    const NuclearConstants& a = Run.CouplingConstants[atomA.AtomType];
+    const NuclearConstants& b = Run.CouplingConstants[atomB.AtomType];
+    LogMessage(8517, atomA.AtomIndex + 1, LabelOf(atomA), atomB.AtomIndex + 1, LabelOf(atomB), a.GFactor, b.GFactor,
+               a.SDensity, b.SDensity, k, j);
+}
+
+void ListCouplingConstants(const double* reduced) {
+    LogMessage(8503);
+    LogMessage(8504);
+    LogMessage(8505);
+    LogMessage(8512);
+    LogMessage(8513);
+    for (long long g = 0; g < Run.NMRAtomCount; ++g) {
+        const AtomRecord& atomA = Run.AtomRecords[Run.NMRAtomList[g] - 1];
+        for (int place = 0; atomA.AtomicNumber >= 1 && place < Run.SelectedAtomCount; ++place) {
+            const AtomRecord& atomB = SelectedAtom(place);
+            if (atomB.AtomicNumber >= 1 && atomB.AtomIndex != atomA.AtomIndex) {
+                const long long entry = g * Run.SelectedAtomCount + place;
+                ListPair(atomA, atomB, reduced[entry], Run.CouplingMatrix[entry]);
+                PollMessages(ListedLineUnits);
+            }
+        }
+    }
+    LogMessage(8552);  // on purpose an id without text: an empty line
+    LogMessage(8512);
+}

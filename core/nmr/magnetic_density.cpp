@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: MIT
+// Iterates the coupled first-order equation for each direction of the field.
+#include "nmr/magnetic_density.h"
+
+#include "files/parameter_files.h"
+#include "ground/log.h"
+#include "ground/message_poll.h"
+#include "molecule/selected_atoms.h"
+#include "nmr/first_order_orbitals.h"
+#include "numerics/elementary_functions.h"
+#include "wavefunction/atom_block.h"
+#include "wavefunction/run_cautions.h"
+
+#include <algorithm>
+#include <cmath>
+
+static constexpr double LimitFactor = 1e-7;              // of SCFConvergenceLimit
+static constexpr double FieldComponent = 0.57735027;     // eight digits on purpose: the constants of the terms fit it
+static constexpr double HalfFineStructure = 0.00364865;  // half of the fine-structure constant, as stored
+static constexpr double RootThree = 1.7320508;
+static constexpr double Third = 0.3333333333;  // on purpose ten threes
+
+// Positions of the orbitals of an atom.
+enum { S, X, Y, Z, DZ2, DXZ, DYZ, DX2, DXY };
+
+// Angular momentum about the atom's own centre; h is the field in atomic units times HalfFineStructure.
+static void FillOneCentreBlock(const AtomBlock& block, int orbitals, const double* h) {
+    if (orbitals > 1) {
+        block.SetAntisymmetric(Y, X, h[2]);
+        block.SetAntisymmetric(Z, X, -h[1]);
+        block.SetAntisymmetric(Z, Y, h[0]);
+    }
+    if (orbitals > 4) {
+        block.SetAntisymmetric(DXZ, DZ2, RootThree * h[1]);
+        block.SetAntisymmetric(DYZ, DZ2, -RootThree * h[0]);
+        block.SetAntisymmetric(DYZ, DXZ, h[2]);
+        block.SetAntisymmetric(DX2, DXZ, h[1]);
+        block.SetAntisymmetric(DXY, DXZ, -h[0]);
+        block.SetAntisymmetric(DX2, DYZ, h[0]);
+        block.SetAntisymmetric(DXY, DYZ, h[1]);
+        block.SetAntisymmetric(DXY, DX2, 2.0 * h[2]);
+    }
+}
+
+// The sine is that of the whole phase, on purpose: it isn't linearised, though a field of 1 is no small one for a
+// molecule of some size, and so the matrix depends weakly on where the molecule lies.
+static double SineOfPhase(const double* a, const double* b, const double* h) {
+    const double phase =
+        h[0] * (a[1] * b[2] - a[2] * b[1]) + h[1] * (a[2] * b[0] - a[0] * b[2]) + h[2] * (a[0] * b[1] - a[1] * b[0]);
+    return std::isfinite(phase) ? Sine(phase) : 0.0;
+}
+
+static void FillPairBlock(const OrbitalRange& a, const OrbitalRange& b, double sine, double* hamiltonian) {
+    const long long n = Run.OrbitalCount;
+    for (long long mu = a.First - 1; mu < a.Last; ++mu) {
+        for (long long nu = b.First - 1; nu < b.Last; ++nu) {
+            hamiltonian[mu * n + nu] = sine * Run.CoreHamiltonian[mu * n + nu];
+            hamiltonian[nu * n + mu] = -hamiltonian[mu * n + nu];
+        }
+    }
+}
+
+static void BuildMagneticHamiltonian(const double* field, double* hamiltonian) {
+    const long long n = Run.OrbitalCount;
+    const double scale = Run.FinitePerturbation * HalfFineStructure;
+    const double h[3] = {scale * field[0], scale * field[1], scale * field[2]};
+    std::fill(hamiltonian, hamiltonian + n * n, 0.0);
+    for (int a = 0; a < Run.SelectedAtomCount; ++a) {
+        const OrbitalRange& range = Run.OrbitalRanges[a];
+        FillOneCentreBlock(BlockOf(hamiltonian, range), range.Last - range.First + 1, h);
+        for (int b = 0; b < a; ++b) {
+            FillPairBlock(range, Run.OrbitalRanges[b], SineOfPhase(SelectedPosition(a), SelectedPosition(b), h),
+                          hamiltonian);
+        }
+        PollMessages(Run.OrbitalCount);
+    }
+}
+
+// One-centre exchange: in TNDO/1 the whole block through gamma, in TNDO/2 the s and p orbitals through the
+// Slater-Condon constants.
+static void ReplaceOneCentreExchange(int place, const double* hamiltonian, const double* density, double* fock) {
+    const OrbitalRange& range = Run.OrbitalRanges[place];
+    const int orbitals = range.Last - range.First + 1;
+    if (orbitals < 1) {
+        return;  // a lone pair
+    }
+    const long long n = Run.OrbitalCount;
+    const long long start = (range.First - 1) * (n + 1);
+    const AtomTypeParameters& parameters = Run.ActiveParameters[SelectedAtom(place).AtomType];
+    const double g = Run.GammaMatrix[start];
+    const double sp = g - parameters.SlaterCondonG1 * Third;
+    const double pp = g - parameters.SlaterCondonF2 * 0.2;
+    for (int mu = 0; mu < orbitals; ++mu) {
+        for (int nu = 0; nu < orbitals; ++nu) {
+            const long long at = start + mu * n + nu;
+            double weight = Run.GammaMatrix[at];
+            if (Run.SemiEmpiricalMethod == 2) {
+                weight = mu > Z || nu > Z ? 0.0 : mu == S || nu == S ? sp : pp;
+            }
+            fock[at] = hamiltonian[at] + (mu != nu && orbitals > 1 ? 0.5 * weight * density[at] : 0.0);
+        }
+    }
+    PollMessages(orbitals * orbitals);
+}
+
+static void BuildMagneticFock(int iteration, const double* hamiltonian, const double* density, double* fock) {
+    const long long n = Run.OrbitalCount;
+    if (iteration == 0) {
+        std::copy(hamiltonian, hamiltonian + n * n, fock);
+        return;
+    }
+    for (long long mu = 0; mu < n; ++mu) {
+        for (long long nu = 0; nu < n; ++nu) {
+            fock[mu * n + nu] = hamiltonian[mu * n + nu] + 0.5 * Run.GammaMatrix[mu * n + nu] * density[mu * n + nu];
+        }
+        PollMessages(Run.OrbitalCount);
+    }
+    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+        ReplaceOneCentreExchange(place, hamiltonian, density, fock);
+    }
+}
+
+// Iterates one direction; the stored density is the last iterate, converged or not.
+static void IterateDirection(int direction, double limit) {
+    static constexpr const char* Names[] = {"x", "y", "z"};
+    const long long n = Run.OrbitalCount;
+    double* hamiltonian = Run.FirstScratch;
+    double* fock = Run.SecondScratch;
+    double* u = Run.FockMatrix;
+    double* density = Run.HalfDensity;
+    double field[3] = {};
+    field[direction] = FieldComponent;
+    BuildMagneticHamiltonian(field, hamiltonian);
+    double change = 0.0;
+    for (int iteration = 0; iteration < Run.SCFIterationLimit; ++iteration) {
+        BuildMagneticFock(iteration, hamiltonian, density, fock);
+        SolveFirstOrderOrbitals(fock, Antisymmetric, u);
+        BuildFirstOrderDensity(u, 2.0, Antisymmetric, density);  // of both spins
+        change = MeasureDensityChange(density, Run.MagneticDensities[direction], iteration);
+        if (iteration > 0) {
+            LogProgress(4144, Names[direction], iteration, change);
+        }
+        if (change <= limit && iteration > 1) {
+            return;
+        }
+    }
+    const auto isZero = [](double element) { return element == 0.0; };
+    if (!std::all_of(hamiltonian, hamiltonian + n * n, isZero)) {  // without it the response is 0
+        CautionAboutMagneticResponse(Names[direction], change, limit);
+    }
+}
+
+void ComputeMagneticDensities() {
+    const long long n = Run.OrbitalCount;
+    const double limit = static_cast<double>(Run.SCFConvergenceLimit) * LimitFactor;
+    Run.FinitePerturbation = 1.0;  // whatever the input gave
+    PrepareFirstOrderOrbitals();
+    for (int direction = 0; direction < 3; ++direction) {
+        double* density = Run.MagneticDensities[direction];
+        std::fill(density, density + n * n, 0.0);
+        IterateDirection(direction, limit);
+    }
+}

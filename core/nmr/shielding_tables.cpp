@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+// Lists shielding constants and tensors.
+#include "nmr/shielding_tables.h"
+
+#include "ground/log.h"
+#include "molecule/element_tables.h"
+#include "molecule/selected_atoms.h"
+
+// The symbol of an atom; blanks for one without orbitals.
+static const char* LabelOf(const AtomRecord& atom) {
+    return atom.AtomicNumber >= 1 ? ElementLabel[atom.AtomicNumber - 1] : "  ";
+}
+
+static double Term(int number, int place) {
+    return Run.ShieldingTerms[number - 1][place];
+}
+
+static void ListDiamagneticLine(int place) {
+    const double sum =
+        Term(1, place) + Term(2, place) + Term(5, place) + Term(6, place) + Term(8, place) + Term(9, place);
+    LogMessage(8487, SelectedAtomNumber(place), LabelOf(SelectedAtom(place)), Term(1, place), Term(2, place),
+               Term(5, place), Term(6, place), Term(8, place), Term(9, place), sum);
+}
+
+static void ListParamagneticLine(int place) {
+    const double sum = Term(3, place) + Term(4, place) + Term(7, place) + Term(10, place);
+    LogMessage(8488, SelectedAtomNumber(place), LabelOf(SelectedAtom(place)), Term(3, place), Term(4, place),
+               Term(7, place), Term(10, place), sum, Run.ShieldingTotal[place]);
+}
+
+void ListShieldingTerms() {
+    LogMessage(8468);
+    LogMessage(8469);
+    LogMessage(8470);
+    LogMessage(8471);
+    LogMessage(8472);
+    LogMessage(8473);
+    LogMessage(8480);
+    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+        ListDiamagneticLine(place);
+    }
+    LogMessage(8481);
+    LogMessage(8482);
+    LogMessage(8467);
+    LogMessage(8483);
+    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+        ListParamagneticLine(place);
+    }
+    LogMessage(8552);  // on purpose an id without text: an empty line
+    LogMessage(8470);
+}
+
+static void ListTensor(int place) {
+    const double* tensor = Run.ShieldingTensor + 9LL * place;
+    const double* values = Run.TensorDiamagneticTwoCentre + 9LL * place;
+    char line[160];
+    FormatText(line, "  %3d(%.2s):     Isotropic = %15.4f      Anisotropy = %15.4f", SelectedAtomNumber(place),
+               LabelOf(SelectedAtom(place)), values[3], values[4]);
+    LogAppend(line);
+    LogMessage(8552);
+    for (int row = 0; row < 3; ++row) {
+        FormatText(line, "                           %15.4f  %15.4f  %15.4f", tensor[3 * row], tensor[3 * row + 1],
+                   tensor[3 * row + 2]);
+        LogAppend(line);
+    }
+    LogMessage(8552);
+    FormatText(line, "            Eigenvalues:   %15.4f  %15.4f  %15.4f", values[0], values[1], values[2]);
+    LogAppend(line);
+    LogMessage(8552);
+}
+
+void ListShieldingTensors() {
+    LogMessage(8552);
+    LogMessage(8470);
+    LogAppend("=============================    Electronic Shielding Tensor (PPM)   ===============================");
+    LogMessage(8470);
+    LogMessage(8552);
+    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+        ListTensor(place);
+    }
+    LogMessage(8552);
+    LogMessage(8470);
+}

@@ -1,0 +1,318 @@
+// SPDX-License-Identifier: MIT
+// Householder reduction of a symmetric matrix to tridiagonal form, and the way back for eigenvectors, in blocks.
+// Householder, J. ACM 5 (1958) 339; Dongarra, Hammarling, Sorensen, J. Comput. Appl. Math. 27 (1989) 215;
+// Schreiber, Van Loan, SIAM J. Sci. Stat. Comput. 10 (1989) 53.
+#include "numerics/dense_kernels.h"
+#include "numerics/eigensolver_work.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+static constexpr double SmallReflector = 1e-30;  // a reflector with a smaller h is left out
+static constexpr double SmallMatrix = 1e-4;      // a matrix with no larger number has a smaller limit in proportion
+static constexpr double WorkOfProduct = 2e6;     // multiplications of a symmetric product between two polls
+static constexpr std::size_t TileSize = ChunkLength * ChunkLength;
+static constexpr int InnerBlock = 128;  // inner indices of a product that stay in the first cache
+
+static double* TileRow(double* triangle, int g) {
+    return triangle + TileSize / 2 * static_cast<std::size_t>(g) * static_cast<std::size_t>(g + 1);
+}
+
+// The place of the tiled triangle: the memory of the vectors, which are not there yet, if it is large enough.
+static double* PlaceOfTriangle(double* vectors, int n) {
+    if (n <= SmallOrder) {
+        return SolverWork.SmallTiles;
+    }
+    const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(vectors);
+    return vectors + ((address + 63) / 64 * 64 - address) / sizeof(double);
+}
+
+// Copies the lower triangle into tiles of 8 x 8 numbers, those on the diagonal whole, padded with zeros; returns the
+// greatest absolute value.
+static double CopyTriangle(const double* matrix, int n, double* triangle) {
+    const std::size_t stride = static_cast<std::size_t>(n);
+    double greatest = 0.0;
+    for (int i = 0; i < (n + ChunkLength - 1) / ChunkLength * ChunkLength; ++i) {
+        const int g = i / ChunkLength;
+        double* row = TileRow(triangle, g) + i % ChunkLength * ChunkLength;
+        const double* source = matrix + static_cast<std::size_t>(i) * stride;
+        const int whole = i < n ? g : 0;
+        for (int chunk = 0; chunk < whole; ++chunk) {
+            for (int j = 0; j < ChunkLength; ++j) {
+                const double value = source[chunk * ChunkLength + j];
+                row[static_cast<std::size_t>(chunk) * TileSize + static_cast<std::size_t>(j)] = value;
+                greatest = std::max(greatest, std::fabs(value));
+            }
+        }
+        for (int chunk = whole; chunk <= g; ++chunk) {
+            for (int j = 0; j < ChunkLength; ++j) {
+                const int column = chunk * ChunkLength + j;
+                double value = 0.0;
+                if (i < n && column < n) {
+                    value = matrix[static_cast<std::size_t>(std::max(i, column)) * stride +
+                                   static_cast<std::size_t>(std::min(i, column))];
+                }
+                row[static_cast<std::size_t>(chunk) * TileSize + static_cast<std::size_t>(j)] = value;
+                greatest = std::max(greatest, std::fabs(value));
+            }
+        }
+        CountSolverWork(4.0 * n);  // memory rather than arithmetic
+    }
+    return greatest;
+}
+
+static double* ReflectorRow(int k) {
+    return SolverWork.Panel + static_cast<std::size_t>(2 * k) * SolverWork.PanelStride;
+}
+
+static double* PartnerRow(int k) {
+    return ReflectorRow(k) + SolverWork.PanelStride;
+}
+
+// Copies the columns from first to first + width - 1 of the triangle into the reflector rows of the panel.
+static void OpenPanel(double* triangle, int first, int width, int tileRows) {
+    for (int g = first / ChunkLength; g < tileRows; ++g) {
+        const double* tiles = TileRow(triangle, g);
+        for (int k = 0; k < width; ++k) {
+            const int chunk = (first + k) / ChunkLength;
+            double* target = ReflectorRow(k) + g * ChunkLength;
+            const double* source = tiles + static_cast<std::size_t>(chunk) * TileSize + (first + k) % ChunkLength;
+            for (int r = 0; r < ChunkLength && chunk <= g; ++r) {
+                target[r] = source[r * ChunkLength];
+            }
+        }
+    }
+}
+
+// product := A v for the part of the matrix from column from on, as the triangle holds it.
+static void MultiplyTriangle(const double* triangle, const double* v, double* product, int from, int tileRows) {
+    const DenseKernels& kernels = Kernels();
+    const int firstChunk = from / ChunkLength;
+    std::fill(product + firstChunk * ChunkLength, product + tileRows * ChunkLength, 0.0);
+    for (int g = firstChunk; g < tileRows;) {
+        double work = 0.0;
+        int end = g;
+        while (end < tileRows && work < WorkOfProduct) {
+            ++end;
+            work += 2.0 * TileSize * (end - firstChunk);
+        }
+        kernels.MultiplySymmetric(triangle, v, product, firstChunk, g, end);
+        CountSolverWork(work);
+        g = end;
+    }
+}
+
+// Brings column i of the panel, number k in it, up to date with the reflectors of the panel before it.
+static void UpdateColumn(int i, int k, int length) {
+    double factors[2 * ReductionWidth];
+    const int from = i / ChunkLength * ChunkLength;
+    for (int q = 0; q < k; ++q) {
+        factors[2 * q] = -PartnerRow(q)[i];
+        factors[2 * q + 1] = -ReflectorRow(q)[i];
+    }
+    Kernels().AddRows(SolverWork.Panel + from, SolverWork.PanelStride, 2 * k, factors, ReflectorRow(k) + from,
+                      length - from);
+    CountSolverWork(2.0 * k * (length - from));
+}
+
+// w := p - (v . p / 2 h) v with p = A v / h, where A is the triangle as updated by the reflectors of the panel.
+static void FormPartner(const double* triangle, int i, int k, double h, int length) {
+    const DenseKernels& kernels = Kernels();
+    double products[2 * ReductionWidth];
+    double factors[2 * ReductionWidth];
+    const double* v = ReflectorRow(k);
+    double* w = PartnerRow(k);
+    const int from = (i + 1) / ChunkLength * ChunkLength;
+    MultiplyTriangle(triangle, v, w, from, length / ChunkLength);
+    kernels.DotRows(SolverWork.Panel + from, SolverWork.PanelStride, 2 * k, v + from, length - from, products);
+    for (int q = 0; q < k; ++q) {
+        factors[2 * q] = -products[2 * q + 1];
+        factors[2 * q + 1] = -products[2 * q];
+    }
+    kernels.AddRows(SolverWork.Panel + from, SolverWork.PanelStride, 2 * k, factors, w + from, length - from);
+    double sum = 0.0;
+    kernels.DotRows(v + from, SolverWork.PanelStride, 1, w + from, length - from, &sum);
+    const double reciprocal = 1.0 / h;
+    const double half = sum / h / (2.0 * h);
+    for (int j = i + 1; j < length; ++j) {
+        w[j] = w[j] * reciprocal - half * v[j];
+    }
+    std::fill(w + i / ChunkLength * ChunkLength, w + i + 1, 0.0);
+    CountSolverWork(4.0 * k * (length - from));
+}
+
+// Reduces column i, number k of the panel that starts at first, and keeps its reflector in row i of the matrix.
+static void ReduceColumn(double* matrix, const double* triangle, int first, int k, int n, double limit) {
+    const int i = first + k;
+    const int length = (n + ChunkLength - 1) / ChunkLength * ChunkLength;
+    double* v = ReflectorRow(k);
+    UpdateColumn(i, k, length);
+    SolverWork.Diagonal[i] = v[i];
+    SolverWork.ReflectorScale[i] = 0.0;
+    if (i >= n - 2) {
+        SolverWork.Off[i] = i == n - 2 ? v[i + 1] : 0.0;
+        std::fill(v + first, v + length, 0.0);
+        std::fill(PartnerRow(k) + first, PartnerRow(k) + length, 0.0);
+        return;
+    }
+    std::fill(v + first, v + i + 1, 0.0);
+    std::fill(PartnerRow(k) + first, PartnerRow(k) + i + 1, 0.0);
+    const int from = i / ChunkLength * ChunkLength;
+    double sum = 0.0;
+    Kernels().DotRows(v + from, SolverWork.PanelStride, 1, v + from, length - from, &sum);
+    const double sigma = v[i + 1] < 0.0 ? -std::sqrt(sum) : std::sqrt(sum);
+    SolverWork.Off[i] = -sigma;
+    v[i + 1] += sigma;
+    const double h = sigma * v[i + 1];
+    if (std::fabs(h) >= limit) {
+        SolverWork.ReflectorScale[i] = h;
+        FormPartner(triangle, i, k, h, length);
+    } else {
+        std::fill(v + i + 1, v + length, 0.0);
+        std::fill(PartnerRow(k) + i + 1, PartnerRow(k) + length, 0.0);
+    }
+    double* row = matrix + static_cast<std::size_t>(i) * static_cast<std::size_t>(n);
+    std::fill(row + i / ReflectorWidth * ReflectorWidth, row + i + 1, 0.0);
+    std::copy(v + i + 1, v + n, row + i + 1);
+}
+
+// A -= V W' + W V' for the part of the triangle after the panel that starts at first.
+static void UpdateTriangle(double* triangle, int first, int tileRows) {
+    const DenseKernels& kernels = Kernels();
+    constexpr int PanelChunks = PanelWidth / ChunkLength;
+    constexpr int Inner = 2 * ReductionWidth;
+    for (int chunk = (first + ReductionWidth) / ChunkLength; chunk < tileRows; chunk += PanelChunks) {
+        const int columns = std::min(PanelChunks, tileRows - chunk) * ChunkLength;
+        for (int k = 0; k < ReductionWidth; ++k) {
+            double* packed = SolverWork.Packed + 2 * k * PanelWidth;
+            PackPanel(PartnerRow(k) + chunk * ChunkLength, 0, columns, 1, packed);
+            PackPanel(ReflectorRow(k) + chunk * ChunkLength, 0, columns, 1, packed + PanelWidth);
+        }
+        for (int g = chunk; g < tileRows; ++g) {
+            const ProductPlace place = {TileRow(triangle, g) + static_cast<std::size_t>(chunk) * TileSize, ChunkLength,
+                                        TileSize};
+            kernels.MultiplyPanel(SolverWork.Panel + g * ChunkLength, 1, SolverWork.PanelStride, SolverWork.Packed,
+                                  place, ChunkLength, std::min(PanelChunks, g - chunk + 1) * ChunkLength, Inner,
+                                  SubtractProduct);
+        }
+        CountSolverWork(0.3 * Inner * PanelWidth * ChunkLength * (tileRows - chunk));
+    }
+}
+
+void ReduceToTridiagonal(double* matrix, double* vectors, int n) {
+    double* triangle = PlaceOfTriangle(vectors, n);
+    const double greatest = CopyTriangle(matrix, n, triangle);
+    const double scale = std::min(1.0, greatest / SmallMatrix);
+    const double limit = greatest > 0.0 ? SmallReflector * scale * scale : SmallReflector;
+    const int tileRows = (n + ChunkLength - 1) / ChunkLength;
+    for (int first = 0; first < n; first += ReductionWidth) {
+        const int width = std::min(ReductionWidth, n - first);
+        OpenPanel(triangle, first, width, tileRows);
+        for (int k = 0; k < width; ++k) {
+            ReduceColumn(matrix, triangle, first, k, n, limit);
+        }
+        if (first + ReductionWidth < n) {
+            UpdateTriangle(triangle, first, tileRows);
+        }
+    }
+}
+
+// Copies the reflectors of a block, rows of the matrix, into columns, in panels.
+static void TransposeReflectors(const double* rows, int n, int count, int length) {
+    for (int panel = 0; panel * PanelWidth < count; ++panel) {
+        const int inPanel = std::min(PanelWidth, count - panel * PanelWidth);
+        double* target = SolverWork.Reflectors +
+                         static_cast<std::size_t>(panel) * PanelWidth * static_cast<std::size_t>(SolverWork.Capacity);
+        const double* source = rows + static_cast<std::size_t>(panel) * PanelWidth * static_cast<std::size_t>(n);
+        for (int begin = 0; begin < length; begin += ChunkLength) {
+            const int end = std::min(length, begin + ChunkLength);
+            for (int k = 0; k < PanelWidth; ++k) {
+                const double* row = source + static_cast<std::size_t>(k) * static_cast<std::size_t>(n);
+                for (int j = begin; j < end; ++j) {
+                    target[static_cast<std::size_t>(j) * PanelWidth + static_cast<std::size_t>(k)] =
+                        k < inPanel ? row[j] : 0.0;
+                }
+            }
+        }
+    }
+}
+
+// left[rows][inner] times the reflectors of the block, in their panels, into target[rows][ReflectorWidth].
+static void MultiplyByReflectors(const double* left, std::size_t stride, int rows, int count, int inner,
+                                 double* target) {
+    for (int panel = 0; panel * PanelWidth < count; ++panel) {
+        const double* right = SolverWork.Reflectors + static_cast<std::size_t>(panel) * PanelWidth *
+                                                          static_cast<std::size_t>(SolverWork.Capacity);
+        const ProductPlace place = {target + panel * PanelWidth, ReflectorWidth, ChunkLength};
+        for (int k = 0; k < inner; k += InnerBlock) {
+            Kernels().MultiplyPanel(left + k, stride, 1, right + static_cast<std::size_t>(k) * PanelWidth, place, rows,
+                                    std::min(PanelWidth, count - panel * PanelWidth), std::min(InnerBlock, inner - k),
+                                    k == 0 ? OverwriteWithProduct : AddProduct);
+        }
+    }
+}
+
+// The upper triangular T with H(first) H(first + 1) ... = I - V T V', and its transpose in panels.
+static void FormBlockFactor(const double* rows, int n, int first, int count, int length) {
+    MultiplyByReflectors(rows, static_cast<std::size_t>(n), count, count, length, SolverWork.Gram);
+    for (int i = 0; i < count; ++i) {
+        const double h = SolverWork.ReflectorScale[first + i];
+        const double scale = h == 0.0 ? 0.0 : 1.0 / h;
+        for (int j = 0; j < i; ++j) {
+            double sum = 0.0;
+            for (int l = j; l < i; ++l) {
+                sum += SolverWork.BlockFactor[j * ReflectorWidth + l] * SolverWork.Gram[l * ReflectorWidth + i];
+            }
+            SolverWork.BlockFactor[j * ReflectorWidth + i] = -scale * sum;
+        }
+        SolverWork.BlockFactor[i * ReflectorWidth + i] = scale;
+    }
+    for (int panel = 0; panel * PanelWidth < count; ++panel) {
+        for (int l = 0; l < count; ++l) {
+            for (int k = 0; k < PanelWidth; ++k) {
+                const int row = panel * PanelWidth + k;
+                SolverWork.BlockPanels[(panel * ReflectorWidth + l) * PanelWidth + k] =
+                    row <= l ? SolverWork.BlockFactor[row * ReflectorWidth + l] : 0.0;
+            }
+        }
+    }
+}
+
+// Applies the block's reflectors to count vectors: x -= V T V' x, where start is their first number that changes.
+static void ApplyBlock(const double* rows, int n, int reflectors, int length, double* start, int count) {
+    const DenseKernels& kernels = Kernels();
+    const std::size_t stride = static_cast<std::size_t>(n);
+    MultiplyByReflectors(start, stride, count, reflectors, length, SolverWork.Overlap);
+    for (int panel = 0; panel * PanelWidth < reflectors; ++panel) {
+        const ProductPlace place = {SolverWork.Combination + panel * PanelWidth, ReflectorWidth, ChunkLength};
+        kernels.MultiplyPanel(SolverWork.Overlap, ReflectorWidth, 1,
+                              SolverWork.BlockPanels + panel * ReflectorWidth * PanelWidth, place, count,
+                              std::min(PanelWidth, reflectors - panel * PanelWidth), reflectors, OverwriteWithProduct);
+    }
+    for (int j = 0; j < length; j += PanelWidth) {
+        const int columns = std::min(PanelWidth, length - j);
+        PackPanel(rows + j, stride, columns, reflectors, SolverWork.Packed);
+        kernels.MultiplyPanel(SolverWork.Combination, ReflectorWidth, 1, SolverWork.Packed,
+                              {start + j, stride, ChunkLength}, count, columns, reflectors, SubtractProduct);
+    }
+    CountSolverWork(0.6 * count * reflectors * length);
+}
+
+void TransformBack(const double* matrix, double* vectors, int n) {
+    const std::size_t stride = static_cast<std::size_t>(n);
+    if (n <= 2) {
+        return;
+    }
+    for (int first = (n - 3) / ReflectorWidth * ReflectorWidth; first >= 0; first -= ReflectorWidth) {
+        const int reflectors = std::min(ReflectorWidth, n - 2 - first);
+        const int length = n - first;
+        const double* rows = matrix + static_cast<std::size_t>(first) * (stride + 1);
+        TransposeReflectors(rows, n, reflectors, length);
+        FormBlockFactor(rows, n, first, reflectors, length);
+        for (int i = 0; i < n; i += VectorBlock) {
+            ApplyBlock(rows, n, reflectors, length, vectors + static_cast<std::size_t>(i) * stride + first,
+                       std::min(VectorBlock, n - i));
+        }
+    }
+}

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+// Drives one run: composes its file names, reads its input, computes, writes its results.
+#include "shell/run_job.h"
+
+#include "files/atom_selection.h"
+#include "files/parameter_files.h"
+#include "files/result_writer.h"
+#include "files/run_input.h"
+#include "ground/fatal_error.h"
+#include "ground/recovery_frame.h"
+#include "ground/run_state.h"
+#include "nmr/calculate_nmr_parameters.h"
+
+#include <cstdio>
+#include <cstring>
+
+static constexpr std::size_t ComposedLimit = 128;  // characters of a name and its directory
+
+// Files of the two kinds of run in the work directory.
+static constexpr struct {
+    const char* Input;
+    const char* Output;
+} FileNames[] = {{"nmrparam.in", "nmrparam.out"}, {"nmrspect.in", "nmrspect.out"}};
+
+void ComposePath(const char* name, const char* directory, char* result) {
+    result[0] = '\0';
+    if (name[0] == '\\') {
+        std::snprintf(result, FilePathSize, "%s", name);
+        return;
+    }
+    if (std::strlen(name) + std::strlen(directory) > ComposedLimit) {
+        char text[2 * BUFSIZ];
+        std::snprintf(text, sizeof text, "The length of the file name (%s) plus its path (%s) is too big.", name,
+                      directory);
+        WriteFatalFile(text);
+    }
+    std::strcpy(result, directory);
+    std::strcat(result, name);
+}
+
+// Copies a field to a directory, and appends a backslash unless it has one.
+static void FormDirectory(const char* field, bool terminated, char* directory) {
+    std::strcpy(directory, field);
+    if (!terminated) {
+        std::strcat(directory, "\\");
+    }
+}
+
+// The test of the parameter directory looks, on purpose, at the work directory: at the place where the parameter
+// directory ends. Front ends that hand over the same directory twice never notice; the others put up with it.
+static void FormDirectories() {
+    const std::size_t length = std::strlen(Run.ParameterField);
+    const std::size_t workLength = std::strlen(Run.WorkField);
+    const bool terminated = length > 0 && length <= workLength && Run.WorkField[length - 1] == '\\';
+    const bool workTerminated = workLength > 0 && Run.WorkField[workLength - 1] == '\\';
+    FormDirectory(Run.ParameterField, terminated, Run.ParameterDirectory);
+    FormDirectory(Run.WorkField, workTerminated, Run.WorkDirectory);
+}
+
+static void ComputeAndReport() {
+    CalculateNmrParameters();
+    WriteResults();
+}
+
+void RunOneJob(int kind) {
+    RecoveryFrame frame;
+    PushRecoveryFrame(frame);
+    if (SAVE_CONTEXT(frame)) {
+        FreeRunData();
+        FreeParameterFileWork();
+        PopRecoveryFrame(0);
+        return;
+    }
+    Run.RunKind = kind;
+    Run.QuietFlag = 0;
+    Run.SystemCount = 1;
+    FormDirectories();
+    Run.LogEnabled = Run.LogFilePath[0] != '\0' ? 1 : 0;
+    ComposePath(FileNames[kind - 1].Input, Run.WorkDirectory, Run.InputFilePath);
+    ComposePath(FileNames[kind - 1].Output, Run.WorkDirectory, Run.OutputFilePath);
+    if (kind == ParameterRun) {
+        ReadParameterFiles();
+    }
+    FreeRunData();
+    ReadRunInput();
+    if (kind == ParameterRun) {
+        BuildCappingAtoms();
+        BuildSelectedAtomList();
+    }
+    ComputeAndReport();
+    PopRecoveryFrame(0);  // the run's data stay: the process is about to end
+}

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+// Chooses the simulator, and writes the listing of a spectrum.
+#include "spectrum/compute_spectrum.h"
+
+#include "ground/log.h"
+#include "ground/message_poll.h"
+#include "ground/number_row.h"
+#include "ground/run_state.h"
+#include "spectrum/exact_spectrum.h"
+#include "spectrum/weak_coupling_spectrum.h"
+
+#include <cstdio>
+
+static constexpr int BlockColumns = 6;
+
+void ListTable(const double* values, int rows, int columns) {
+    for (int first = 0; first < columns; first += BlockColumns) {
+        const int rest = columns - first;
+        const int width = rest < BlockColumns ? rest : BlockColumns;
+        for (int row = 0; row < rows; ++row) {
+            LogNumberRow(values + static_cast<long long>(row) * columns + first, width);
+        }
+        if (width == BlockColumns) {
+            LogMessage(8552);  // on purpose an id without text: an empty line
+        }
+    }
+}
+
+static void ListSpinSystem() {
+    const int n = Run.SpinGroupCount;
+    LogMessage(8536, n);  // on purpose the number of groups, under a wording that speaks of nuclei
+    for (int i = 0; i < n; ++i) {
+        char line[128];
+        std::snprintf(line, sizeof line, "Number of Nuclei in Group (%2d) = %2d with Isotopic Number = %3d", i + 1,
+                      Run.NucleiInGroup[i], Run.IsotopicNumbers[i]);
+        LogAppend(line);
+    }
+    LogMessage(8537, Run.NMRFrequency);
+    LogMessage(8544);
+    ListTable(Run.ChemicalShifts, 1, n);
+    LogMessage(8545);
+    ListTable(Run.CouplingMatrix, n, n);
+}
+
+static void ListSpectrum() {
+    if (Run.UseWeakCoupling) {
+        LogAppend("\nWeak coupling approximation (perturbation theory) is used.");
+    }
+    ListSpinSystem();
+    LogMessage(8532);
+    LogMessage(8533);
+    LogMessage(8534);
+    LogMessage(8535);
+    for (int i = 0; i < Run.SpectrumLineCount; ++i) {
+        const SpectrumLine& line = Run.SpectrumLines[i];
+        LogMessage(8546, i + 1, static_cast<double>(line.Frequency), static_cast<double>(line.Intensity),
+                   line.Degeneracy);
+        PollMessages(ListedLineUnits);
+    }
+}
+
+void ComputeSpectrum() {
+    if (Run.UseWeakCoupling) {
+        ComputeWeakCouplingSpectrum();
+    } else {
+        ComputeExactSpectrum();
+    }
+    if (Run.LogEnabled) {
+        ListSpectrum();
+    }
+}

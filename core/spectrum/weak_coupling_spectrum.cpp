@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: MIT
+// Writes the lines of each group: its own frequency, split and shifted by every state of the other groups.
+#include "spectrum/weak_coupling_spectrum.h"
+
+#include "ground/fatal_error.h"
+#include "ground/log.h"
+#include "ground/memory.h"
+#include "ground/message_poll.h"
+#include "ground/run_state.h"
+#include "spectrum/line_list.h"
+#include "spectrum/spin_system.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+static constexpr double SmallestDistance = 1e-05;  // Hz between two shifts
+static constexpr double LargestRatio = 10.0;       // of the largest coupling to a distance of shifts
+static constexpr double LargestCount = 9.0e18;     // that an array's length can be
+static constexpr long long PollBlock = 1 << 16;    // numbers or lines written between two polls
+
+// Working storage of one simulation; N is SpinGroupCount, S the largest number of product states of the groups beside
+// one group in one combination of their total spins. Freed by FreeWeakCouplingWork.
+static struct {
+    int* SpinCountOfGroup;    // [N] total-spin values of each group
+    int* SpectatorSpinTable;  // [N - 1][Columns] 2J of the other groups, one column for each combination
+    long long Columns;        // combinations for the group in hand
+    double* FrequencyTerms;   // [S] terms of one other group, Hz, one for each of its states
+    double* IntensityTerms;   // [S] the same for the intensity
+    double* FrequencySums;    // [S] sums over the other groups so far, one for each of their product states
+    double* IntensitySums;    // [S] the same for the intensity
+    long long LineCount;      // lines written
+} Work;
+
+void FreeWeakCouplingWork() {
+    FreeArray(Work.SpinCountOfGroup);
+    FreeArray(Work.SpectatorSpinTable);
+    FreeArray(Work.FrequencyTerms);
+    FreeArray(Work.IntensityTerms);
+    FreeArray(Work.FrequencySums);
+    FreeArray(Work.IntensitySums);
+}
+
+// An array of so many records, counted in floating point since the count may exceed any integer.
+template <class Record> static Record* AllocateCounted(double count) {
+    Record* array = count < LargestCount ? AllocateArray<Record>(static_cast<long long>(count)) : nullptr;
+    if (array == nullptr) {
+        FatalError(24577);
+    }
+    return array;
+}
+
+static double LargestCoupling() {
+    const int n = Run.SpinGroupCount;
+    double largest = 0.0;
+    for (int i = 0; i < n; ++i) {
+        for (int j = i + 1; j < n; ++j) {
+            largest = std::max(largest, std::fabs(Run.CouplingMatrix[i * n + j]));
+        }
+    }
+    return largest;
+}
+
+// Every pair is tested, coupled or not and of whichever isotopes, and the ratio is that of the system's largest
+// coupling: on purpose, the approximation is judged for the whole system.
+static void CheckApplicability() {
+    const double largest = LargestCoupling();
+    bool doubtful = false;
+    for (int i = 0; i < Run.SpinGroupCount; ++i) {
+        for (int j = i + 1; j < Run.SpinGroupCount; ++j) {
+            const double distance = std::fabs((Run.ChemicalShifts[i] - Run.ChemicalShifts[j]) * Run.NMRFrequency);
+            if (distance < SmallestDistance) {
+                char text[256];
+                std::snprintf(text, sizeof text,
+                              "Weak coupling approximation cannot be applied, because the chemical shifts %.7f and "
+                              "%.7f are so close.",
+                              Run.ChemicalShifts[i], Run.ChemicalShifts[j]);
+                WriteFatalFile(text);
+            }
+            doubtful = doubtful || largest / distance > LargestRatio;
+        }
+    }
+    if (doubtful) {
+        LogAppend("Weak coupling approximation may not be reliable, it may be fixed by increasing the Spectrometer "
+                  "Frequency in the Spectral Options dialog box.");
+    }
+}
+
+// Number of transitions of group g for one state of the others: 2J summed over its total spins.
+static double TransitionCount(int g) {
+    double count = 0.0;
+    for (int twoJ = Run.NucleiInGroup[g]; twoJ > 0; twoJ -= 2) {
+        count += twoJ;
+    }
+    return count;
+}
+
+// S and the capacity of the line array, and the size of the table. The combinations needn't be walked: the largest
+// number of product states belongs to the highest spins, and the sum over all combinations is a product of sums.
+static void AllocateWork() {
+    const int n = Run.SpinGroupCount;
+    Work.SpinCountOfGroup = AllocateCounted<int>(n);
+    double tableEntries = n;
+    double largestStates = 1.0;
+    double lines = 0.0;
+    for (int g = 0; g < n; ++g) {
+        Work.SpinCountOfGroup[g] = Run.NucleiInGroup[g] / 2 + 1;
+        tableEntries *= Work.SpinCountOfGroup[g];
+        double states = 1.0;
+        double allStates = 1.0;
+        for (int h = 0; h < n; ++h) {
+            if (h != g) {
+                states *= Run.NucleiInGroup[h] + 1;
+                double sum = 0.0;
+                for (int twoJ = Run.NucleiInGroup[h]; twoJ >= 0; twoJ -= 2) {
+                    sum += twoJ + 1;
+                }
+                allStates *= sum;
+            }
+        }
+        largestStates = std::max(largestStates, states);
+        lines += allStates * TransitionCount(g);
+    }
+    const double work = 4 * sizeof(double) * largestStates + sizeof(int) * tableEntries;
+    const double listBytes = sizeof(SpectrumLine) * lines;
+    if (!MemoryCanServe(listBytes + std::max(work, listBytes))) {  // the sort takes as much again, without the work
+        FatalError(24577);
+    }
+    Work.SpectatorSpinTable = AllocateCounted<int>(tableEntries);
+    for (double** vector : {&Work.FrequencyTerms, &Work.IntensityTerms, &Work.FrequencySums, &Work.IntensitySums}) {
+        *vector = AllocateCounted<double>(largestStates);
+    }
+    ReserveLines(static_cast<long long>(lines) + 1);  // one slot more: WriteLine writes ahead of the list
+    Work.LineCount = 0;
+}
+
+// The rows are the other groups in their order, the first of them varies fastest across the columns.
+static void BuildSpectatorSpinTable(int g) {
+    Work.Columns = 1;
+    for (int h = 0; h < Run.SpinGroupCount; ++h) {
+        Work.Columns *= h != g ? Work.SpinCountOfGroup[h] : 1;
+    }
+    int* row = Work.SpectatorSpinTable;
+    long long run = 1;
+    for (int h = 0; h < Run.SpinGroupCount; ++h) {
+        if (h != g) {
+            for (long long column = 0; column < Work.Columns; ++column) {
+                const long long step = column / run % Work.SpinCountOfGroup[h];
+                row[column] = Run.NucleiInGroup[h] - 2 * static_cast<int>(step);
+                if (column % PollBlock == 0) {
+                    PollMessages(1);
+                }
+            }
+            run *= Work.SpinCountOfGroup[h];
+            row += Work.Columns;
+        }
+    }
+}
+
+// The terms of the states of group h, of total spin twoJ / 2, in the lines of group g from its level upperM; returns
+// their number.
+static int ComputeTerms(int g, double upperM, int h, int twoJ) {
+    const int n = Run.SpinGroupCount;
+    const double full = Run.CouplingMatrix[std::min(g, h) * n + std::max(g, h)];
+    const double flipping = Run.CouplingMatrix[std::max(g, h) * n + std::min(g, h)];
+    const double delta = Run.NMRFrequency * Run.ChemicalShifts[g] - Run.NMRFrequency * Run.ChemicalShifts[h];
+    const double j = 0.5 * twoJ;
+    for (int step = 0; step <= twoJ; ++step) {
+        const double m = j - step;
+        Work.FrequencyTerms[step] =
+            m * full + (2.0 * m * upperM + j * (j + 1.0) - m * (m + 1.0)) * full * flipping / (2.0 * delta);
+        Work.IntensityTerms[step] = m * flipping / delta;
+    }
+    return twoJ + 1;
+}
+
+// Each sum plus each term, in place from the last sum backwards; returns the new number of sums.
+static long long ExpandSums(long long sums, int terms) {
+    for (long long s = sums - 1; s >= 0; --s) {
+        const double frequency = Work.FrequencySums[s];
+        const double intensity = Work.IntensitySums[s];
+        for (int t = terms - 1; t >= 0; --t) {
+            Work.FrequencySums[s * terms + t] = frequency + Work.FrequencyTerms[t];
+            Work.IntensitySums[s * terms + t] = intensity + Work.IntensityTerms[t];
+        }
+        if (s % PollBlock == 0) {
+            PollMessages(static_cast<int>(PollBlock));
+        }
+    }
+    return sums * terms;
+}
+
+// Lines of the transition of group g from level upperM, of squared lowering element p, for one combination of the
+// others' spins.
+static void WriteCombination(int g, double upperM, double p, double groupWeight, long long column) {
+    double weight = groupWeight;
+    long long sums = 1;
+    Work.FrequencySums[0] = 0.0;
+    Work.IntensitySums[0] = 0.0;
+    const int* entry = Work.SpectatorSpinTable + column;
+    for (int h = 0; h < Run.SpinGroupCount; ++h) {
+        if (h != g) {
+            weight *= GroupSpinMultiplicity(Run.NucleiInGroup[h], *entry);
+            sums = ExpandSums(sums, ComputeTerms(g, upperM, h, *entry));
+            entry += Work.Columns;
+        }
+    }
+    const double frequency = Run.NMRFrequency * Run.ChemicalShifts[g];
+    const int degeneracy = DegeneracyOfWeight(weight);
+    for (long long e = 0; e < sums; ++e) {
+        Work.LineCount = WriteLine(Work.LineCount, frequency + Work.FrequencySums[e],
+                                   (1.0 - 2.0 * Work.IntensitySums[e]) * p * weight, degeneracy);
+        if (e % PollBlock == 0) {
+            PollMessages(1);
+        }
+    }
+}
+
+static void WriteGroup(int g) {
+    const int n = Run.NucleiInGroup[g];
+    BuildSpectatorSpinTable(g);
+    for (int twoJ = n; twoJ > 0; twoJ -= 2) {
+        const double groupWeight = GroupSpinMultiplicity(n, twoJ);
+        for (int twoM = twoJ; twoM > -twoJ; twoM -= 2) {
+            const double p = 0.25 * (twoM + twoJ) * (twoJ - twoM + 2);
+            for (long long column = 0; column < Work.Columns; ++column) {
+                WriteCombination(g, 0.5 * twoM, p, groupWeight, column);
+            }
+        }
+    }
+}
+
+void ComputeWeakCouplingSpectrum() {
+    PrepareSpinSystem();
+    CheckApplicability();
+    AllocateWork();
+    for (int g = 0; g < Run.SpinGroupCount; ++g) {
+        WriteGroup(g);
+    }
+    FreeWeakCouplingWork();
+    FinishLineList(Work.LineCount);
+}

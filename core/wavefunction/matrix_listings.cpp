@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: MIT
+// Lists square matrices and eigenvectors in blocks of six columns, and a last block with the columns that are left.
+#include "wavefunction/matrix_listings.h"
+
+#include "ground/log.h"
+#include "ground/message_poll.h"
+#include "ground/run_state.h"
+#include "molecule/element_tables.h"
+
+static constexpr int BlockColumns = 6;
+static constexpr char UnitLabel[] = "(a.u.)";
+static constexpr const char* OrbitalLabel[] = {"  S", " Px", " Py", " Pz", "Dz2", "Dxz", "Dyz", "Dx2", "Dxy"};
+
+// The labels of an orbital in a line.
+struct OrbitalName {
+    const char* Kind;     // three characters
+    const char* Element;  // two characters
+    int Atom;             // 1-based number
+};
+
+static OrbitalName NameOf(int orbital) {
+    const int atom = Run.OrbitalAtoms[orbital];
+    return {OrbitalLabel[Run.OrbitalKinds[orbital] - 1], ElementLabel[Run.AtomRecords[atom - 1].AtomicNumber - 1],
+            atom};
+}
+
+static void ListLevelNumbers(int first, int count) {
+    const int m = first + 1;
+    switch (count) {
+    case 1:
+        LogMessage(8261, m);
+        break;
+    case 2:
+        LogMessage(8264, m, m + 1);
+        break;
+    case 3:
+        LogMessage(8273, m, m + 1, m + 2);
+        break;
+    case 4:
+        LogMessage(8276, m, m + 1, m + 2, m + 3);
+        break;
+    case 5:
+        LogMessage(8279, m, m + 1, m + 2, m + 3, m + 4);
+        break;
+    default:
+        LogMessage(8258, m, m + 1, m + 2, m + 3, m + 4, m + 5);
+        break;
+    }
+}
+
+static void ListLevelEnergies(const double* e, int count) {
+    switch (count) {
+    case 1:
+        LogMessage(8262, e[0]);
+        break;
+    case 2:
+        LogMessage(8265, e[0], e[1]);
+        break;
+    case 3:
+        LogMessage(8274, e[0], e[1], e[2]);
+        break;
+    case 4:
+        LogMessage(8277, e[0], e[1], e[2], e[3]);
+        break;
+    case 5:
+        LogMessage(8280, e[0], e[1], e[2], e[3], e[4]);
+        break;
+    default:
+        LogMessage(8259, e[0], e[1], e[2], e[3], e[4], e[5]);
+        break;
+    }
+}
+
+// One row of a block: the labels of an orbital and the numbers.
+static void ListRow(int orbital, const double* v, int count) {
+    const OrbitalName name = NameOf(orbital);
+    switch (count) {
+    case 1:
+        LogMessage(8263, name.Kind, name.Element, name.Atom, v[0]);
+        break;
+    case 2:
+        LogMessage(8272, name.Kind, name.Element, name.Atom, v[0], v[1]);
+        break;
+    case 3:
+        LogMessage(8275, name.Kind, name.Element, name.Atom, v[0], v[1], v[2]);
+        break;
+    case 4:
+        LogMessage(8278, name.Kind, name.Element, name.Atom, v[0], v[1], v[2], v[3]);
+        break;
+    case 5:
+        LogMessage(8281, name.Kind, name.Element, name.Atom, v[0], v[1], v[2], v[3], v[4]);
+        break;
+    default:
+        LogMessage(8260, name.Kind, name.Element, name.Atom, v[0], v[1], v[2], v[3], v[4], v[5]);
+        break;
+    }
+}
+
+static void ListColumnNames(int first, int count) {
+    OrbitalName n[BlockColumns] = {};
+    for (int k = 0; k < count; ++k) {
+        n[k] = NameOf(first + k);
+    }
+    switch (count) {
+    case 1:
+        LogMessage(8304, n[0].Kind, n[0].Element, n[0].Atom);
+        break;
+    case 2:
+        LogMessage(8305, n[0].Kind, n[0].Element, n[0].Atom, n[1].Kind, n[1].Element, n[1].Atom);
+        break;
+    case 3:
+        LogMessage(8306, n[0].Kind, n[0].Element, n[0].Atom, n[1].Kind, n[1].Element, n[1].Atom, n[2].Kind,
+                   n[2].Element, n[2].Atom);
+        break;
+    case 4:
+        LogMessage(8307, n[0].Kind, n[0].Element, n[0].Atom, n[1].Kind, n[1].Element, n[1].Atom, n[2].Kind,
+                   n[2].Element, n[2].Atom, n[3].Kind, n[3].Element, n[3].Atom);
+        break;
+    case 5:
+        LogMessage(8308, n[0].Kind, n[0].Element, n[0].Atom, n[1].Kind, n[1].Element, n[1].Atom, n[2].Kind,
+                   n[2].Element, n[2].Atom, n[3].Kind, n[3].Element, n[3].Atom, n[4].Kind, n[4].Element, n[4].Atom);
+        break;
+    default:
+        LogMessage(8297, n[0].Kind, n[0].Element, n[0].Atom, n[1].Kind, n[1].Element, n[1].Atom, n[2].Kind,
+                   n[2].Element, n[2].Atom, n[3].Kind, n[3].Element, n[3].Atom, n[4].Kind, n[4].Element, n[4].Atom,
+                   n[5].Kind, n[5].Element, n[5].Atom);
+        break;
+    }
+}
+
+static int ColumnsFrom(int first) {
+    const int rest = Run.OrbitalCount - first;
+    return rest < BlockColumns ? rest : BlockColumns;
+}
+
+static void ListEigenvectors() {
+    const long long n = Run.OrbitalCount;
+    LogMessage(8257, UnitLabel);
+    for (int first = 0; first < n; first += BlockColumns) {
+        const int count = ColumnsFrom(first);
+        ListLevelNumbers(first, count);
+        ListLevelEnergies(Run.OrbitalEnergies + first, count);
+        for (int orbital = 0; orbital < n; ++orbital) {
+            double v[BlockColumns];
+            for (int k = 0; k < count; ++k) {
+                v[k] = Run.MolecularOrbitals[(first + k) * n + orbital];
+            }
+            ListRow(orbital, v, count);
+            PollMessages(Run.OrbitalCount);
+        }
+    }
+}
+
+// The whole square, all rows of each block of columns.
+static void ListSquare(const double* matrix) {
+    const long long n = Run.OrbitalCount;
+    for (int first = 0; first < n; first += BlockColumns) {
+        const int count = ColumnsFrom(first);
+        ListColumnNames(first, count);
+        for (int orbital = 0; orbital < n; ++orbital) {
+            ListRow(orbital, matrix + orbital * n + first, count);
+            PollMessages(Run.OrbitalCount);
+        }
+    }
+}
+
+static void ListDensity(const double* density) {
+    LogMessage(8294);
+    ListSquare(density);
+}
+
+// Level 4: everything as it comes.
+static void ListEveryStage(ScfStage stage) {
+    switch (stage) {
+    case CoreStage:
+        LogMessage(8288, UnitLabel);
+        ListSquare(Run.CoreHamiltonian);
+        break;
+    case FockStage:
+        LogMessage(8293, UnitLabel);
+        ListSquare(Run.FockMatrix);
+        break;
+    case DensityStage:
+        ListEigenvectors();
+        ListDensity(Run.HalfDensity);
+        break;
+    case FinalStage:
+        break;
+    }
+}
+
+void ListScfStage(ScfStage stage) {
+    if (!Run.LogEnabled) {
+        return;
+    }
+    const int level = Run.LogPrintLevel;
+    if (level == 4) {
+        ListEveryStage(stage);
+    }
+    if (stage == FinalStage && (level == 1 || level == 3)) {
+        ListEigenvectors();
+    }
+    if (stage == FinalStage && (level == 2 || level == 3)) {
+        ListDensity(Run.TotalDensity);
+    }
+}

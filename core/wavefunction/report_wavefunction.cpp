@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+// Reports energies, eigenvalues, populations and charges.
+#include "wavefunction/report_wavefunction.h"
+
+#include "ground/log.h"
+#include "ground/message_poll.h"
+#include "ground/number_row.h"
+#include "molecule/element_tables.h"
+#include "molecule/selected_atoms.h"
+#include "numerics/single_precision.h"
+#include "wavefunction/dipole.h"
+
+static constexpr double KcalPerHartree = 627.5220032;
+static constexpr double HartreesPerKcal = 0.001593569619711464;
+static constexpr float ElectronVoltsPerHartree = 27.211395f;  // eigenvalues are listed from 32-bit values
+static constexpr double AngstromsPerBohr = 0.52917725;
+static constexpr int RowLength = 5;  // numbers in a line
+
+// Population of an orbital, 0-based: a 32-bit value, as it is listed.
+static float Population(long long orbital) {
+    return RoundToSingle(Run.TotalDensity[orbital * (Run.OrbitalCount + 1)]);
+}
+
+static void ComputeNetCharges() {
+    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+        AtomRecord& atom = SelectedAtom(place);
+        if (atom.AtomicNumber < 1) {
+            continue;
+        }
+        double electrons = 0.0;
+        for (int orbital = Run.OrbitalRanges[place].First; orbital <= Run.OrbitalRanges[place].Last; ++orbital) {
+            electrons += static_cast<double>(Population(orbital - 1));
+        }
+        atom.AtomCharge = RoundToSingle(CoreChargeTable[atom.AtomicNumber - 1] - electrons);
+    }
+}
+
+static double EigenvalueInElectronVolts(int level) {
+    const float energy = RoundToSingle(Run.OrbitalEnergies[level]) * ElectronVoltsPerHartree;
+    return static_cast<double>(energy);
+}
+
+static double PopulationOf(int orbital) {
+    return static_cast<double>(Population(orbital));
+}
+
+// Lists one number for each orbital, five to a line.
+static void ListOrbitalNumbers(double (*number)(int)) {
+    int first = 0;
+    double v[RowLength];
+    for (; first < Run.OrbitalCount; first += RowLength) {
+        const int count = Run.OrbitalCount - first < RowLength ? Run.OrbitalCount - first : RowLength;
+        for (int k = 0; k < count; ++k) {
+            v[k] = number(first + k);
+        }
+        if (count == RowLength) {
+            LogMessage(8228, v[0], v[1], v[2], v[3], v[4]);
+        } else {
+            LogNumberRow(v, count);
+        }
+        PollMessages(1);
+    }
+}
+
+static void ListEnergies(double total, double electronic, double core) {
+    LogMessage(8468);
+    LogMessage(8516, Run.ActiveParameterFile);
+    LogMessage(8470);
+    LogMessage(8213);
+    LogMessage(8214, total);
+    LogMessage(8215, total * HartreesPerKcal);
+    LogMessage(8216, total - Run.IsolatedEnergy);
+    LogMessage(8217, Run.IsolatedEnergy);
+    LogMessage(8224, electronic);
+    LogMessage(8225, core);
+    LogMessage(8226, Run.HeatOffset + core + electronic);
+}
+
+// The test is on 18 itself, on purpose: a capping atom shows as its negated atomic number, and argon as 0.
+static int ListedAtomicNumber(int code) {
+    return code < LastElement ? code : LastElement - code;
+}
+
+static void ListAtoms() {
+    LogMessage(8230);
+    LogMessage(8231);
+    LogMessage(8232);
+    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+        const AtomRecord& atom = SelectedAtom(place);
+        const double* position = SelectedPosition(place);
+        LogMessage(8233, SelectedAtomNumber(place), ListedAtomicNumber(atom.AtomicNumber),
+                   static_cast<double>(atom.AtomCharge), position[0] * AngstromsPerBohr, position[1] * AngstromsPerBohr,
+                   position[2] * AngstromsPerBohr);
+    }
+}
+
+void ReportWavefunction(double electronicEnergy) {
+    ComputeNetCharges();
+    const double total = (electronicEnergy + Run.CoreRepulsion) * KcalPerHartree;
+    LogProgress(4128, total - Run.IsolatedEnergy);
+    if (Run.LogEnabled) {
+        ListEnergies(total, electronicEnergy * KcalPerHartree, Run.CoreRepulsion * KcalPerHartree);
+        LogMessage(8227);
+        ListOrbitalNumbers(EigenvalueInElectronVolts);
+        LogMessage(8229);
+        ListOrbitalNumbers(PopulationOf);
+        ListAtoms();
+    }
+    if (Run.LogPrintLevel != 10) {
+        ComputeDipole();
+        LogMessage(8552);  // on purpose an id without text: an empty line
+        LogMessage(8470);
+    }
+}

@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: MIT
+// Forms the lines of the log that say what is doubtful.
+#include "wavefunction/run_cautions.h"
+
+#include "ground/log.h"
+#include "ground/message_poll.h"
+#include "molecule/selected_atoms.h"
+#include "wavefunction/overlap_matrix.h"
+#include "wavefunction/prepare_system.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+static constexpr int LineRoom = 200;           // characters; the numbers have six digits
+static constexpr int FieldDifferences = 1;     // least iteration limit at which a field has a difference
+static constexpr int ResponseDifferences = 2;  // the same of a response
+static constexpr double NearAtoms = 0.3;       // Angstrom
+static constexpr int LargestValueLines = 10;   // of one quantity
+
+// What ended at the limit.
+static void AppendLimitLine(const char* what, int leastLimit, double difference, double limit, const char* unit) {
+    char last[LineRoom / 3] = "no difference was formed";
+    if (Run.SCFIterationLimit >= leastLimit && std::isfinite(difference)) {
+        std::snprintf(last, sizeof last, "last difference %.6g%s", difference, unit);
+    } else if (Run.SCFIterationLimit >= leastLimit) {
+        std::snprintf(last, sizeof last, "last difference not finite");
+    }
+    char line[LineRoom];
+    std::snprintf(line, sizeof line, "CAUTION: %s ended at the limit of %d iterations: %s, limit %.6g%s.", what,
+                  Run.SCFIterationLimit, last, limit, unit);
+    LogAppend(line);
+}
+
+void CautionAboutField(double difference, double limit) {
+    char what[LineRoom / 3];
+    std::snprintf(what, sizeof what, "field with %s", Run.ActiveParameterFile);
+    AppendLimitLine(what, FieldDifferences, difference, limit, " kcal/mol");
+}
+
+static bool LevelsCanRespond() {
+    return Run.DoublyOccupiedLevels > 0 && Run.DoublyOccupiedLevels < Run.OrbitalCount;
+}
+
+void CautionAboutContactResponse(int atomNumber, double difference, double limit) {
+    if (LevelsCanRespond()) {
+        char what[LineRoom / 3];
+        std::snprintf(what, sizeof what, "response to the contact perturbation of atom %d", atomNumber);
+        AppendLimitLine(what, ResponseDifferences, difference, limit, "");
+    }
+}
+
+void CautionAboutMagneticResponse(const char* axis, double difference, double limit) {
+    if (LevelsCanRespond()) {
+        char what[LineRoom / 3];
+        std::snprintf(what, sizeof what, "response to the magnetic field along %s", axis);
+        AppendLimitLine(what, ResponseDifferences, difference, limit, "");
+    }
+}
+
+// Pairs of atoms, the worst of them and their count.
+struct DoubtfulPairs {
+    int Places[2];    // of the worst pair
+    double Distance;  // of the worst pair, bohr
+    long long Count;  // of all such pairs
+};
+
+// Counts a pair, and keeps it if it is the first or a worse one than those before.
+static void AddPair(DoubtfulPairs& pairs, int i, int j, double distance, bool worse) {
+    if (pairs.Count++ == 0 || worse) {
+        pairs.Places[0] = j;
+        pairs.Places[1] = i;
+        pairs.Distance = distance;
+    }
+}
+
+// The condition is a text of the distance from which on a pair is doubtful.
+static void AppendPairLine(const char* word, const DoubtfulPairs& pairs, const char* condition) {
+    if (pairs.Count > 0) {
+        char line[LineRoom];
+        std::snprintf(line, sizeof line, "CAUTION: %s: atoms %d and %d, %.6g Angstrom; pairs %s: %lld.", word,
+                      SelectedAtomNumber(pairs.Places[0]), SelectedAtomNumber(pairs.Places[1]),
+                      pairs.Distance / BohrsPerAngstrom, condition, pairs.Count);
+        LogAppend(line);
+    }
+}
+
+// Lone pairs are left out: they belong near their atom, and have no overlaps.
+void CautionAboutDistances() {
+    if (!Run.LogEnabled) {
+        return;
+    }
+    DoubtfulPairs farPairs = {};
+    DoubtfulPairs nearPairs = {};
+    for (int i = 0; i < Run.SelectedAtomCount; ++i) {
+        for (int j = 0; j < i; ++j) {
+            if (!HasOrbitals(i) || !HasOrbitals(j)) {
+                continue;
+            }
+            const double distance = Distance(SelectedPosition(i), SelectedPosition(j));
+            if (distance >= FarOverlap) {
+                AddPair(farPairs, i, j, distance, distance > farPairs.Distance);
+            }
+            if (distance < NearAtoms * BohrsPerAngstrom) {
+                AddPair(nearPairs, i, j, distance, distance < nearPairs.Distance);
+            }
+        }
+        PollMessages(i);
+    }
+    AppendPairLine("far apart", farPairs, "at 100 bohr or more, whose overlaps are wrong");
+    AppendPairLine("near each other", nearPairs, "nearer than 0.3");
+}
+
+// The row of the NMR atom at a place of the list; -1 if it is none, or has no values.
+static int NMRRowOf(int place) {
+    const int number = SelectedAtomNumber(place);
+    const int* end = Run.NMRAtomList + Run.NMRAtomCount;
+    const int* found = HasOrbitals(place) ? std::find(static_cast<const int*>(Run.NMRAtomList), end, number) : end;
+    return found == end ? -1 : static_cast<int>(found - Run.NMRAtomList);
+}
+
+static bool AllFinite(const double* values, int count) {
+    return std::all_of(values, values + count, [](double value) { return std::isfinite(value); });
+}
+
+static bool ShieldingIsFinite(int, int place) {
+    return std::isfinite(Run.ShieldingTotal[place]);
+}
+
+static bool TensorIsFinite(int, int place) {
+    return AllFinite(Run.ShieldingTensor + 9LL * place, 9) &&
+           AllFinite(Run.TensorDiamagneticTwoCentre + 9LL * place, 5);
+}
+
+static bool CouplingsAreFinite(int row, int) {
+    const double* values = Run.CouplingMatrix + static_cast<long long>(row) * Run.SelectedAtomCount;
+    for (int partner = 0; partner < Run.SelectedAtomCount; ++partner) {
+        if (!std::isfinite(values[partner]) && NMRRowOf(partner) >= 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+static void CautionAboutValues(const char* quantity, bool (*isFinite)(int row, int place)) {
+    int count = 0;
+    char line[LineRoom];
+    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+        const int row = NMRRowOf(place);
+        if (row >= 0 && !isFinite(row, place) && ++count <= LargestValueLines) {
+            std::snprintf(line, sizeof line, "CAUTION: value not finite: %s of atom %d.", quantity,
+                          SelectedAtomNumber(place));
+            LogAppend(line);
+        }
+        PollMessages(Run.NMRAtomCount);
+    }
+    if (count > LargestValueLines) {
+        std::snprintf(line, sizeof line, "CAUTION: value not finite: %s of %d more atoms.", quantity,
+                      count - LargestValueLines);
+        LogAppend(line);
+    }
+}
+
+void CautionAboutShieldings() {
+    if (Run.LogEnabled) {
+        CautionAboutValues("shielding", ShieldingIsFinite);
+    }
+    if (Run.LogEnabled && Run.CalculateShieldTensor) {
+        CautionAboutValues("shielding tensor", TensorIsFinite);
+    }
+}
+
+void CautionAboutCouplings() {
+    if (Run.LogEnabled) {
+        CautionAboutValues("couplings", CouplingsAreFinite);
+    }
+}

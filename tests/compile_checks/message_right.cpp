@@ -1,8 +1,0 @@
-// SPDX-License-Identifier: MIT
-// Fits: a step and a path.
-// Compiled by a test with the syntax check of the compiler only.
-#include "shell/fatal_error.h"
-
-void Snippet([[maybe_unused]] const char* path) {
-    FatalError(24626, 3, path);
-}

@@ -1,8 +1,0 @@
-// SPDX-License-Identifier: MIT
-// Doesn't compile: the text wants an integer first.
-// Compiled by a test with the syntax check of the compiler only.
-#include "shell/fatal_error.h"
-
-void Snippet([[maybe_unused]] const char* path) {
-    FatalError(24626, 3.0, path);
-}

@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: MIT
+// Doesn't compile: the text wants an integer first.
+// Compiled by a test with the syntax check of the compiler only.
+#include "ground/fatal_error.h"
+
+void Snippet([[maybe_unused]] const char* path) {
+    FatalError(24626, 3.0, path);
+}

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+// What the tests share.
+#include "tests/support/test_support.h"
+
+#include "ground/memory.h"
+#include "spectrum/compute_spectrum.h"
+#include "spectrum/line_list.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <sys/wait.h>
+#include <unistd.h>
+
+static constexpr unsigned ChildSeconds = 20;
+
+SpinSystem LikeSpins(const std::vector<double>& shifts, const std::vector<double>& upperCouplings) {
+    const std::size_t n = shifts.size();
+    SpinSystem system = {
+        std::vector<int>(n, 1), std::vector<int>(n, 1), shifts, std::vector<double>(n * n, 0.0), 100.0, 1e-7, 0};
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        for (std::size_t j = i + 1; j < n; ++j) {
+            system.Couplings[i * n + j] = system.Couplings[j * n + i] = upperCouplings.at(next++);
+        }
+    }
+    return system;
+}
+
+template <class Record> static Record* CopyToArray(const std::vector<Record>& values) {
+    Record* array = AllocateArray<Record>(static_cast<long long>(values.size()));
+    std::copy(values.begin(), values.end(), array);
+    return array;
+}
+
+static void FreeRunArrays() {
+    Run.ActiveRunKind = SpectrumRun;  // the first call of a process would free nothing
+    FreeRunData();
+}
+
+void LoadSpinSystem(const SpinSystem& system) {
+    FreeRunArrays();
+    Run.CalculateSpectra = 1;
+    Run.SpinGroupCount = static_cast<int>(system.Nuclei.size());
+    Run.IsotopicNumbers = CopyToArray(system.Isotopes);
+    Run.NucleiInGroup = CopyToArray(system.Nuclei);
+    Run.ChemicalShifts = CopyToArray(system.Shifts);
+    Run.CouplingMatrix = CopyToArray(system.Couplings);
+    Run.NMRFrequency = system.Frequency;
+    Run.MinimalIntensity = system.MinimalIntensity;
+    Run.UseWeakCoupling = system.Weak;
+}
+
+std::vector<SpectrumLine> Simulate(const SpinSystem& system) {
+    LoadSpinSystem(system);
+    ComputeSpectrum();
+    const std::vector<SpectrumLine> lines = FinishedLines();
+    FreeRunArrays();
+    return lines;
+}
+
+void LoadLines(const std::vector<SpectrumLine>& lines) {
+    FreeArray(Run.SpectrumLines);
+    Run.SpectrumLineCapacity = 0;
+    ReserveLines(static_cast<long long>(lines.size()));
+    std::copy(lines.begin(), lines.end(), Run.SpectrumLines);
+}
+
+std::vector<SpectrumLine> FinishedLines() {
+    return {Run.SpectrumLines, Run.SpectrumLines + Run.SpectrumLineCount};
+}
+
+double TotalIntensity(const std::vector<SpectrumLine>& lines) {
+    double sum = 0.0;
+    for (const SpectrumLine& line : lines) {
+        sum += static_cast<double>(line.Intensity);
+    }
+    return sum;
+}
+
+double FirstMoment(const std::vector<SpectrumLine>& lines) {
+    double sum = 0.0;
+    for (const SpectrumLine& line : lines) {
+        sum += static_cast<double>(line.Intensity) * static_cast<double>(line.Frequency);
+    }
+    return sum;
+}
+
+TemporaryDirectory::TemporaryDirectory() {
+    char name[] = "/tmp/velkoranXXXXXX";
+    Path = mkdtemp(name);
+}
+
+TemporaryDirectory::~TemporaryDirectory() {
+    std::error_code error;
+    std::filesystem::remove_all(Path, error);
+}
+
+std::string ReadText(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file || std::filesystem::is_directory(path)) {
+        return "(no file)";
+    }
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+void WriteText(const std::string& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+std::string Replaced(std::string text, const std::string& part, const std::string& by) {
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + by.size())) {
+        text.replace(at, part.size(), by);
+    }
+    return text;
+}
+
+int ExitCodeOfChild(const std::function<void()>& steps) {
+    std::fflush(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(ChildSeconds);
+        steps();
+        std::fflush(nullptr);
+        _exit(98);  // the steps came back
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+void UseFilesIn(const std::string& directory) {
+    static char logPath[FilePathSize];
+    std::snprintf(Run.InputFilePath, FilePathSize, "%s/nmrspect.in", directory.c_str());
+    std::snprintf(Run.OutputFilePath, FilePathSize, "%s/nmrspect.out", directory.c_str());
+    std::snprintf(logPath, FilePathSize, "%s/run.log", directory.c_str());
+    Run.LogFilePath = logPath;
+    Run.LogEnabled = 1;
+    Run.ConsoleMode = 0;
+    Run.RunKind = SpectrumRun;
+}
+
+void ResetRun() {
+    FreeRunArrays();
+    ::Run = RunState();
+}

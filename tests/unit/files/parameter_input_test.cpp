@@ -1,0 +1,551 @@
+// SPDX-License-Identifier: MIT
+// The reader of nmrparam.in within the process: blocks, atom lines, selections, crooked markers, long lines, damaged
+// streams. Each refusal is also a whole run (parameter_runs/).
+#include "files/parameter_files.h"
+#include "files/parameter_input.h"
+#include "files/run_input.h"
+#include "ground/memory.h"
+#include "tests/support/test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+static const std::string NMRBlock = "NMRSelectionBegin\n1\nmol 1 atom 1\nNMRSelectionEnd\n";
+static const std::string Water = "AtomsBegin\n3\nmol 1\n"
+                                 "atom 1 O1 O O - -0.5 1.5 -2.5 3.5 2 2 s 3 d\n"
+                                 "atom 2 H1 H H s 0.25 0 0 1 1 1 s\n"
+                                 "atom 3 H2 H H - 0.25 0 1 0 1 1 s\n"
+                                 "AtomsEnd\n";
+
+// A bare system of count hydrogen atoms in molecules of the sizes that are given.
+static std::string Hydrogens(int count, const std::vector<int>& molecules) {
+    std::string text = "AtomsBegin\n" + std::to_string(count) + "\n";
+    for (const int size : molecules) {
+        text += "mol\n";
+        for (int i = 0; i < size; ++i) {
+            text += "atom 1 H H H - 0 0 0 0 0\n";
+        }
+    }
+    return text + "AtomsEnd\n";
+}
+
+static void LoadTypes(const std::vector<std::string>& names) {
+    ::Run.AtomTypeCount = static_cast<int>(names.size());
+    FreeArray(::Run.AtomTypeNames);
+    ::Run.AtomTypeNames = AllocateZeroed<AtomTypeName>(::Run.AtomTypeCount);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        std::strcpy(::Run.AtomTypeNames[i].Text, names[i].c_str());
+    }
+}
+
+static void PrepareReading(const std::string& directory) {
+    UseFilesIn(directory);
+    ::Run.RunKind = ParameterRun;
+}
+
+// Warnings of the reading that has been taken.
+static std::string LogText;
+
+// Reads a text; "" when it is taken, else the line in the output file.
+static std::string ReadInput(const std::string& text) {
+    TemporaryDirectory work;
+    const std::string path = work.Path + "/nmrspect.in";
+    WriteText(path, text);
+    const auto read = [&] {
+        PrepareReading(work.Path);
+        ReadRunInput();
+    };
+    const int exitCode = ExitCodeOfChild(read);
+    LogText = ReadText(work.Path + "/run.log");
+    if (exitCode == 98) {
+        read();
+        return "";
+    }
+    EXPECT_EQ(exitCode, 0);
+    return Replaced(ReadText(work.Path + "/nmrspect.out"), path, "<INPUT>");
+}
+
+static std::string AtomLine(const std::string& line) {
+    return ReadInput(NMRBlock + "AtomsBegin\n2\nmol\n" + line + "\natom 2 H H H - 0 0 0 0 0\nAtomsEnd\n");
+}
+
+static std::string BadRecord(int atom) {
+    return "ERRMSG: Input file <INPUT> has a bad record for atom " + std::to_string(atom) + ".\n";
+}
+
+static std::string Unknown(const std::string& line) {
+    return "Unknown initialization: " + line + " in nmrparam.in.\n";
+}
+
+class ParameterInput : public testing::Test {
+protected:
+    void SetUp() override {
+        ResetRun();
+        LoadTypes({"H", "C", "O", "CT", "H"});
+    }
+    void TearDown() override {
+        FreeArray(::Run.AtomTypeNames);
+        ResetRun();
+    }
+};
+
+TEST_F(ParameterInput, FillsTheSystem) {
+    EXPECT_EQ(ReadInput("TotalCharge = -1\n" + NMRBlock + Water), "");
+    EXPECT_EQ(::Run.TotalCharge, -1);
+    EXPECT_EQ(::Run.AtomCount, 3);
+    EXPECT_EQ(::Run.NMRAtomCount, 1);
+    EXPECT_EQ(::Run.NMRAtomList[0], 1);
+    EXPECT_EQ(::Run.SelectedAtomCount, -1);
+    const AtomRecord& oxygen = ::Run.AtomRecords[0];
+    EXPECT_EQ(oxygen.AtomIndex, 0);
+    EXPECT_EQ(oxygen.AtomicNumber, 8);
+    EXPECT_EQ(oxygen.AtomType, 2);
+    EXPECT_EQ(oxygen.MoleculeIndex, 1);
+    EXPECT_EQ(oxygen.SelectionState, 0);
+    EXPECT_EQ(oxygen.BondCount, 2);
+    EXPECT_EQ(oxygen.BondedAtoms[0], 1);
+    EXPECT_EQ(oxygen.BondedAtoms[1], 2);
+    EXPECT_EQ(oxygen.AtomCharge, -0.5f);
+    EXPECT_EQ(::Run.AtomCoordinates[0].Position[0], 1.5);
+    EXPECT_EQ(::Run.AtomCoordinates[0].Position[1], -2.5);
+    EXPECT_EQ(::Run.AtomCoordinates[0].Position[2], 3.5);
+    EXPECT_EQ(::Run.AtomRecords[2].AtomIndex, 2);
+    EXPECT_EQ(::Run.AtomRecords[1].AtomType, 4);  // the last of the names that match
+    EXPECT_EQ(::Run.AtomRecords[1].AtomCharge, 0.25f);
+    EXPECT_EQ(::Run.ActiveRunKind, ParameterRun);
+    EXPECT_EQ(::Run.ErrorFrameTop, nullptr);
+    EXPECT_EQ(LogText, "(no file)");
+}
+
+// The flags say nothing in the end: selected or not is what the quantum selection says.
+TEST_F(ParameterInput, FlagsAreWithoutEffect) {
+    EXPECT_EQ(ReadInput(NMRBlock + Water), "");
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(::Run.AtomRecords[i].SelectionState, 0);
+    }
+    EXPECT_EQ(ReadInput(NMRBlock + "QuantumSelectionBegin\n1\nmol 1 atom 3\nQuantumSelectionEnd\n" + Water), "");
+    EXPECT_EQ(::Run.AtomRecords[0].SelectionState, 1);
+    EXPECT_EQ(::Run.AtomRecords[1].SelectionState, 1);  // in spite of its "s"
+    EXPECT_EQ(::Run.AtomRecords[2].SelectionState, 0);
+    EXPECT_EQ(::Run.SelectedAtomCount, 0);
+}
+
+TEST_F(ParameterInput, BlocksStandInAnyOrder) {
+    const std::string quantum = "QuantumSelectionBegin\n1\nmol 1 atom 2\nQuantumSelectionEnd\n";
+    for (const std::string& text : {Water + quantum + NMRBlock, quantum + Water + NMRBlock, NMRBlock + Water + quantum,
+                                    Water + NMRBlock + quantum + "TotalCharge = 4\n"}) {
+        EXPECT_EQ(ReadInput(text), "");
+        EXPECT_EQ(::Run.NMRAtomList[0], 1);
+        EXPECT_EQ(::Run.AtomRecords[1].SelectionState, 0);
+        EXPECT_EQ(::Run.AtomRecords[0].SelectionState, 1);
+    }
+    EXPECT_EQ(::Run.TotalCharge, 4);
+}
+
+TEST_F(ParameterInput, PositionsCountWithinAMolecule) {
+    const std::string nmr =
+        "NMRSelectionBegin\n4\nmol 2 atom 1\nx 3 y 2\nmol 1 atom 2\nmol 2 atom 1\nNMRSelectionEnd\n";
+    EXPECT_EQ(ReadInput(nmr + Hydrogens(5, {2, 1, 2})), "");
+    EXPECT_EQ(std::vector<int>(::Run.NMRAtomList, ::Run.NMRAtomList + 4), std::vector<int>({3, 5, 2, 3}));
+    EXPECT_EQ(ReadInput(Replaced(nmr, "x 3 y 2", "mol 2 atom 2") + Hydrogens(5, {2, 1, 2})),
+              "ERRMSG: NMR atom 2 in mol 2 in the input file <INPUT> isn't presented in the current systems.\n");
+}
+
+// An atom before any molecule line belongs to molecule 0, which no selection can name.
+TEST_F(ParameterInput, AtomsBeforeTheFirstMolecule) {
+    const std::string atoms = "AtomsBegin\n2\natom 1 C C C - 0 0 0 0 0\nmol\natom 1 H H H - 0 0 0 0 0\nAtomsEnd\n";
+    EXPECT_EQ(ReadInput(NMRBlock + atoms), "");
+    EXPECT_EQ(::Run.AtomRecords[0].MoleculeIndex, 0);
+    EXPECT_EQ(::Run.AtomRecords[1].MoleculeIndex, 1);
+    EXPECT_EQ(::Run.NMRAtomList[0], 2);
+    EXPECT_EQ(
+        ReadInput(Replaced(NMRBlock, "mol 1", "mol 0") + atoms),
+        "ERRMSG: The indices of the NMR atoms (in the input file <INPUT>) cann't be less than or equal to zero.\n");
+}
+
+TEST_F(ParameterInput, NeighboursCountWithinTheirMolecule) {
+    EXPECT_EQ(ReadInput(NMRBlock + "AtomsBegin\n4\nmol\n" + "atom 1 H H H - 0 0 0 0 1 2 h\natom 7 H H H - 0 0 0 0 0\n" +
+                        "mol\natom 1 H H H - 0 0 0 0 2 2 t 1 a\natom 9 H H H - 0 0 0 0 1 1 s extra\nAtomsEnd\n"),
+              "");
+    EXPECT_EQ(::Run.AtomRecords[0].BondedAtoms[0], 1);
+    EXPECT_EQ(::Run.AtomRecords[2].BondedAtoms[0], 3);
+    EXPECT_EQ(::Run.AtomRecords[2].BondedAtoms[1], 2);
+    EXPECT_EQ(::Run.AtomRecords[3].BondedAtoms[0], 2);
+}
+
+TEST_F(ParameterInput, NeighboursOutsideTheSystem) {
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 0 s"), BadRecord(1));
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 -1 s"), BadRecord(1));
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 2 s"), "");
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 3 s"), BadRecord(1));
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 2147483647 s"), BadRecord(1));
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 -2147483648 s"), BadRecord(1));
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 99999999999999999999 s"), BadRecord(1));
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 1 s"), "");  // itself
+}
+
+// A number counts on into the next molecule, and from 0 downwards into the molecules before, as far as the system goes.
+TEST_F(ParameterInput, NeighboursInOtherMolecules) {
+    const auto third = [](const std::string& number) {
+        return ReadInput(NMRBlock + "AtomsBegin\n5\nmol\natom 1 H H H - 0 0 0 0 0\natom 2 H H H - 0 0 0 0 0\nmol\n" +
+                         "atom 1 H H H - 0 0 0 0 1 " + number + " s\natom 2 H H H - 0 0 0 0 0\nmol\n" +
+                         "atom 1 H H H - 0 0 0 0 0\nAtomsEnd\n");
+    };
+    for (int number = -1; number <= 3; ++number) {
+        EXPECT_EQ(third(std::to_string(number)), "");
+        EXPECT_EQ(::Run.AtomRecords[2].BondedAtoms[0], 2 + number - 1);
+    }
+    for (const std::string number : {"-2", "4", "-2147483648", "2147483647"}) {
+        EXPECT_EQ(third(number), BadRecord(3));
+    }
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 2 s\nmol"), "");
+    EXPECT_EQ(::Run.AtomRecords[0].BondedAtoms[0], 1);
+}
+
+// What else is wrong with an input explains more than a neighbour outside the system, and comes first.
+TEST_F(ParameterInput, NeighboursAreRefusedLast) {
+    const std::string far = "AtomsBegin\n2\nmol\natom 1 H H H - 0 0 0 0 1 3 s\natom 2 H H H - 0 0 0 0 0\n";
+    const std::string block = far + "AtomsEnd\n";
+    EXPECT_EQ(ReadInput(NMRBlock + block), BadRecord(1));
+    EXPECT_EQ(ReadInput(block + NMRBlock + "x = 1\n"), BadRecord(1));
+    EXPECT_EQ(LogText, Unknown("x = 1"));
+    const auto refusal = [](const std::string& text) {
+        const std::string output = ReadInput(text);
+        return output.substr(0, output.find(" the input file"));
+    };
+    EXPECT_EQ(ReadInput(NMRBlock + far + "atom 3 H H H - 0 0 0 0 0\nAtomsEnd\n"),
+              "ERRMSG: The number of atoms in the current system is bigger than you specified in the input file "
+              "<INPUT>.\n");
+    EXPECT_EQ(ReadInput(NMRBlock + far + "mol\natom 1 X H H - 0 0 0 0 0\nAtomsEnd\n").find("ERRMSG: The number"), 0u);
+    EXPECT_EQ(ReadInput(NMRBlock + Replaced(block, "2 H H", "2 X X")),
+              "ERRMSG: Input file <INPUT> has an undefined element X for atom 2.\n");
+    EXPECT_EQ(ReadInput(NMRBlock + Replaced(block, "H - 0 0 0 0 0", "H - 0 0 0 0 1 1 x")),
+              "ERRMSG: Input file <INPUT> has a bad bond order x for atom 2.\n");
+    EXPECT_EQ(ReadInput(NMRBlock + Replaced(block, "H - 0 0 0 0 0", "H - 0 0 0 0")), BadRecord(2));
+    EXPECT_EQ(refusal(block + "NMRSelectionBegin\nx"),
+              "ERRMSG: Velkoran has met troubles when reading in the number of NMR atoms from input file <INPUT>.\n");
+    EXPECT_EQ(refusal(NMRBlock + block + "QuantumSelectionBegin\nx"),
+              "ERRMSG: Velkoran has met troubles when reading in the number of selected atoms from");
+    EXPECT_EQ(ReadInput(block), "ERRMSG: Input file <INPUT> doesn't have NMR selection of atoms beginning with "
+                                "NMRSelectionBegin and ending with NMRSelectionEnd.\n");
+    EXPECT_EQ(refusal(block + Replaced(NMRBlock, "atom 1", "atom 3")), "ERRMSG: NMR atom 3 in mol 1 in");
+    EXPECT_EQ(refusal(NMRBlock + block + "QuantumSelectionBegin\n1\nmol 1 atom 3\nQuantumSelectionEnd\n"),
+              "ERRMSG: Selected atom 3 in mol 1 in");
+    EXPECT_EQ(ReadInput("CalculateSpectra = yes\n" + NMRBlock + block).find("ERRMSG: Sorry, Velkoran"), 0u);
+}
+
+TEST_F(ParameterInput, CountsOfNeighbours) {
+    std::string twelve;
+    for (int k = 0; k < 12; ++k) {
+        twelve += " 2 s";
+    }
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 12" + twelve), "");
+    EXPECT_EQ(::Run.AtomRecords[0].BondCount, 12);
+    EXPECT_EQ(::Run.AtomRecords[0].BondedAtoms[11], 1);
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 13" + twelve + " 2 s"), BadRecord(1));
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 2147483647" + twelve), BadRecord(1));
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 0 5 z"), "");  // what is beyond the count isn't looked at
+}
+
+TEST_F(ParameterInput, MissingItemsOfAnAtomLine) {
+    const std::vector<std::string> items = {"atom", "1", "H", "H", "H", "-", "0", "1",
+                                            "2",    "3", "2", "2", "s", "2", "s"};
+    for (std::size_t count = 1; count <= items.size(); ++count) {
+        std::string line = items[0];
+        for (std::size_t i = 1; i < count; ++i) {
+            line += " " + items[i];
+        }
+        EXPECT_EQ(AtomLine(line), count < items.size() ? BadRecord(1) : "") << line;
+    }
+    EXPECT_EQ(AtomLine("atom x H H H - 0 0 0 0 0"), BadRecord(1));
+    EXPECT_EQ(AtomLine("atom 1 H H H - x 0 0 0 0"), BadRecord(1));
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 nan 0 0 0"), BadRecord(1));
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 1e999 0"), BadRecord(1));
+    EXPECT_EQ(AtomLine("ATOMIC 1 H H H - 0 0 0 0 0"), "");  // four letters make an atom line
+}
+
+// Words are cut by their widths, and the rest of a word is the next item.
+TEST_F(ParameterInput, WidthsOfTheWords) {
+    EXPECT_EQ(AtomLine("atom 1 HYDROGEN H H - 0 0 0 0 0"), BadRecord(1));  // HYDR, OGE, N, H, and "-" is no charge
+    EXPECT_EQ(AtomLine("atom 1 HYDROGEN H 0 0 0 0 0"),
+              "ERRMSG: Input file <INPUT> has an undefined element OGE for atom 1.\n");
+    EXPECT_EQ(AtomLine("atom 1 HYDRO H - 0 0 0 0 0"), "");  // name HYDR, element O, type H
+    EXPECT_EQ(::Run.AtomRecords[0].AtomicNumber, 8);
+    EXPECT_EQ(AtomLine("atom 1 H   008C flagsx0 0 0 0 0"), "");  // element 008, type C, flags of six letters
+    EXPECT_EQ(::Run.AtomRecords[0].AtomicNumber, 8);
+    EXPECT_EQ(::Run.AtomRecords[0].AtomType, 1);
+}
+
+// The names of many types are found as one of few is: the last that matches, in any case.
+TEST_F(ParameterInput, ManyTypes) {
+    std::vector<std::string> names;
+    for (int i = 0; i < 1000; ++i) {
+        names.push_back(std::string("Q").append(std::to_string(i % 900)));
+    }
+    LoadTypes(names);
+    EXPECT_EQ(ReadInput(NMRBlock + "AtomsBegin\n3\nmol\natom 1 H H q7 - 0 0 0 0 0\natom 1 H H Q107 - 0 0 0 0 0\n" +
+                        "atom 1 H H q899 - 0 0 0 0 0\nAtomsEnd\n"),
+              "");
+    EXPECT_EQ(::Run.AtomRecords[0].AtomType, 907);
+    EXPECT_EQ(::Run.AtomRecords[1].AtomType, 107);
+    EXPECT_EQ(::Run.AtomRecords[2].AtomType, 899);
+}
+
+TEST_F(ParameterInput, BondLetters) {
+    for (const std::string letter : {"h", "s", "d", "t", "a"}) {
+        EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 2 " + letter), "");
+        EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 2" + letter + "ingle"), "");
+    }
+    for (const std::string letter : {"S", "x", "1", "-", "%"}) {
+        EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 2 " + letter + "d"),
+                  "ERRMSG: Input file <INPUT> has a bad bond order " + letter + " for atom 1.\n");
+    }
+    EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 2"), BadRecord(1));
+}
+
+TEST_F(ParameterInput, ElementsByNameOrNumber) {
+    const auto element = [](const std::string& name) {
+        EXPECT_EQ(AtomLine("atom 1 H " + name + " H - 0 0 0 0 0"), "") << name;
+        return ::Run.AtomRecords[0].AtomicNumber;
+    };
+    EXPECT_EQ(element("cL"), 17);
+    EXPECT_EQ(element("LP"), 0);
+    EXPECT_EQ(element("lr"), 103);
+    EXPECT_EQ(element("0"), 0);
+    EXPECT_EQ(element("06"), 6);
+    EXPECT_EQ(element("999"), 999);
+    EXPECT_EQ(element("6x"), 6);
+    for (const std::string name : {"X", "-1", "D", "Hx"}) {
+        EXPECT_EQ(AtomLine("atom 1 H " + name + " H - 0 0 0 0 0"),
+                  "ERRMSG: Input file <INPUT> has an undefined element " + name + " for atom 1.\n");
+    }
+}
+
+TEST_F(ParameterInput, TypesByNameOrNumber) {
+    const auto type = [](const std::string& name) {
+        EXPECT_EQ(AtomLine("atom 1 H H " + name + " - 0 0 0 0 0"), "") << name;
+        return ::Run.AtomRecords[0].AtomType;
+    };
+    EXPECT_EQ(type("c"), 1);
+    EXPECT_EQ(type("ct"), 3);
+    EXPECT_EQ(type("h"), 4);
+    EXPECT_EQ(type("0"), 0);
+    EXPECT_EQ(type("9999"), 9999);  // the range is tested later
+    EXPECT_EQ(type("3rd"), 3);
+    EXPECT_EQ(AtomLine("atom 1 H H CTX - 0 0 0 0 0"),
+              "ERRMSG: Input file <INPUT> has an undefined atom type CTX for atom 1.\n");
+}
+
+// Missing records stay cleared; they are atoms of the system as far as neighbours go.
+TEST_F(ParameterInput, FewerAtomLinesThanTheCount) {
+    EXPECT_EQ(ReadInput(NMRBlock + Hydrogens(4, {1})), "");
+    EXPECT_EQ(::Run.AtomCount, 4);
+    EXPECT_EQ(::Run.AtomRecords[3].AtomicNumber, 0);
+    EXPECT_EQ(::Run.AtomRecords[3].MoleculeIndex, 0);
+    EXPECT_EQ(::Run.AtomRecords[3].BondCount, 0);
+    EXPECT_EQ(::Run.AtomCoordinates[3].Position[0], 0.0);
+    EXPECT_EQ(ReadInput(NMRBlock + "AtomsBegin\n3\nmol\natom 1 H H H - 0 0 0 0 1 3 s\nAtomsEnd\n"), "");
+    EXPECT_EQ(::Run.AtomRecords[0].BondedAtoms[0], 2);
+    EXPECT_EQ(ReadInput(NMRBlock + Hydrogens(2, {3})),
+              "ERRMSG: The number of atoms in the current system is bigger than you specified in the input file "
+              "<INPUT>.\n");
+}
+
+TEST_F(ParameterInput, RepeatedBlocksReplaceTheEarlierOnes) {
+    const std::string other = "nmrselectionbegin\n2\nmol 1 atom 3\nmol 1 atom 2\nNMRSELECTIONEND\n";
+    EXPECT_EQ(ReadInput(NMRBlock + Water + other), "");
+    EXPECT_EQ(::Run.NMRAtomCount, 2);
+    EXPECT_EQ(::Run.NMRAtomList[0], 3);
+    EXPECT_EQ(ReadInput(NMRBlock + Water + Hydrogens(2, {1, 1})), "");
+    EXPECT_EQ(::Run.AtomCount, 2);
+    EXPECT_EQ(::Run.AtomRecords[1].MoleculeIndex, 2);
+    const std::string quantum = "QuantumSelectionBegin\n1\nmol 1 atom 1\nQuantumSelectionEnd\n";
+    EXPECT_EQ(ReadInput(quantum + Replaced(quantum, "atom 1", "atom 2") + NMRBlock + Water), "");
+    EXPECT_EQ(::Run.AtomRecords[0].SelectionState, 1);
+    EXPECT_EQ(::Run.AtomRecords[1].SelectionState, 0);
+}
+
+TEST_F(ParameterInput, CountsAndEntriesStandInAnySpacing) {
+    EXPECT_EQ(ReadInput("NMRSelectionBegin\n\n  2 mol 1\natom\n\n3 a 1b 1\n\nNMRSelectionEnd\n" + Water), "");
+    EXPECT_EQ(::Run.NMRAtomList[0], 3);
+    EXPECT_EQ(::Run.NMRAtomList[1], 1);
+    // Behind the count all white space is swallowed, and so a first line within the block may begin with blanks.
+    const std::string spaced = Replaced(Water, "\n3\nmol 1", "\n\n\t3\n\n mol\n mol\nmol 2");
+    EXPECT_EQ(ReadInput(Replaced(NMRBlock, "mol 1", "mol 2") + spaced), "");
+    EXPECT_EQ(::Run.AtomRecords[0].MoleculeIndex, 2);
+    const std::string longWords =
+        "NMRSelectionBegin\n1\n" + std::string(900, 'm') + " 1 " + std::string(900, 'a') + " 2\nNMRSelectionEnd\n";
+    EXPECT_EQ(ReadInput(longWords + Water), "");
+    EXPECT_EQ(::Run.NMRAtomList[0], 2);
+}
+
+// Trailing blanks of a marker are removed, leading ones aren't; those before an option key are skipped.
+TEST_F(ParameterInput, BlanksAroundMarkersAndKeys) {
+    const std::string trailing = Replaced(Replaced(NMRBlock, "Begin", "Begin \t\f"), "End", "End  \x01");
+    EXPECT_EQ(ReadInput("  TotalCharge = 2  \n" + trailing + Replaced(Water, "AtomsBegin", "ATOMSBEGIN   ")), "");
+    EXPECT_EQ(::Run.TotalCharge, 2);
+    EXPECT_EQ(ReadInput(std::string(" ") + NMRBlock + Water),
+              "ERRMSG: Input file <INPUT> doesn't have NMR selection of atoms beginning with NMRSelectionBegin and "
+              "ending with NMRSelectionEnd.\n");
+    EXPECT_EQ(ReadInput(NMRBlock + std::string(" ") + Water),
+              "ERRMSG: Input file <INPUT> doesn't have coordinates for the current system beginning with AtomBegin and "
+              "ending with AtomEnd.\n");
+    // Directly behind the entries white space is swallowed; elsewhere the end isn't seen, and the atoms go with it.
+    EXPECT_EQ(ReadInput(Replaced(NMRBlock, "NMRSelectionEnd", " NMRSelectionEnd") + Water), "");
+    EXPECT_EQ(ReadInput(Replaced(NMRBlock, "NMRSelectionEnd", ";\n NMRSelectionEnd") + Water),
+              "ERRMSG: Input file <INPUT> doesn't have coordinates for the current system beginning with AtomBegin and "
+              "ending with AtomEnd.\n");
+    // The end of the atoms isn't seen: the block ends with the file, and the option in it isn't read.
+    EXPECT_EQ(ReadInput(NMRBlock + Replaced(Water, "AtomsEnd", " AtomsEnd") + "TotalCharge = 5\n"), "");
+    EXPECT_EQ(::Run.TotalCharge, 0);
+}
+
+TEST_F(ParameterInput, BeginningsOfLinesWithinTheAtoms) {
+    EXPECT_EQ(ReadInput(NMRBlock + Replaced(Water, "AtomsEnd", "atomsENDED here\nTotalCharge = 3")), "");
+    EXPECT_EQ(::Run.TotalCharge, 3);
+    EXPECT_EQ(ReadInput(NMRBlock + Replaced(Water, "AtomsEnd", "endmol 1\n atom x\nTotalCharge = 3\n; mol\nAtomsEnd")),
+              "");
+    EXPECT_EQ(::Run.TotalCharge, 0);
+    EXPECT_EQ(ReadInput(NMRBlock + Replaced(Water, "mol 1\n", "molecule\nMOL\nMolten\n") + ""),
+              "ERRMSG: NMR atom 1 in mol 1 in the input file <INPUT> isn't presented in the current systems.\n");
+    EXPECT_EQ(ReadInput(NMRBlock + Replaced(Water, "AtomsEnd", "Atoms")),
+              "ERRMSG: The number of atoms in the current system is bigger than you specified in the input file "
+              "<INPUT>.\n");
+}
+
+// Within a selection only its end ends it; at the end of the file what is left in the line goes on.
+TEST_F(ParameterInput, SelectionsWithoutAnEnd) {
+    const std::string open = "NMRSelectionBegin\n1\nmol 1 atom 1\n; comment\nTotalCharge = 3\n";
+    EXPECT_EQ(ReadInput(Water + open + "NMRSelectionEnd\n"), "");
+    EXPECT_EQ(::Run.TotalCharge, 0);
+    EXPECT_EQ(LogText, "(no file)");
+    EXPECT_EQ(ReadInput(Water + open), "");
+    EXPECT_EQ(::Run.TotalCharge, 0);
+    EXPECT_EQ(LogText, Unknown("TotalCharge = 3"));  // the last line, met as no option
+    EXPECT_EQ(ReadInput(Water + open + "QuantumSelectionBegin"),
+              "ERRMSG: Velkoran has met troubles when reading in the number of selected atoms from the input file "
+              "<INPUT>.\n");
+    EXPECT_EQ(ReadInput(Water + open + "AtomsBegin \n"),
+              "ERRMSG: Velkoran has met troubles when reading in the number of atoms in the system from the input file "
+              "<INPUT>.\n");
+    EXPECT_EQ(ReadInput(Water + NMRBlock + "QuantumSelectionBegin\n1\nm 1 a 1\nAtomsBegin"),
+              "ERRMSG: Velkoran has met troubles when reading in the number of atoms in the system from the input file "
+              "<INPUT>.\n");
+}
+
+TEST_F(ParameterInput, UnknownOptions) {
+    EXPECT_EQ(ReadInput("totalcharge = 1\nno sign\n; a = b\n\n = \n x=1 \t\n" + NMRBlock + Water), "");
+    EXPECT_EQ(::Run.TotalCharge, 0);
+    EXPECT_EQ(LogText, Unknown("totalcharge = 1") + Unknown(" =") + Unknown(" x=1"));
+    EXPECT_EQ(ReadInput("SemiEmpiricalMethod = tndo3\nTotalCharge = 1\nTotalCharge = 2\n" + NMRBlock + Water), "");
+    EXPECT_EQ(::Run.SemiEmpiricalMethod, 1);
+    EXPECT_EQ(::Run.TotalCharge, 2);
+    EXPECT_EQ(LogText, "(no file)");
+    EXPECT_EQ(ReadInput(" ; x = 1\n" + NMRBlock + Water), "");  // a comment has its sign first
+    EXPECT_EQ(LogText, Unknown(" ; x = 1"));
+}
+
+// 511 characters make a piece, which is a line of its own; the message that names it is cut.
+TEST_F(ParameterInput, LongLinesAreReadInPieces) {
+    const std::string start = "TotalCharge = 3" + std::string(496, ' ');
+    EXPECT_EQ(ReadInput(start + "TotalCharge = 4" + std::string(85, ' ') + "\n" + NMRBlock + Water), "");
+    EXPECT_EQ(::Run.TotalCharge, 4);
+    EXPECT_EQ(ReadInput(std::string(";") + std::string(510, 'x') + "TotalCharge = 5\n" + NMRBlock + Water), "");
+    EXPECT_EQ(::Run.TotalCharge, 5);
+    EXPECT_EQ(ReadInput(std::string(";") + std::string(509, 'x') + "\nTotalCharge = 6\n" + NMRBlock + Water), "");
+    EXPECT_EQ(::Run.TotalCharge, 6);
+    EXPECT_EQ(ReadInput(std::string(511, ' ') + NMRBlock + std::string(511, 'x') + Water), "");
+    EXPECT_EQ(ReadInput(std::string(510, 'x') + "=" + std::string(89, 'y') + "\n" + NMRBlock + Water), "");
+    EXPECT_EQ(LogText, ("Unknown initialization: " + std::string(400, 'x')).substr(0, 399) + "\n");
+    EXPECT_EQ(
+        ReadInput(NMRBlock + "AtomsBegin\n1\nmol\natom 1 H H H - 0 0 0 0" + std::string(600, ' ') + "0\nAtomsEnd\n"),
+        BadRecord(1));
+}
+
+TEST_F(ParameterInput, CarriageReturns) {
+    EXPECT_EQ(ReadInput(Replaced("TotalCharge = 2\nCalculateCoupling = no\n" + NMRBlock + Water, "\n", "\r\n")), "");
+    EXPECT_EQ(::Run.TotalCharge, 2);
+    EXPECT_EQ(::Run.CalculateCoupling, 0);
+    EXPECT_EQ(::Run.AtomRecords[2].AtomicNumber, 1);
+    EXPECT_EQ(LogText, "(no file)");
+}
+
+// A null byte ends its line; at the beginning the line is skipped.
+TEST_F(ParameterInput, NullBytes) {
+    using namespace std::string_literals;
+    EXPECT_EQ(ReadInput("\0x = 1\nTotalCharge = 2\0 3\ny\0 = 1\n"s + NMRBlock + Water), "");
+    EXPECT_EQ(::Run.TotalCharge, 2);
+    EXPECT_EQ(LogText, "(no file)");
+}
+
+// The test for atoms comes before that for an NMR selection.
+TEST_F(ParameterInput, OrderOfTheTestsAtTheEnd) {
+    const std::string noAtoms = "ERRMSG: Input file <INPUT> doesn't have coordinates for the current system beginning "
+                                "with AtomBegin and ending with AtomEnd.\n";
+    EXPECT_EQ(ReadInput(""), noAtoms);
+    EXPECT_EQ(ReadInput(NMRBlock), noAtoms);
+    EXPECT_EQ(ReadInput(Water),
+              "ERRMSG: Input file <INPUT> doesn't have NMR selection of atoms beginning with NMRSelectionBegin and "
+              "ending with NMRSelectionEnd.\n");
+    const std::string nowhere = "NMRSelectionBegin\n1\nmol 1 atom 4\nNMRSelectionEnd\n"
+                                "QuantumSelectionBegin\n1\nmol 1 atom 5\nQuantumSelectionEnd\n";
+    EXPECT_EQ(ReadInput("CalculateSpectra = yes\n" + nowhere + Water),
+              "ERRMSG: NMR atom 4 in mol 1 in the input file <INPUT> isn't presented in the current systems.\n");
+    EXPECT_EQ(ReadInput("CalculateSpectra = yes\n" + Replaced(nowhere, "atom 4", "atom 3") + Water),
+              "ERRMSG: Selected atom 5 in mol 1 in the input file <INPUT> isn't presented in the current systems.\n");
+}
+
+TEST_F(ParameterInput, SpectraNeedTheOtherTwoOff) {
+    const std::string both = "ERRMSG: Sorry, Velkoran doesn't accept both NMR parameter calculation and NMR spectrum "
+                             "calculation at the same time.\n";
+    const std::string rest = NMRBlock + Water;
+    EXPECT_EQ(ReadInput("CalculateSpectra = yes\n" + rest), both);
+    EXPECT_EQ(ReadInput("CalculateSpectra = yes\nCalculateShielding = no\n" + rest), both);
+    EXPECT_EQ(ReadInput("CalculateSpectra = yes\nCalculateCoupling = no\n" + rest), both);
+    EXPECT_EQ(ReadInput("CalculateSpectra = yes\nCalculateCoupling = no\nCalculateShielding = no\n" + rest), "");
+}
+
+TEST_F(ParameterInput, LogPrintLevelOfTenSwitchesTheLogOff) {
+    EXPECT_EQ(ReadInput("LogPrintLevel = 9\n" + NMRBlock + Water), "");
+    EXPECT_EQ(::Run.LogEnabled, 1);
+    EXPECT_EQ(ReadInput("LogPrintLevel = 10\nx = 1\n" + NMRBlock + Water), "");
+    EXPECT_EQ(::Run.LogEnabled, 0);
+    EXPECT_EQ(LogText, Unknown("x = 1"));  // what came while reading stays
+}
+
+// A stream that gives a text and then an error instead of its end.
+struct DamagedStream {
+    std::string Text;
+    std::size_t Place;
+};
+
+static ssize_t ReadDamaged(void* cookie, char* buffer, std::size_t size) {
+    auto* stream = static_cast<DamagedStream*>(cookie);
+    const std::size_t length = std::min(size, stream->Text.size() - stream->Place);
+    if (length == 0) {
+        errno = EIO;
+        return -1;
+    }
+    std::memcpy(buffer, stream->Text.data() + stream->Place, length);
+    stream->Place += length;
+    return static_cast<ssize_t>(length);
+}
+
+// A read error comes before what is missing in the file.
+TEST_F(ParameterInput, ReadErrors) {
+    for (const std::string& text : {NMRBlock + Water, NMRBlock, std::string()}) {
+        TemporaryDirectory work;
+        EXPECT_EQ(ExitCodeOfChild([&] {
+                      PrepareReading(work.Path);
+                      DamagedStream stream = {text, 0};
+                      ReadParameterInput(fopencookie(&stream, "r", {ReadDamaged, nullptr, nullptr, nullptr}));
+                  }),
+                  0);
+        EXPECT_EQ(ReadText(work.Path + "/nmrspect.out"),
+                  "ERRMSG: Velkoran has met troubles when reading the input from thr input file " + work.Path +
+                      "/nmrspect.in.\n");
+    }
+}

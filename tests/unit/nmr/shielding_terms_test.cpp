@@ -1,0 +1,452 @@
+// SPDX-License-Identifier: MIT
+// Tests of the shielding terms: whole systems against independent quadrature, hand values, terms that vanish, both ways
+// to terms 1 and 2, and molecules turned and moved.
+#include "files/parameter_files.h"
+#include "molecule/selected_atoms.h"
+#include "nmr/magnetic_density.h"
+#include "nmr/shielding_terms.h"
+#include "tests/reference/shielding/terms_systems.inc"
+#include "tests/support/molecule_support.h"
+#include "wavefunction/dipole.h"
+#include "wavefunction/orbital_tables.h"
+#include "wavefunction/solve_wavefunction.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <vector>
+
+static constexpr char Tndo1[] = "SemiEmpiricalMethod = TNDO1";
+static constexpr char NoCoupling[] = "CalculateCoupling = no";
+static constexpr char ThreeCentre[] = "ComputeThreeCenterTerms = yes";
+static constexpr char Tensor[] = "CalculateShieldTensor = yes";
+static constexpr char Modified[] = "ModifySlaterExponents = yes";
+static constexpr char DOrbitals[] = "IncludeDOrbitalsForSecondRow = yes";
+
+// The stored values have ten decimals and come from quadratures good to 1e-11 in units of 4213 ppm times densities.
+static constexpr double TermTolerance = 1e-6;  // ppm
+// The 14 x 32 rule of the three-centre integrals against exact ones: 3e-7 at bond distances (measured), times 17.75 ppm
+// and the four elements of a pair with densities up to 1.
+static constexpr double RuleTolerance = 2e-5;  // ppm
+static constexpr double IsotropicFactor = 17.7504539779;
+
+static void UseShieldingTable() {
+    ::Run.ActiveParameters = ::Run.ParameterFileShielding;
+    ::Run.ActiveParameterFile = "nmr_shft.abp";
+    PrepareDipoleFactors();
+    PrepareOrbitalTables();
+}
+
+// The stages of a run after the densities.
+static void FormTerms() {
+    StartShieldingTerms();
+    ComputeDiamagneticOnAtomTerms();
+    for (int k = 0; k < 3; ++k) {
+        for (int j = 0; j < 3; ++j) {
+            if (j == k || ::Run.CalculateShieldTensor) {
+                ComputeParamagneticOnAtomTerms(j, k);
+            }
+        }
+    }
+    if (::Run.ComputeThreeCenterTerms) {
+        ComputeBondTerms();
+        ComputeThreeCentreTerms();
+    }
+    SumShieldingTerms(::Run.ComputeThreeCenterTerms != 0);
+}
+
+static void Calculate() {
+    UseShieldingTable();
+    SolveWavefunction();
+    ComputeMagneticDensities();
+    FormTerms();
+}
+
+static double Term(int number, int place) {
+    return ::Run.ShieldingTerms[number - 1][place];
+}
+
+static Molecule MoleculeOf(const TermsReference& reference) {
+    Molecule molecule;
+    for (int place = 0; place < reference.AtomCount; ++place) {
+        const TermsAtom& atom = reference.Atoms[place];
+        molecule.Atoms.push_back({atom.Element, 0.5 * place, 0.0, 0.0});
+        if (atom.OrbitalCount == 9) {
+            molecule.Options.push_back(DOrbitals);
+        }
+    }
+    return With(molecule, {Tndo1, NoCoupling});
+}
+
+// A reference system in Run as it stands: geometry, exponents, charges and densities are those of the reference.
+static void LoadReference(const TermsReference& reference) {
+    UseShieldingTable();
+    ASSERT_EQ(::Run.OrbitalCount, reference.OrbitalCount);
+    ::Run.FinitePerturbation = 1.0;
+    for (int place = 0; place < reference.AtomCount; ++place) {
+        const TermsAtom& atom = reference.Atoms[place];
+        const int number = ::Run.QuantumSelection.SelectedAtomList[place] - 1;
+        std::copy(atom.Position, atom.Position + 3, ::Run.AtomCoordinates[number].Position);
+        SelectedAtom(place).AtomCharge = static_cast<float>(atom.Charge);
+        AtomTypeParameters& parameters = ::Run.ParameterFileShielding[SelectedAtom(place).AtomType];
+        parameters.SlaterExponentS = atom.Exponents[0];
+        parameters.SlaterExponentP = atom.Exponents[1];
+        parameters.SlaterExponentD = atom.Exponents[2];
+    }
+    const int n = reference.OrbitalCount;
+    const double* next = reference.Density;
+    const double* field[3] = {reference.FieldDensities[0], reference.FieldDensities[1], reference.FieldDensities[2]};
+    for (int row = 0; row < n; ++row) {
+        for (int column = row; column < n; ++column) {
+            ::Run.TotalDensity[row * n + column] = ::Run.TotalDensity[column * n + row] = *next++;
+            for (int k = 0; k < 3; ++k) {
+                const double value = row == column ? 0.0 : *field[k]++;
+                ::Run.MagneticDensities[k][row * n + column] = value;
+                ::Run.MagneticDensities[k][column * n + row] = -value;
+            }
+        }
+    }
+}
+
+// Property: the ten terms and the total of whole molecules. Set-up: water, ammonia and hydrogen sulphide with d
+// orbitals, off every axis, with given densities; exponents of the table, then following the charges. The reference is
+// quadrature that shares no formula. Tolerance: TermTolerance; RuleTolerance for terms 8 to 10, but with hydrogen
+// sulphide, where six Gaussians stand in both. The total has the sum of them.
+TEST(ShieldingTerms, WholeSystems) {
+    for (const TermsReference& reference : TermsReferences) {
+        for (const bool modified : {false, true}) {
+            const LoadedMolecule loaded(
+                With(MoleculeOf(reference), {ThreeCentre, modified ? Modified : "ModifySlaterExponents = no"}));
+            LoadReference(reference);
+            FormTerms();
+            const auto& terms = modified ? reference.ModifiedTerms : reference.Terms;
+            for (int place = 0; place < reference.AtomCount; ++place) {
+                const double three = reference.Atoms[0].OrbitalCount == 9 ? TermTolerance : RuleTolerance;
+                for (int number = 1; number <= 10; ++number) {
+                    EXPECT_NEAR(Term(number, place), terms[number - 1][place], number < 8 ? TermTolerance : three)
+                        << reference.Atoms[0].Element << (modified ? " modified" : "") << ", term " << number
+                        << ", atom " << place + 1;
+                }
+                EXPECT_NEAR(::Run.ShieldingTotal[place], terms[10][place], 7 * TermTolerance + 3 * three);
+            }
+        }
+    }
+}
+
+// Property: tensors, block by block. Set-up: the same systems. The reference follows the same literal blocks with
+// integrals by quadrature. Tolerance: as for the terms. The eigenvalues pass through singles: 2e-7 of the largest
+// value, twice that for the anisotropy.
+TEST(ShieldingTerms, WholeSystemsTensors) {
+    for (const TermsReference& reference : TermsReferences) {
+        const LoadedMolecule loaded(With(MoleculeOf(reference), {Tensor}));
+        LoadReference(reference);
+        FormTerms();
+        const double* blocks[4] = {::Run.ShieldingTensor, ::Run.TensorDiamagneticTwoCentre,
+                                   ::Run.TensorParamagneticOneCentre, ::Run.TensorParamagneticTwoCentre};
+        for (int place = 0; place < reference.AtomCount; ++place) {
+            for (int number = 1; number <= 4; ++number) {
+                EXPECT_NEAR(Term(number, place), reference.TensorTerms[number - 1][place], TermTolerance);
+            }
+            for (int k = 0; k < 36; ++k) {
+                EXPECT_NEAR(blocks[k / 9][9 * place + k % 9], reference.Blocks[k / 9][place][k % 9], TermTolerance)
+                    << reference.Atoms[0].Element << " atom " << place + 1 << " block " << k / 9 << " " << k % 9;
+            }
+        }
+        SolveShieldingTensors();
+        for (int place = 0; place < reference.AtomCount; ++place) {
+            for (int k = 0; k < 9; ++k) {
+                EXPECT_NEAR(::Run.ShieldingTensor[9 * place + k], reference.Tensor[place][k], TermTolerance);
+            }
+            const double* expected = reference.Eigenvalues[place];
+            const double largest = std::max(std::fabs(expected[0]), std::fabs(expected[2]));
+            for (int k = 0; k < 5; ++k) {
+                EXPECT_NEAR(::Run.TensorDiamagneticTwoCentre[9 * place + k], expected[k],
+                            TermTolerance + (k == 4 ? 4e-7 : 2e-7) * largest)
+                    << reference.Atoms[0].Element << " atom " << place + 1 << " value " << k;
+            }
+        }
+    }
+}
+
+// Property: term 1 of a hydrogen atom with a density of 1 is 17.75 ppm times the exponent: <1s|1/r|1s> = zeta. Hand
+// value, for both exponents; without any other atom the other terms are exactly 0. Tolerance: rounding.
+TEST(ShieldingTerms, HydrogenAtom) {
+    for (const char* tensor : {"CalculateShieldTensor = no", Tensor}) {
+        for (const double zeta : {1.0, 1.22}) {
+            const LoadedMolecule loaded(
+                With({{{"H", 0.3, 0.2, 0.1}}}, {Tndo1, NoCoupling, ThreeCentre, tensor, "TotalCharge = 1"}));
+            UseShieldingTable();
+            ::Run.ParameterFileShielding[SelectedAtom(0).AtomType].SlaterExponentS = zeta;
+            ::Run.FinitePerturbation = 1.0;
+            ::Run.TotalDensity[0] = 1.0;
+            for (double* density : ::Run.MagneticDensities) {
+                density[0] = 0.0;
+            }
+            FormTerms();
+            EXPECT_NEAR(Term(1, 0), IsotropicFactor * zeta, 1e-12);
+            EXPECT_EQ(::Run.ShieldingTotal[0], Term(1, 0));
+            for (int number = 2; number <= 10; ++number) {
+                EXPECT_EQ(Term(number, 0), 0.0);
+            }
+        }
+    }
+}
+
+// An s orbital has no angular momentum: terms 3 and 4 are exactly 0, while term 10 is not.
+TEST(ShieldingTerms, HydrogenOnly) {
+    const LoadedMolecule loaded(With({{{"H", 0.3, 0.1, 0.0}, {"H", 1.2, 0.2, 0.1}, {"H", 0.6, 0.9, -0.2}}},
+                                     {Tndo1, NoCoupling, ThreeCentre, Tensor, "TotalCharge = 1"}));
+    Calculate();
+    for (int place = 0; place < 3; ++place) {
+        EXPECT_EQ(Term(3, place), 0.0);
+        EXPECT_EQ(Term(4, place), 0.0);
+        EXPECT_NE(Term(10, place), 0.0);
+    }
+}
+
+// Two atoms have no third centre: terms 8, 9 and 10 are exactly 0.
+TEST(ShieldingTerms, TwoAtoms) {
+    const LoadedMolecule loaded(With({{{"C", 0.3, 0.1, 0.0}, {"O", 1.1, 0.7, 0.4}}}, {Tndo1, NoCoupling, ThreeCentre}));
+    Calculate();
+    for (int place = 0; place < 2; ++place) {
+        for (const int number : {8, 9, 10}) {
+            EXPECT_EQ(Term(number, place), 0.0);
+        }
+        EXPECT_NE(Term(5, place), 0.0);
+        EXPECT_LT(Term(3, place), 0.0);
+    }
+}
+
+// Property: terms 1 to 4 don't depend on the tensor. Set-up: formaldehyde off the axes, shells 1 and 2. Terms 1 and 2
+// go two ways: three Cartesian parts, or their sum in closed form; 1e-9 ppm leaves room for the cancellation of the
+// closed forms. Terms 3 and 4 are the same sums, to the bit.
+TEST(ShieldingTerms, TensorOnAndOff) {
+    std::vector<double> plain;
+    for (const char* tensor : {"CalculateShieldTensor = no", Tensor}) {
+        const LoadedMolecule loaded(With(Rotated(FormaldehydeMolecule()), {Tndo1, NoCoupling, tensor}));
+        Calculate();
+        for (std::size_t k = 0; k < 16; ++k) {
+            const double value = Term(static_cast<int>(k / 4) + 1, static_cast<int>(k % 4));
+            if (plain.size() < 16) {
+                plain.push_back(value);
+            } else if (k < 8) {
+                EXPECT_NEAR(value, plain[k], 1e-9) << k;
+            } else {
+                EXPECT_EQ(value, plain[k]);
+            }
+        }
+    }
+}
+
+// The mean of the tensor's diagonal is the sum of terms 1 to 4; without the tensor its arrays stay 0. Rounding of
+// numbers of 1e3 ppm.
+TEST(ShieldingTerms, TraceOfTheTensor) {
+    for (const char* tensor : {"CalculateShieldTensor = no", Tensor}) {
+        const LoadedMolecule loaded(With(Rotated(FormaldehydeMolecule()), {Tndo1, NoCoupling, tensor}));
+        Calculate();
+        for (int place = 0; place < 4; ++place) {
+            double trace = 0.0;
+            for (const double* block : {::Run.ShieldingTensor, ::Run.TensorDiamagneticTwoCentre,
+                                        ::Run.TensorParamagneticOneCentre, ::Run.TensorParamagneticTwoCentre}) {
+                trace += block[9 * place] + block[9 * place + 4] + block[9 * place + 8];
+            }
+            const bool on = ::Run.CalculateShieldTensor != 0;
+            EXPECT_NEAR(trace / 3.0, on ? ::Run.ShieldingTotal[place] : 0.0, 1e-9);
+        }
+    }
+}
+
+// Four terms without the three-centre option: the others stay 0, and the total has no part of them.
+TEST(ShieldingTerms, FourTermsByDefault) {
+    const LoadedMolecule loaded(With(WaterMolecule(), {Tndo1, NoCoupling}));
+    Calculate();
+    for (int place = 0; place < 3; ++place) {
+        for (int number = 5; number <= 10; ++number) {
+            EXPECT_EQ(Term(number, place), 0.0);
+        }
+        EXPECT_EQ(::Run.ShieldingTotal[place], Term(2, place) + Term(1, place) + Term(4, place) + Term(3, place));
+    }
+}
+
+// Neutral atoms keep their exponents: the same numbers to the bit. A charge of 0.2 adds 0.35, 0.175 and
+// 0.11666666666666665 of it to all three, by the valence shell.
+TEST(ShieldingTerms, ModifiedExponents) {
+    const LoadedMolecule loaded(With({{{"H", 0.0, 0.0, 0.0}, {"O", 0.0, 1.0, 0.0}, {"S", 0.0, 3.0, 0.0}}},
+                                     {Tndo1, NoCoupling, Modified, "TotalCharge = 1"}));
+    UseShieldingTable();
+    const double steps[3] = {0.35, 0.175, 0.11666666666666665};
+    for (const float charge : {0.0f, 0.2f}) {
+        for (int place = 0; place < 3; ++place) {
+            SelectedAtom(place).AtomCharge = charge;
+        }
+        StartShieldingTerms();
+        for (int place = 0; place < 3; ++place) {
+            const AtomTypeParameters& parameters = ::Run.ActiveParameters[SelectedAtom(place).AtomType];
+            const double step = static_cast<double>(charge) * steps[place];
+            EXPECT_EQ(::Run.ShieldingExponents[3 * place], parameters.SlaterExponentS + step);
+            EXPECT_EQ(::Run.ShieldingExponents[3 * place + 1], parameters.SlaterExponentP + step);
+            EXPECT_EQ(::Run.ShieldingExponents[3 * place + 2], parameters.SlaterExponentD + step);
+        }
+    }
+}
+
+// On purpose: a capping atom has empty one-centre tables of the tensor, so its term 1 is 0 with the tensor only.
+// Set-up: methanol cut at the bond of carbon and oxygen; the capping atom stands last.
+TEST(ShieldingTerms, CappingAtoms) {
+    for (const bool tensor : {false, true}) {
+        Molecule molecule = {{{"C", 0.0, 0.0, 0.0},
+                              {"H", 0.6, 0.6, 0.6},
+                              {"H", -0.6, -0.6, 0.6},
+                              {"H", -0.6, 0.6, -0.6},
+                              {"O", 0.8, -0.8, -0.8}}};
+        molecule.Bonds = {{1, 2}, {1, 3}, {1, 4}, {1, 5}};
+        molecule.QuantumAtoms = {1, 2, 3, 4};
+        molecule.NMRAtoms = {1, 2, 3, 4};
+        const LoadedMolecule loaded(
+            With(molecule, {Tndo1, NoCoupling, tensor ? Tensor : "CalculateShieldTensor = no"}));
+        ASSERT_EQ(::Run.SelectedAtomCount, 5);
+        ASSERT_GT(SelectedAtom(4).AtomicNumber, 18);
+        Calculate();
+        EXPECT_GT(Term(1, 0), 50.0);
+        if (tensor) {
+            EXPECT_EQ(Term(1, 4), 0.0);
+        } else {
+            EXPECT_GT(Term(1, 4), 1.0);
+        }
+        EXPECT_GT(Term(2, 4), 0.0);
+    }
+}
+
+// Converged as far as the options allow, with all terms.
+static Molecule Converged(const Molecule& molecule) {
+    return With(molecule, {Tndo1, NoCoupling, ThreeCentre, "SCFConvergenceLimit = 1e-6", "SCFIterationLimit = 200"});
+}
+
+// Property: the totals of a turned molecule. Set-up: formaldehyde as a whole run, as it is and turned about a slanted
+// axis through the origin. Space has no directions. Tolerance: the sine of the whole phase has a third order that
+// depends on the components of the field; up to 1e-3 ppm with molecules of this size.
+TEST(ShieldingTerms, TurnedMolecule) {
+    std::vector<double> plain;
+    for (const Molecule& molecule : {FormaldehydeMolecule(), Rotated(FormaldehydeMolecule())}) {
+        const LoadedMolecule loaded(Converged(molecule));
+        Calculate();
+        for (std::size_t place = 0; place < 4; ++place) {
+            if (plain.size() < 4) {
+                plain.push_back(::Run.ShieldingTotal[place]);
+            } else {
+                EXPECT_NEAR(::Run.ShieldingTotal[place], plain[place], 1e-3);
+            }
+        }
+    }
+}
+
+// Property: terms 6, 7, 9 and 10 together don't depend on the origin, which proves their relative signs: each alone
+// moves. Set-up: formaldehyde as a whole run, moved by 2 Angstrom along each axis. Tolerance: the sine isn't linear,
+// 1e-2 ppm.
+TEST(ShieldingTerms, MovedMolecule) {
+    std::vector<double> plain;
+    double term6[2] = {};
+    for (const double shift : {0.0, 2.0}) {
+        Molecule molecule = FormaldehydeMolecule();
+        for (MoleculeAtom& atom : molecule.Atoms) {
+            atom.X += shift;
+            atom.Y -= shift;
+            atom.Z += shift;
+        }
+        const LoadedMolecule loaded(Converged(molecule));
+        Calculate();
+        term6[shift > 0.0] = Term(6, 0);
+        for (std::size_t i = 0; i < 4; ++i) {
+            const int place = static_cast<int>(i);
+            const double sum = Term(6, place) + Term(7, place) + Term(9, place) + Term(10, place);
+            if (plain.size() < 4) {
+                plain.push_back(sum);
+            } else {
+                EXPECT_NEAR(sum, plain[i], 1e-2);
+            }
+        }
+    }
+    EXPECT_GT(std::fabs(term6[1] - term6[0]), 0.1);
+}
+
+// A turn about a slanted axis: rows are the turned axes.
+static constexpr double Turn[3][3] = {
+    {2.0 / 3.0, -1.0 / 3.0, 2.0 / 3.0}, {2.0 / 3.0, 2.0 / 3.0, -1.0 / 3.0}, {-1.0 / 3.0, 2.0 / 3.0, 2.0 / 3.0}};
+
+// matrix := D matrix D', D turning the p orbitals of every atom and leaving s orbitals as they are.
+static void TurnMatrix(double* matrix) {
+    const int n = ::Run.OrbitalCount;
+    std::vector<double> d(static_cast<std::size_t>(n * n), 0.0);
+    for (int mu = 0; mu < n; ++mu) {
+        for (int nu = 0; nu < n; ++nu) {
+            const int p = ::Run.OrbitalKinds[mu] - 2;
+            const int q = ::Run.OrbitalKinds[nu] - 2;
+            const bool sameAtom = ::Run.OrbitalAtoms[mu] == ::Run.OrbitalAtoms[nu];
+            d[static_cast<std::size_t>(mu * n + nu)] =
+                sameAtom && p >= 0 && q >= 0 ? Turn[p][q] : (mu == nu ? 1.0 : 0.0);
+        }
+    }
+    std::vector<double> turned(static_cast<std::size_t>(n * n), 0.0);
+    for (int mu = 0; mu < n; ++mu) {
+        for (int nu = 0; nu < n; ++nu) {
+            for (int a = 0; a < n; ++a) {
+                for (int b = 0; b < n; ++b) {
+                    turned[static_cast<std::size_t>(mu * n + nu)] += d[static_cast<std::size_t>(mu * n + a)] *
+                                                                     matrix[a * n + b] *
+                                                                     d[static_cast<std::size_t>(nu * n + b)];
+                }
+            }
+        }
+    }
+    std::copy(turned.begin(), turned.end(), matrix);
+}
+
+// The three densities of the field are the components of a vector as well.
+static void TurnFieldDensities() {
+    for (double* density : ::Run.MagneticDensities) {
+        TurnMatrix(density);
+    }
+    for (int at = 0; at < ::Run.OrbitalCount * ::Run.OrbitalCount; ++at) {
+        const double old[3] = {::Run.MagneticDensities[0][at], ::Run.MagneticDensities[1][at],
+                               ::Run.MagneticDensities[2][at]};
+        for (int k = 0; k < 3; ++k) {
+            ::Run.MagneticDensities[k][at] = Turn[k][0] * old[0] + Turn[k][1] * old[1] + Turn[k][2] * old[2];
+        }
+    }
+}
+
+static void TurnPositions() {
+    for (int i = 0; i < ::Run.AtomCount; ++i) {
+        double* r = ::Run.AtomCoordinates[i].Position;
+        const double old[3] = {r[0], r[1], r[2]};
+        for (int k = 0; k < 3; ++k) {
+            r[k] = Turn[k][0] * old[0] + Turn[k][1] * old[1] + Turn[k][2] * old[2];
+        }
+    }
+}
+
+// Property: every single term is a scalar of the molecule and its densities. Set-up: formaldehyde; the molecule, its
+// density and the vector of its field densities are turned together, with no new wavefunction. The terms are traces.
+// Tolerance: all integrals are good to 1e-11, but the three-centre rule to 3e-7 in every frame alike: TermTolerance.
+TEST(ShieldingTerms, TurnedWithItsDensities) {
+    const LoadedMolecule loaded(With(Rotated(FormaldehydeMolecule()), {Tndo1, NoCoupling, ThreeCentre}));
+    Calculate();
+    std::vector<double> plain;
+    for (int place = 0; place < 4; ++place) {
+        for (int number = 1; number <= 10; ++number) {
+            plain.push_back(Term(number, place));
+        }
+    }
+    TurnPositions();
+    TurnMatrix(::Run.TotalDensity);
+    TurnFieldDensities();
+    FormTerms();
+    for (int place = 0; place < 4; ++place) {
+        for (int number = 1; number <= 10; ++number) {
+            const double before = plain[static_cast<std::size_t>(10 * place + number - 1)];
+            EXPECT_NEAR(Term(number, place), before, TermTolerance) << "term " << number << ", atom " << place + 1;
+        }
+    }
+}

@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: MIT
+// Paths and directories of a job, and what becomes of the run's data.
+#include "ground/memory.h"
+#include "shell/run_job.h"
+#include "tests/support/test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <sys/resource.h>
+#include <unistd.h>
+
+static std::string Composed(const char* name, const std::string& directory) {
+    char path[FilePathSize] = "left from before";
+    ComposePath(name, directory.c_str(), path);
+    return path;
+}
+
+TEST(ComposePath, InsertsNothing) {
+    EXPECT_EQ(Composed("nmrspect.in", "C:\\wo\\"), "C:\\wo\\nmrspect.in");
+    EXPECT_EQ(Composed("nmrspect.in", "C:\\wo"), "C:\\wonmrspect.in");
+    EXPECT_EQ(Composed("nmrspect.in", ""), "nmrspect.in");
+}
+
+TEST(ComposePath, LeadingBackslashIgnoresTheDirectory) {
+    EXPECT_EQ(Composed("\\abs.txt", "C:\\wo\\"), "\\abs.txt");
+    EXPECT_EQ(Composed("\\abs.txt", std::string(500, 'd')), "\\abs.txt");
+    const std::string slash = Composed("/abs.txt", "C:\\wo\\");
+    EXPECT_EQ(slash, "C:\\wo\\/abs.txt");  // a slash is no backslash
+}
+
+// 11 characters of the name and 117 of the directory are 128 and pass; one more is refused.
+TEST(ComposePath, LimitOf128Characters) {
+    const std::string longest(117, 'd');
+    EXPECT_EQ(Composed("nmrspect.in", longest), longest + "nmrspect.in");
+    TemporaryDirectory work;
+    const std::string tooLong(118, 'd');
+    EXPECT_EQ(ExitCodeOfChild([&] {
+                  UseFilesIn(work.Path);
+                  Composed("nmrspect.in", tooLong);
+              }),
+              0);
+    EXPECT_EQ(ReadText(work.Path + "/nmrspect.out"),
+              "ERRMSG: The length of the file name (nmrspect.in) plus its path (" + tooLong + ") is too big.\n");
+}
+
+// If the path of the output file is the one that fails, it is empty already, and the process ends silently.
+TEST(ComposePath, RefusalOfTheOutputPathItselfIsSilent) {
+    TemporaryDirectory work;
+    EXPECT_EQ(ExitCodeOfChild([&] {
+                  UseFilesIn(work.Path);
+                  ComposePath("nmrspect.out", std::string(117, 'd').c_str(), ::Run.OutputFilePath);
+              }),
+              0);
+    EXPECT_EQ(ReadText(work.Path + "/nmrspect.out"), "(no file)");
+}
+
+struct DirectoryCase {
+    const char* Parameter;          // field 1
+    const char* Work;               // field 2
+    const char* ParameterExpected;  // with what the test appends
+    const char* WorkExpected;
+};
+
+// On purpose the end of the parameter directory is looked for in the work directory, at the length of the
+// former.
+static constexpr DirectoryCase DirectoryCases[] = {
+    {"", "", "\\", "\\"},
+    {"same", "same", "same\\", "same\\"},
+    {"same\\", "same\\", "same\\", "same\\"},
+    {"C:\\par", "C:\\wo\\k", "C:\\par", "C:\\wo\\k\\"},      // none: position 5 of field 2 holds one
+    {"C:\\par\\", "C:\\work", "C:\\par\\\\", "C:\\work\\"},  // two: position 6 of field 2 holds none
+    {"C:\\par\\", "C:\\wor\\x", "C:\\par\\", "C:\\wor\\x\\"},
+    {"longer\\", "w", "longer\\\\", "w\\"},  // field 2 ends before that position
+    {"p", "\\work\\", "p", "\\work\\"},
+    {"", "\\work", "\\", "\\work\\"},
+    {"par/", "work/", "par/\\", "work/\\"},  // a slash terminates nothing
+};
+
+// The job stops at its input, which it can't open; the child's exit code tells what it did to the fields.
+TEST(RunOneJob, TerminatesItsDirectories) {
+    for (const DirectoryCase& one : DirectoryCases) {
+        char parameter[64];
+        char work[64];
+        static DirectoryCase expected;
+        std::strcpy(parameter, one.Parameter);
+        std::strcpy(work, one.Work);
+        expected = one;
+        const int exitCode = ExitCodeOfChild([&] {
+            static char noLog[] = "";
+            ::Run.ConsoleMode = 0;
+            static char parameterDirectory[64];
+            static char workDirectory[64];
+            ::Run.ParameterField = parameter;
+            ::Run.WorkField = work;
+            ::Run.ParameterDirectory = parameterDirectory;
+            ::Run.WorkDirectory = workDirectory;
+            ::Run.LogFilePath = noLog;
+            std::atexit([] {
+                const bool right = std::strcmp(::Run.ParameterDirectory, expected.ParameterExpected) == 0 &&
+                                   std::strcmp(::Run.WorkDirectory, expected.WorkExpected) == 0;
+                const std::string output = std::string(expected.WorkExpected) + "nmrspect.out";
+                _exit(!right ? 21 : ::Run.OutputFilePath != output ? 22 : 20);
+            });
+            const rlimit none = {0, 0};
+            if (setrlimit(RLIMIT_NOFILE, &none) == 0) {  // no file is opened, none is created
+                RunOneJob(SpectrumRun);
+            }
+        });
+        EXPECT_EQ(exitCode, 20) << one.Parameter << " " << one.Work;
+    }
+}
+
+TEST(FreeRunData, FirstCallOfAProcessFreesNothing) {
+    ResetRun();
+    ::Run.ActiveRunKind = 0;
+    ::Run.SpectrumLines = AllocateArray<SpectrumLine>(1);
+    SpectrumLine* lines = ::Run.SpectrumLines;
+    FreeRunData();
+    EXPECT_EQ(::Run.ActiveRunKind, ParameterRun);
+    EXPECT_EQ(::Run.SpectrumLines, lines);
+    FreeRunData();
+    EXPECT_EQ(::Run.SpectrumLines, nullptr);
+    EXPECT_EQ(::Run.ActiveRunKind, ParameterRun);
+}
+
+TEST(FreeRunData, IsSafeAtAnyStage) {
+    LoadSpinSystem(LikeSpins({1.0, 2.0}, {3.0}));
+    FreeRunData();
+    EXPECT_EQ(::Run.IsotopicNumbers, nullptr);
+    EXPECT_EQ(::Run.NucleiInGroup, nullptr);
+    EXPECT_EQ(::Run.ChemicalShifts, nullptr);
+    EXPECT_EQ(::Run.CouplingMatrix, nullptr);
+    FreeRunData();
+    ResetRun();
+}
+
+TEST(Memory, RefusesWhatTheMachineDoesNotHave) {
+    EXPECT_EQ(AllocateArray<double>(1LL << 50), nullptr);
+    EXPECT_EQ(AllocateArray<double>(-1), nullptr);
+    double* none = AllocateArray<double>(0);
+    EXPECT_NE(none, nullptr);
+    FreeArray(none);
+    EXPECT_EQ(none, nullptr);
+    FreeArray(none);
+}
