@@ -39,7 +39,7 @@ static FockExtrapolation Extrapolation;
 static struct { std::vector<double> Fock, HalfDensity, TotalDensity, PreviousDensity, Orbitals, Energies; } Saved;
 
 static std::size_t SquareSize() {
-    return static_cast<std::size_t>(Run.OrbitalCount) * static_cast<std::size_t>(Run.OrbitalCount);
+    return static_cast<std::size_t>(Run.Basis.OrbitalCount) * static_cast<std::size_t>(Run.Basis.OrbitalCount);
 }
 
 static std::vector<double> CopyOf(const double* array, std::size_t length) {
@@ -47,23 +47,23 @@ static std::vector<double> CopyOf(const double* array, std::size_t length) {
 }
 
 static void Save() {
-    std::copy(Run.CoreHamiltonian, Run.CoreHamiltonian + SquareSize(), Run.FockMatrix);
-    BuildFockMatrix(Run.FockMatrix);
-    Saved.Fock = CopyOf(Run.FockMatrix, SquareSize());
-    Saved.HalfDensity = CopyOf(Run.HalfDensity, SquareSize());
-    Saved.TotalDensity = CopyOf(Run.TotalDensity, SquareSize());
-    Saved.PreviousDensity = CopyOf(Run.PreviousDensity, SquareSize());
-    Saved.Orbitals = CopyOf(Run.MolecularOrbitals, SquareSize());
-    Saved.Energies = CopyOf(Run.OrbitalEnergiesRaw, static_cast<std::size_t>(Run.OrbitalCount));
+    std::copy(Run.Field.CoreHamiltonian, Run.Field.CoreHamiltonian + SquareSize(), Run.Field.FockMatrix);
+    BuildFockMatrix(Run.Field.FockMatrix);
+    Saved.Fock = CopyOf(Run.Field.FockMatrix, SquareSize());
+    Saved.HalfDensity = CopyOf(Run.Field.HalfDensity, SquareSize());
+    Saved.TotalDensity = CopyOf(Run.Field.TotalDensity, SquareSize());
+    Saved.PreviousDensity = CopyOf(Run.Field.PreviousDensity, SquareSize());
+    Saved.Orbitals = CopyOf(Run.Field.MolecularOrbitals, SquareSize());
+    Saved.Energies = CopyOf(Run.Field.OrbitalEnergiesRaw, static_cast<std::size_t>(Run.Basis.OrbitalCount));
 }
 
 static void Restore() {
-    std::copy(Saved.Fock.begin(), Saved.Fock.end(), Run.FockMatrix);
-    std::copy(Saved.HalfDensity.begin(), Saved.HalfDensity.end(), Run.HalfDensity);
-    std::copy(Saved.TotalDensity.begin(), Saved.TotalDensity.end(), Run.TotalDensity);
-    std::copy(Saved.PreviousDensity.begin(), Saved.PreviousDensity.end(), Run.PreviousDensity);
-    std::copy(Saved.Orbitals.begin(), Saved.Orbitals.end(), Run.MolecularOrbitals);
-    std::copy(Saved.Energies.begin(), Saved.Energies.end(), Run.OrbitalEnergiesRaw);
+    std::copy(Saved.Fock.begin(), Saved.Fock.end(), Run.Field.FockMatrix);
+    std::copy(Saved.HalfDensity.begin(), Saved.HalfDensity.end(), Run.Field.HalfDensity);
+    std::copy(Saved.TotalDensity.begin(), Saved.TotalDensity.end(), Run.Field.TotalDensity);
+    std::copy(Saved.PreviousDensity.begin(), Saved.PreviousDensity.end(), Run.Field.PreviousDensity);
+    std::copy(Saved.Orbitals.begin(), Saved.Orbitals.end(), Run.Field.MolecularOrbitals);
+    std::copy(Saved.Energies.begin(), Saved.Energies.end(), Run.Field.OrbitalEnergiesRaw);
 }
 
 static char* Keep(const std::string& text) {
@@ -74,12 +74,12 @@ static char* Keep(const std::string& text) {
 }
 
 static void SetUpRun() {
-    Run.ParameterDirectory = Keep(WorkFolder + "/parameters/");
-    Run.LogFilePath = Keep("");
-    std::snprintf(Run.InputFilePath, FilePathSize, "%s/nmrparam.in", WorkFolder.c_str());
-    std::snprintf(Run.OutputFilePath, FilePathSize, "%s/nmrparam.out", WorkFolder.c_str());
-    Run.RunKind = ParameterRun;
-    Run.ConsoleMode = 0;
+    Run.Job.ParameterDirectory = Keep(WorkFolder + "/parameters/");
+    Run.Job.LogFilePath = Keep("");
+    std::snprintf(Run.Job.InputFilePath, FilePathSize, "%s/nmrparam.in", WorkFolder.c_str());
+    std::snprintf(Run.Job.OutputFilePath, FilePathSize, "%s/nmrparam.out", WorkFolder.c_str());
+    Run.Job.RunKind = ParameterRun;
+    Run.Process.ConsoleMode = 0;
     ReadParameterFiles();
     FreeRunData();
 }
@@ -94,13 +94,13 @@ static void Load(const std::string& name, bool converged) {
                         converged ? "SemiEmpiricalMethod = 2\n"
                                   : "SemiEmpiricalMethod = 2\nSCFIterationLimit = 3\nSCFAccelerateConvergence = 1\n");
     FreeRunData();
-    Run.LevelShiftStartIteration = 0;
+    Run.Field.LevelShiftStartIteration = 0;
     ReadRunInput();
     BuildCappingAtoms();
     BuildSelectedAtomList();
     PrepareSystem();
-    Run.ActiveParameters = Run.ParameterFileCoupling;
-    Run.ActiveParameterFile = "nmr_cupl.abp";
+    Run.Parameters.ActiveParameters = Run.Parameters.ParameterFileCoupling;
+    Run.Parameters.ActiveParameterFile = "nmr_cupl.abp";
     PrepareDipoleFactors();
     PrepareOrbitalTables();
     SolveWavefunction();
@@ -115,17 +115,17 @@ static void Nothing() {}
 // The Fock matrix with symmetric noise, as if it came from another iteration each time.
 static void DisturbFock() {
     static std::mt19937 generator(1);
-    const std::size_t n = static_cast<std::size_t>(Run.OrbitalCount);
+    const std::size_t n = static_cast<std::size_t>(Run.Basis.OrbitalCount);
     for (std::size_t i = 0; i < n; ++i) {
         for (std::size_t j = 0; j <= i; ++j) {
-            Run.FockMatrix[i * n + j] += FockNoise * (static_cast<double>(generator()) / 2147483648.0 - 1.0);
-            Run.FockMatrix[j * n + i] = Run.FockMatrix[i * n + j];
+            Run.Field.FockMatrix[i * n + j] += FockNoise * (static_cast<double>(generator()) / 2147483648.0 - 1.0);
+            Run.Field.FockMatrix[j * n + i] = Run.Field.FockMatrix[i * n + j];
         }
     }
 }
 
 static void StartWavefunction() {
-    Run.ScfPassCounter = -1;
+    Run.Field.ScfPassCounter = -1;
 }
 
 // A step, with what has to be made ready before each measurement of it.
@@ -137,24 +137,27 @@ struct Step {
 };
 
 static const Step Steps[] = {
-    {"overlap", false, Nothing, [] { BuildOverlapMatrix(::Run.FirstScratch); }},
-    {"gamma", false, Nothing, [] { BuildGammaMatrix(::Run.FirstScratch); }},
-    {"core", false, [] { BuildOverlapMatrix(::Run.FirstScratch); },
-     [] { BuildCoreHamiltonian(::Run.FirstScratch, ::Run.GammaMatrix); }},
-    {"fock", false, [] { std::copy(::Run.CoreHamiltonian, ::Run.CoreHamiltonian + SquareSize(), ::Run.FockMatrix); },
-     [] { BuildFockMatrix(::Run.FockMatrix); }},
-    {"density", false, Nothing, [] { BuildDensity(::Run.HalfDensity); }},
+    {"overlap", false, Nothing, [] { BuildOverlapMatrix(::Run.Field.FirstScratch); }},
+    {"gamma", false, Nothing, [] { BuildGammaMatrix(::Run.Field.FirstScratch); }},
+    {"core", false, [] { BuildOverlapMatrix(::Run.Field.FirstScratch); },
+     [] { BuildCoreHamiltonian(::Run.Field.FirstScratch, ::Run.Field.GammaMatrix); }},
+    {"fock", false,
+     [] { std::copy(::Run.Field.CoreHamiltonian, ::Run.Field.CoreHamiltonian + SquareSize(), ::Run.Field.FockMatrix); },
+     [] { BuildFockMatrix(::Run.Field.FockMatrix); }},
+    {"density", false, Nothing, [] { BuildDensity(::Run.Field.HalfDensity); }},
     {"exact", false, Nothing,
      [] {
-         SolveEigenproblem(::Run.FockMatrix, ::Run.MolecularOrbitals, ::Run.OrbitalEnergiesRaw, ::Run.OrbitalCount);
+         SolveEigenproblem(::Run.Field.FockMatrix, ::Run.Field.MolecularOrbitals, ::Run.Field.OrbitalEnergiesRaw,
+                           ::Run.Basis.OrbitalCount);
      }},
     {"pseudo", false, Nothing, [] { PseudoDiagonalise(); }},
     {"extrapolation", false, DisturbFock, [] { ExtrapolateFock(Extrapolation); }},
     {"wavefunction", true, StartWavefunction, [] { SolveWavefunction(); }},
     {"response_orbitals", true, Nothing,
-     [] { SolveFirstOrderOrbitals(::Run.FockMatrix, Symmetric, ::Run.SecondScratch); }},
-    {"response_density", true, [] { SolveFirstOrderOrbitals(::Run.FockMatrix, Symmetric, ::Run.SecondScratch); },
-     [] { BuildFirstOrderDensity(::Run.SecondScratch, 1.0, Symmetric, ::Run.FirstScratch); }},
+     [] { SolveFirstOrderOrbitals(::Run.Field.FockMatrix, Symmetric, ::Run.Field.SecondScratch); }},
+    {"response_density", true,
+     [] { SolveFirstOrderOrbitals(::Run.Field.FockMatrix, Symmetric, ::Run.Field.SecondScratch); },
+     [] { BuildFirstOrderDensity(::Run.Field.SecondScratch, 1.0, Symmetric, ::Run.Field.FirstScratch); }},
     {"response", true, Nothing, [] { ComputeCouplingResponses(); }},
 };
 
@@ -167,7 +170,7 @@ static void MeasureStep(benchmark::State& state, const Step& step, const std::st
         step.Run();
         state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
     }
-    state.counters["N"] = Run.OrbitalCount;
+    state.counters["N"] = Run.Basis.OrbitalCount;
 }
 
 int main(int argc, char** argv) {

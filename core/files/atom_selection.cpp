@@ -14,7 +14,7 @@ static constexpr int CappingOrbitals = 4;  // one s and three p, also on a cappi
 // three bonds into the selection does.
 static void ToggleNeighbours(const AtomRecord& atom) {
     for (int k = 0; k < atom.BondCount; ++k) {
-        AtomRecord& neighbour = Run.AtomRecords[atom.BondedAtoms[k]];
+        AtomRecord& neighbour = Run.Molecule.AtomRecords[atom.BondedAtoms[k]];
         if (neighbour.SelectionState == 1) {
             neighbour.AtomicNumber = -neighbour.AtomicNumber;
         }
@@ -22,34 +22,34 @@ static void ToggleNeighbours(const AtomRecord& atom) {
 }
 
 void BuildCappingAtoms() {
-    Run.SelectedAtomCount = 0;
-    Run.CappingAtomCount = 0;
-    for (int i = 0; i < Run.AtomCount; ++i) {
+    Run.Molecule.SelectedAtomCount = 0;
+    Run.Molecule.CappingAtomCount = 0;
+    for (int i = 0; i < Run.Molecule.AtomCount; ++i) {
         PollReading(RecordUnits);
-        AtomRecord& atom = Run.AtomRecords[i];
+        AtomRecord& atom = Run.Molecule.AtomRecords[i];
         if (atom.SelectionState == 0) {
             ToggleNeighbours(atom);
             atom.AtomCharge = 0.0f;
-            ++Run.SelectedAtomCount;
+            ++Run.Molecule.SelectedAtomCount;
         }
     }
-    for (int i = 0; i < Run.AtomCount; ++i) {
+    for (int i = 0; i < Run.Molecule.AtomCount; ++i) {
         PollReading(RecordUnits);
-        AtomRecord& atom = Run.AtomRecords[i];
+        AtomRecord& atom = Run.Molecule.AtomRecords[i];
         if (atom.AtomicNumber < 0) {
             atom.SelectionState = -1;
             atom.AtomicNumber = LastElement - atom.AtomicNumber;
-            ++Run.CappingAtomCount;
+            ++Run.Molecule.CappingAtomCount;
         }
     }
 }
 
 // Appends the numbers of the atoms of one state to the list, from place on; returns the next place.
 static int AppendAtoms(int state, int place) {
-    for (int i = 0; i < Run.AtomCount; ++i) {
+    for (int i = 0; i < Run.Molecule.AtomCount; ++i) {
         PollReading(RecordUnits);
-        if (Run.AtomRecords[i].SelectionState == state) {
-            Run.QuantumSelection.SelectedAtomList[place++] = i + 1;
+        if (Run.Molecule.AtomRecords[i].SelectionState == state) {
+            Run.Molecule.QuantumSelection.SelectedAtomList[place++] = i + 1;
         }
     }
     return place;
@@ -63,25 +63,24 @@ static int OrbitalsOfElement(int code) {
 }
 
 void BuildSelectedAtomList() {
-    QuantumSelection& selection = Run.QuantumSelection;
-    FreeArray(selection.SelectedAtomList);
-    selection.SelectedAtomList =
-        AllocateArray<int>(static_cast<long long>(Run.SelectedAtomCount) + Run.CappingAtomCount);
-    if (selection.SelectedAtomList == nullptr) {
+    QuantumSelectionData& selection = Run.Molecule.QuantumSelection;
+    if (!AllocateArray(selection.SelectedAtomList,
+                       static_cast<long long>(Run.Molecule.SelectedAtomCount) + Run.Molecule.CappingAtomCount)) {
         FatalError(24576);
     }
     const int selected = AppendAtoms(0, 0);
     AppendAtoms(-1, selected);
-    Run.OrbitalCount = 0;
+    Run.Basis.OrbitalCount = 0;
     for (int i = 0; i < selected; ++i) {
         PollReading(RecordUnits);
-        Run.OrbitalCount += OrbitalsOfElement(Run.AtomRecords[selection.SelectedAtomList[i] - 1].AtomicNumber);
+        Run.Basis.OrbitalCount +=
+            OrbitalsOfElement(Run.Molecule.AtomRecords[selection.SelectedAtomList[i] - 1].AtomicNumber);
     }
-    --Run.LevelShiftStartIteration;  // from 0 to -1: the level shifter of the wavefunction stays off
-    Run.SelectedAtomCount += Run.CappingAtomCount;
-    Run.OrbitalCount += CappingOrbitals * Run.CappingAtomCount;
+    --Run.Field.LevelShiftStartIteration;  // from 0 to -1: the level shifter of the wavefunction stays off
+    Run.Molecule.SelectedAtomCount += Run.Molecule.CappingAtomCount;
+    Run.Basis.OrbitalCount += CappingOrbitals * Run.Molecule.CappingAtomCount;
     selection.FirstAtom = 1;
-    selection.LastAtom = Run.SelectedAtomCount;
+    selection.LastAtom = Run.Molecule.SelectedAtomCount;
     selection.FirstOrbital = 1;
-    selection.LastOrbital = Run.OrbitalCount;
+    selection.LastOrbital = Run.Basis.OrbitalCount;
 }

@@ -8,13 +8,14 @@
 #include "ground/message_poll.h"
 
 void PrepareNameIndex(NameIndex& index, const char* firstName, std::size_t recordSize, int count) {
-    FreeNameIndex(index);
     unsigned long long slots = 2;
     while (slots < 2ULL * static_cast<unsigned>(count)) {
         slots *= 2;
     }
-    index = {firstName, recordSize, AllocateZeroed<int>(static_cast<long long>(slots)), slots};
-    if (index.Records == nullptr) {
+    index.FirstName = firstName;
+    index.RecordSize = recordSize;
+    index.SlotCount = slots;
+    if (!AllocateZeroed(index.Records, static_cast<long long>(slots))) {
         FatalError(24576);
     }
 }
@@ -51,8 +52,4 @@ void AddName(NameIndex& index, int record) {
 
 int FindName(const NameIndex& index, const char* name) {
     return SlotOfName(index, name) - 1;
-}
-
-void FreeNameIndex(NameIndex& index) {
-    FreeArray(index.Records);
 }

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-// Names that stand in records of a table, by hash. Made by PrepareNameIndex, freed by FreeNameIndex; the table stays
+// Names that stand in records of a table, by hash. Made by PrepareNameIndex; its caller frees Records. The table stays
 // the caller's.
 struct NameIndex {
     const char* FirstName;         // the name of record 0
@@ -21,5 +21,3 @@ void AddName(NameIndex& index, int record);
 
 // The record with a name, or -1.
 int FindName(const NameIndex& index, const char* name);
-
-void FreeNameIndex(NameIndex& index);

@@ -80,43 +80,43 @@ static const struct {
     double* Real;
     float* Single;
 } Options[] = {
-    {"SemiEmpiricalMethod", SetMethod, &Run.SemiEmpiricalMethod, nullptr, nullptr},
-    {"TotalCharge", SetInteger, &Run.TotalCharge, nullptr, nullptr},
-    {"SpinMultiplicity", SetInteger, &Run.SpinMultiplicity, nullptr, nullptr},
-    {"SCFConvergenceLimit", nullptr, nullptr, nullptr, &Run.SCFConvergenceLimit},
-    {"SCFIterationLimit", SetInteger, &Run.SCFIterationLimit, nullptr, nullptr},
-    {"SCFAccelerateConvergence", SetBoolean, &Run.SCFAccelerateConvergence, nullptr, nullptr},
-    {"LogPrintLevel", SetInteger, &Run.LogPrintLevel, nullptr, nullptr},
-    {"ModifySlaterExponents", SetBoolean, &Run.ModifySlaterExponents, nullptr, nullptr},
-    {"ComputeThreeCenterTerms", SetBoolean, &Run.ComputeThreeCenterTerms, nullptr, nullptr},
-    {"IncludeDOrbitalsForSecondRow", SetBoolean, &Run.IncludeDOrbitalsForSecondRow, nullptr, nullptr},
-    {"FinitePerturbation", nullptr, nullptr, &Run.FinitePerturbation, nullptr},
-    {"NMRFrequency", nullptr, nullptr, &Run.NMRFrequency, nullptr},
-    {"CalculateShielding", SetBoolean, &Run.CalculateShielding, nullptr, nullptr},
-    {"CalculateCoupling", SetBoolean, &Run.CalculateCoupling, nullptr, nullptr},
-    {"CalculateSpectra", SetBoolean, &Run.CalculateSpectra, nullptr, nullptr},
-    {"CalculateShieldTensor", SetBoolean, &Run.CalculateShieldTensor, nullptr, nullptr},
+    {"SemiEmpiricalMethod", SetMethod, &Run.Options.SemiEmpiricalMethod, nullptr, nullptr},
+    {"TotalCharge", SetInteger, &Run.Options.TotalCharge, nullptr, nullptr},
+    {"SpinMultiplicity", SetInteger, &Run.Options.SpinMultiplicity, nullptr, nullptr},
+    {"SCFConvergenceLimit", nullptr, nullptr, nullptr, &Run.Options.SCFConvergenceLimit},
+    {"SCFIterationLimit", SetInteger, &Run.Options.SCFIterationLimit, nullptr, nullptr},
+    {"SCFAccelerateConvergence", SetBoolean, &Run.Options.SCFAccelerateConvergence, nullptr, nullptr},
+    {"LogPrintLevel", SetInteger, &Run.Options.LogPrintLevel, nullptr, nullptr},
+    {"ModifySlaterExponents", SetBoolean, &Run.Options.ModifySlaterExponents, nullptr, nullptr},
+    {"ComputeThreeCenterTerms", SetBoolean, &Run.Options.ComputeThreeCenterTerms, nullptr, nullptr},
+    {"IncludeDOrbitalsForSecondRow", SetBoolean, &Run.Options.IncludeDOrbitalsForSecondRow, nullptr, nullptr},
+    {"FinitePerturbation", nullptr, nullptr, &Run.Options.FinitePerturbation, nullptr},
+    {"NMRFrequency", nullptr, nullptr, &Run.Options.NMRFrequency, nullptr},
+    {"CalculateShielding", SetBoolean, &Run.Options.CalculateShielding, nullptr, nullptr},
+    {"CalculateCoupling", SetBoolean, &Run.Options.CalculateCoupling, nullptr, nullptr},
+    {"CalculateSpectra", SetBoolean, &Run.Options.CalculateSpectra, nullptr, nullptr},
+    {"CalculateShieldTensor", SetBoolean, &Run.Options.CalculateShieldTensor, nullptr, nullptr},
 };
 
 // NMRFrequency and CalculateShieldTensor have, on purpose, no default of their own: they keep what they have.
 void SetDefaultOptions() {
-    Run.SemiEmpiricalMethod = 1;
-    Run.TotalCharge = 0;
-    Run.SpinMultiplicity = 1;
-    Run.SCFConvergenceLimit = 0.01f;
-    Run.SCFIterationLimit = 50;
-    Run.SCFAccelerateConvergence = 0;
-    Run.LogPrintLevel = 0;
-    Run.ModifySlaterExponents = 0;
-    Run.ComputeThreeCenterTerms = 0;
-    Run.IncludeDOrbitalsForSecondRow = 0;
-    Run.FinitePerturbation = 0.001;
-    Run.CalculateShielding = 1;
-    Run.CalculateCoupling = 1;
-    Run.CalculateSpectra = 0;
-    Run.UnrestrictedWavefunction = 0;
-    Run.NextLowestState = 0;
-    Run.GeometryRun = 0;
+    Run.Options.SemiEmpiricalMethod = 1;
+    Run.Options.TotalCharge = 0;
+    Run.Options.SpinMultiplicity = 1;
+    Run.Options.SCFConvergenceLimit = 0.01f;
+    Run.Options.SCFIterationLimit = 50;
+    Run.Options.SCFAccelerateConvergence = 0;
+    Run.Options.LogPrintLevel = 0;
+    Run.Options.ModifySlaterExponents = 0;
+    Run.Options.ComputeThreeCenterTerms = 0;
+    Run.Options.IncludeDOrbitalsForSecondRow = 0;
+    Run.Options.FinitePerturbation = 0.001;
+    Run.Options.CalculateShielding = 1;
+    Run.Options.CalculateCoupling = 1;
+    Run.Options.CalculateSpectra = 0;
+    Run.Options.UnrestrictedWavefunction = 0;
+    Run.Options.NextLowestState = 0;
+    Run.Options.GeometryRun = 0;
 }
 
 bool ReadOption(char* line) {

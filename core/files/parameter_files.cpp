@@ -29,17 +29,14 @@ struct ParameterRecord {
     double Numbers[RecordNumbers];  // columns 1 to 14
 };
 
-// [2 * AtomTypeCount] records of the file in hand, while it is read, and the names of those that count
-static ParameterRecord* Records = nullptr;
-static NameIndex RecordNames = {};
-
-void FreeParameterFileWork() {
-    FreeArray(Records);
-    FreeNameIndex(RecordNames);
-}
+// What the reader keeps while it reads.
+static struct {
+    ParameterRecord* Records;  // [2 AtomTypeCount] records of the file in hand
+    NameIndex RecordNames;     // of those that count
+} Work;
 
 static std::FILE* OpenParameterFile(const char* name, char* path) {
-    ComposePath(name, Run.ParameterDirectory, path);
+    ComposePath(name, Run.Job.ParameterDirectory, path);
     std::FILE* file = OpenFile(path, "r");
     if (file == nullptr) {
         FatalError(24596, path);
@@ -68,9 +65,10 @@ static int CountTypes(const char* path, std::FILE* file) {
     return count;
 }
 
+// A table that the run keeps to the end of the process.
 template <class Record> static void AllocateTable(Record*& table, long long count) {
     FreeArray(table);
-    table = AllocateZeroed<Record>(count);
+    table = AllocateForProcess<Record>(count);
     if (table == nullptr) {
         FatalError(24576);
     }
@@ -81,7 +79,7 @@ template <class Record> static void AllocateTable(Record*& table, long long coun
 static void ReadTypeNames(std::FILE* file) {
     char line[NameLineSize];
     ReadLine(file, line, sizeof line);
-    for (int i = 0; i < Run.AtomTypeCount && ReadLine(file, line, sizeof line); ++i) {
+    for (int i = 0; i < Run.Parameters.AtomTypeCount && ReadLine(file, line, sizeof line); ++i) {
         const char* text = line;
         char name[TypeNameWidth + 1];
         double unused;
@@ -89,21 +87,23 @@ static void ReadTypeNames(std::FILE* file) {
             return;
         }
         ToUpperCase(name);
-        std::strcpy(Run.AtomTypeNames[i].Text, name);
+        std::strcpy(Run.Parameters.AtomTypeNames[i].Text, name);
     }
 }
 
 static void ReadTypes() {
     char path[FilePathSize];
     std::FILE* file = OpenParameterFile("nmrtype.txt", path);
-    Run.AtomTypeCount = CountTypes(path, file);
+    Run.Parameters.AtomTypeCount = CountTypes(path, file);
     std::fclose(file);
-    const long long entries = 2LL * Run.AtomTypeCount;
-    AllocateTable(Run.ParameterFileShielding, entries);
-    AllocateTable(Run.ParameterFileCoupling, entries);
-    AllocateTable(Run.CouplingConstants, entries);
-    AllocateTable(Run.AtomTypeNames, Run.AtomTypeCount);
-    AllocateTable(Records, entries);
+    const long long entries = 2LL * Run.Parameters.AtomTypeCount;
+    AllocateTable(Run.Parameters.ParameterFileShielding, entries);
+    AllocateTable(Run.Parameters.ParameterFileCoupling, entries);
+    AllocateTable(Run.Parameters.CouplingConstants, entries);
+    AllocateTable(Run.Parameters.AtomTypeNames, Run.Parameters.AtomTypeCount);
+    if (!AllocateZeroed(Work.Records, entries)) {
+        FatalError(24576);
+    }
     file = OpenParameterFile("nmrtype.txt", path);
     ReadTypeNames(file);
     std::fclose(file);
@@ -125,13 +125,13 @@ static bool ReadRecord(std::FILE* file, ParameterRecord& record) {
 // Reading stops at the first short record; that one and the rest count as zeros, except, on purpose, where it was the
 // last: then it counts as far as it goes. Of records with one name the first wins.
 static void ReadRecords(std::FILE* file) {
-    const int count = 2 * Run.AtomTypeCount;
-    PrepareNameIndex(RecordNames, Records[0].Name, sizeof(ParameterRecord), count);
+    const int count = 2 * Run.Parameters.AtomTypeCount;
+    PrepareNameIndex(Work.RecordNames, Work.Records[0].Name, sizeof(ParameterRecord), count);
     for (int i = 0; i < count; ++i) {
-        if (!ReadRecord(file, Records[i]) && i + 1 < count) {
+        if (!ReadRecord(file, Work.Records[i]) && i + 1 < count) {
             return;
         }
-        AddName(RecordNames, i);
+        AddName(Work.RecordNames, i);
     }
 }
 
@@ -154,14 +154,14 @@ static AtomTypeParameters ParametersOf(const ParameterRecord& record) {
 
 // Copies the records of all types, as ordinary and as capping atoms, into the tables; constants may be null.
 static void DistributeRecords(AtomTypeParameters* parameters, NuclearConstants* constants) {
-    for (int entry = 0; entry < 2 * Run.AtomTypeCount; ++entry) {
-        const bool capping = entry >= Run.AtomTypeCount;
+    for (int entry = 0; entry < 2 * Run.Parameters.AtomTypeCount; ++entry) {
+        const bool capping = entry >= Run.Parameters.AtomTypeCount;
         char name[RecordNameSize] = "-";
-        std::strcpy(name + (capping ? 1 : 0), Run.AtomTypeNames[entry % Run.AtomTypeCount].Text);
+        std::strcpy(name + (capping ? 1 : 0), Run.Parameters.AtomTypeNames[entry % Run.Parameters.AtomTypeCount].Text);
         PollReading(RecordUnits);
-        const int found = FindName(RecordNames, name);
+        const int found = FindName(Work.RecordNames, name);
         if (found >= 0) {
-            const ParameterRecord& record = Records[found];
+            const ParameterRecord& record = Work.Records[found];
             parameters[entry] = ParametersOf(record);
             if (constants != nullptr) {
                 constants[entry] = {.GFactor = record.Numbers[10], .SDensity = record.Numbers[9]};
@@ -180,7 +180,7 @@ static void ReadParameterFile(const char* name, AtomTypeParameters* parameters, 
 
 void ReadParameterFiles() {
     ReadTypes();
-    ReadParameterFile("nmr_shft.abp", Run.ParameterFileShielding, nullptr);
-    ReadParameterFile("nmr_cupl.abp", Run.ParameterFileCoupling, Run.CouplingConstants);
-    FreeParameterFileWork();
+    ReadParameterFile("nmr_shft.abp", Run.Parameters.ParameterFileShielding, nullptr);
+    ReadParameterFile("nmr_cupl.abp", Run.Parameters.ParameterFileCoupling, Run.Parameters.CouplingConstants);
+    FreeArraysOf(Work);
 }

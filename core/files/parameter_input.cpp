@@ -4,7 +4,6 @@
 
 #include "files/name_index.h"
 #include "files/option_keys.h"
-#include "files/parameter_files.h"
 #include "files/text_scan.h"
 #include "ground/fatal_error.h"
 #include "ground/memory.h"
@@ -22,18 +21,14 @@ struct SelectionEntry {
     int Atom;
 };
 
-// The selections as read, until they are resolved, and the names of the atom types; freed by FreeParameterInputWork.
-static SelectionEntry* NMREntries = nullptr;      // [NMRAtomCount]
-static SelectionEntry* QuantumEntries = nullptr;  // [SelectedAtomCount]
-static NameIndex TypeNames = {};                  // of AtomTypeNames
+// What the reader keeps while it reads.
+static struct {
+    SelectionEntry* NMREntries;      // [NMRAtomCount] the selections as read, until they are resolved
+    SelectionEntry* QuantumEntries;  // [SelectedAtomCount]
+    NameIndex TypeNames;             // of AtomTypeNames
+} Work;
 
 static int AtomLineCount = 0;  // atoms that the last block of atoms has given, AtomCount at most
-
-void FreeParameterInputWork() {
-    FreeArray(NMREntries);
-    FreeArray(QuantumEntries);
-    FreeNameIndex(TypeNames);
-}
 
 // Removes trailing characters that are neither letters nor digits nor punctuation.
 static void StripLine(char* line) {
@@ -71,29 +66,27 @@ static void SkipToBlockEnd(std::FILE* file, const char* marker, char* line) {
 }
 
 static SelectionEntry* AllocateEntries(SelectionEntry*& entries, int count) {
-    FreeArray(entries);
-    entries = AllocateArray<SelectionEntry>(count);
-    if (entries == nullptr) {
+    if (!AllocateArray(entries, count)) {
         FatalError(24576);
     }
     return entries;
 }
 
 static void ReadNMRSelection(std::FILE* file, char* line) {
-    const char* path = Run.InputFilePath;
-    if (!ReadInteger(file, &Run.NMRAtomCount)) {
+    const char* path = Run.Job.InputFilePath;
+    if (!ReadInteger(file, &Run.Molecule.NMRAtomCount)) {
         FatalError(24609, path);
     }
-    if (Run.NMRAtomCount <= 0) {
-        FatalError(24610, Run.NMRAtomCount, path);
+    if (Run.Molecule.NMRAtomCount <= 0) {
+        FatalError(24610, Run.Molecule.NMRAtomCount, path);
     }
-    FreeArray(Run.NMRAtomList);
-    const bool fits = MemoryCanServe((sizeof(int) + sizeof(SelectionEntry)) * static_cast<double>(Run.NMRAtomCount));
-    Run.NMRAtomList = fits ? AllocateArray<int>(Run.NMRAtomCount) : nullptr;
-    if (Run.NMRAtomList == nullptr) {
+    const int count = Run.Molecule.NMRAtomCount;
+    if (!MemoryCanServe((sizeof(int) + sizeof(SelectionEntry)) * static_cast<double>(count)) ||
+        !AllocateArray(Run.Molecule.NMRAtomList, count)) {
         FatalError(24576);
     }
-    const int outcome = ReadEntries(file, AllocateEntries(NMREntries, Run.NMRAtomCount), Run.NMRAtomCount);
+    const int outcome =
+        ReadEntries(file, AllocateEntries(Work.NMREntries, Run.Molecule.NMRAtomCount), Run.Molecule.NMRAtomCount);
     if (outcome == 0) {
         FatalError(24611, path);
     }
@@ -104,15 +97,15 @@ static void ReadNMRSelection(std::FILE* file, char* line) {
 }
 
 static void ReadQuantumSelection(std::FILE* file, char* line) {
-    const char* path = Run.InputFilePath;
-    if (!ReadInteger(file, &Run.SelectedAtomCount)) {
+    const char* path = Run.Job.InputFilePath;
+    if (!ReadInteger(file, &Run.Molecule.SelectedAtomCount)) {
         FatalError(24614, path);
     }
-    if (Run.SelectedAtomCount <= 0) {
-        FatalError(24615, Run.SelectedAtomCount, path);
+    if (Run.Molecule.SelectedAtomCount <= 0) {
+        FatalError(24615, Run.Molecule.SelectedAtomCount, path);
     }
-    const int outcome =
-        ReadEntries(file, AllocateEntries(QuantumEntries, Run.SelectedAtomCount), Run.SelectedAtomCount);
+    const int outcome = ReadEntries(file, AllocateEntries(Work.QuantumEntries, Run.Molecule.SelectedAtomCount),
+                                    Run.Molecule.SelectedAtomCount);
     if (outcome == 0) {
         FatalError(24616, path);
     }
@@ -129,21 +122,22 @@ static int ElementByName(const char* name, int atom) {
             return i;
         }
     }
-    FatalError(24629, Run.InputFilePath, name, atom);
+    FatalError(24629, Run.Job.InputFilePath, name, atom);
 }
 
 // Of types with one name the last wins.
 static void IndexTypes() {
-    PrepareNameIndex(TypeNames, Run.AtomTypeNames->Text, sizeof(AtomTypeName), Run.AtomTypeCount);
-    for (int i = Run.AtomTypeCount - 1; i >= 0; --i) {
-        AddName(TypeNames, i);
+    PrepareNameIndex(Work.TypeNames, Run.Parameters.AtomTypeNames->Text, sizeof(AtomTypeName),
+                     Run.Parameters.AtomTypeCount);
+    for (int i = Run.Parameters.AtomTypeCount - 1; i >= 0; --i) {
+        AddName(Work.TypeNames, i);
     }
 }
 
 static int AtomTypeByName(const char* name, int atom) {
-    const int type = FindName(TypeNames, name);
+    const int type = FindName(Work.TypeNames, name);
     if (type < 0) {
-        FatalError(24630, Run.InputFilePath, name, atom);
+        FatalError(24630, Run.Job.InputFilePath, name, atom);
     }
     return type;
 }
@@ -158,7 +152,7 @@ static int LeadingNumber(const char* text) {
 }
 
 [[noreturn]] static void RefuseRecord(int atom) {
-    FatalError(24622, Run.InputFilePath, atom + 1);
+    FatalError(24622, Run.Job.InputFilePath, atom + 1);
 }
 
 // The neighbours of an atom, numbered from 1 within its molecule, which begins at offset. On purpose a number may leave
@@ -177,10 +171,10 @@ static void ReadNeighbours(const char* text, AtomRecord& record, int atom, int o
             RefuseRecord(atom);
         }
         if (std::strchr("hsdta", order[0]) == nullptr) {
-            FatalError(24623, Run.InputFilePath, order, atom + 1);
+            FatalError(24623, Run.Job.InputFilePath, order, atom + 1);
         }
         const long long neighbour = static_cast<long long>(offset) + number - 1;
-        record.BondedAtoms[k] = neighbour >= 0 && neighbour < Run.AtomCount ? static_cast<int>(neighbour) : -1;
+        record.BondedAtoms[k] = neighbour >= 0 && neighbour < Run.Molecule.AtomCount ? static_cast<int>(neighbour) : -1;
     }
 }
 
@@ -192,8 +186,8 @@ static void ReadAtomLine(const char* text, int atom, int molecule, int offset) {
     char type[5];
     int number;
     double charge;
-    AtomRecord& record = Run.AtomRecords[atom];
-    double* position = Run.AtomCoordinates[atom].Position;
+    AtomRecord& record = Run.Molecule.AtomRecords[atom];
+    double* position = Run.Molecule.AtomCoordinates[atom].Position;
     const bool complete = SkipWord(text) && ScanInteger(text, &number) && ScanWord(text, 4, word) &&
                           ScanWord(text, 3, element) && ScanWord(text, 4, type) && ScanWord(text, 6, word) &&
                           ScanReal(text, &charge) && ScanReal(text, &position[0]) && ScanReal(text, &position[1]) &&
@@ -216,9 +210,9 @@ static void ReadAtomLine(const char* text, int atom, int molecule, int offset) {
 }
 
 void CheckNeighbours() {
-    for (int atom = 0; atom < Run.AtomCount; ++atom) {
+    for (int atom = 0; atom < Run.Molecule.AtomCount; ++atom) {
         PollReading(RecordUnits);
-        const AtomRecord& record = Run.AtomRecords[atom];
+        const AtomRecord& record = Run.Molecule.AtomRecords[atom];
         for (int k = 0; k < record.BondCount; ++k) {
             if (record.BondedAtoms[k] < 0) {
                 RefuseRecord(atom);
@@ -228,27 +222,22 @@ void CheckNeighbours() {
 }
 
 static void AllocateAtoms() {
-    FreeArray(Run.AtomRecords);
-    FreeArray(Run.AtomCoordinates);
     const double bytesOfAtom = sizeof(AtomRecord) + sizeof(AtomPosition) + sizeof(int);  // with its place in a list
-    if (!MemoryCanServe(bytesOfAtom * Run.AtomCount)) {
-        FatalError(24576);
-    }
-    Run.AtomRecords = AllocateZeroed<AtomRecord>(Run.AtomCount);
-    Run.AtomCoordinates = AllocateZeroed<AtomPosition>(Run.AtomCount);
-    if (Run.AtomRecords == nullptr || Run.AtomCoordinates == nullptr) {
+    if (!MemoryCanServe(bytesOfAtom * Run.Molecule.AtomCount) ||
+        !AllocateZeroed(Run.Molecule.AtomRecords, Run.Molecule.AtomCount) ||
+        !AllocateZeroed(Run.Molecule.AtomCoordinates, Run.Molecule.AtomCount)) {
         FatalError(24576);
     }
 }
 
 // Atom lines that are missing leave their records zeroed: atoms that neighbours can name and no selection.
 static void ReadAtoms(std::FILE* file) {
-    const char* path = Run.InputFilePath;
-    if (!ReadInteger(file, &Run.AtomCount)) {
+    const char* path = Run.Job.InputFilePath;
+    if (!ReadInteger(file, &Run.Molecule.AtomCount)) {
         FatalError(24619, path);
     }
-    if (Run.AtomCount <= 0) {
-        FatalError(24620, Run.AtomCount, path);
+    if (Run.Molecule.AtomCount <= 0) {
+        FatalError(24620, Run.Molecule.AtomCount, path);
     }
     AllocateAtoms();
     AtomLineCount = 0;
@@ -257,7 +246,7 @@ static void ReadAtoms(std::FILE* file) {
     char line[LineSize];
     while (ReadLine(file, line) && !BeginsIgnoringCase(line, "AtomsEnd")) {
         if (BeginsIgnoringCase(line, "atom")) {
-            if (AtomLineCount == Run.AtomCount) {
+            if (AtomLineCount == Run.Molecule.AtomCount) {
                 FatalError(24621, path);
             }
             ReadAtomLine(line, AtomLineCount++, molecule, offset);
@@ -304,7 +293,7 @@ static int FirstAtomOf(int molecule) {
     int end = AtomLineCount;
     while (first < end) {
         const int middle = first + (end - first) / 2;
-        if (Run.AtomRecords[middle].MoleculeIndex < molecule) {
+        if (Run.Molecule.AtomRecords[middle].MoleculeIndex < molecule) {
             first = middle + 1;
         } else {
             end = middle;
@@ -317,44 +306,46 @@ static int FirstAtomOf(int molecule) {
 static int FindAtom(const SelectionEntry& entry) {
     PollReading(RecordUnits);
     const long long atom = static_cast<long long>(FirstAtomOf(entry.Molecule)) + entry.Atom - 1;
-    return atom < AtomLineCount && Run.AtomRecords[atom].MoleculeIndex == entry.Molecule ? static_cast<int>(atom) : -1;
+    return atom < AtomLineCount && Run.Molecule.AtomRecords[atom].MoleculeIndex == entry.Molecule
+               ? static_cast<int>(atom)
+               : -1;
 }
 
 static void ResolveNMRSelection() {
-    for (int i = 0; i < Run.NMRAtomCount; ++i) {
-        const int atom = FindAtom(NMREntries[i]);
+    for (int i = 0; i < Run.Molecule.NMRAtomCount; ++i) {
+        const int atom = FindAtom(Work.NMREntries[i]);
         if (atom < 0) {
-            FatalError(24613, NMREntries[i].Atom, NMREntries[i].Molecule, Run.InputFilePath);
+            FatalError(24613, Work.NMREntries[i].Atom, Work.NMREntries[i].Molecule, Run.Job.InputFilePath);
         }
-        Run.NMRAtomList[i] = atom + 1;
+        Run.Molecule.NMRAtomList[i] = atom + 1;
     }
 }
 
 static void ResolveQuantumSelection() {
-    const bool selected = Run.SelectedAtomCount != -1;
-    for (int atom = 0; atom < Run.AtomCount; ++atom) {
+    const bool selected = Run.Molecule.SelectedAtomCount != -1;
+    for (int atom = 0; atom < Run.Molecule.AtomCount; ++atom) {
         PollReading(RecordUnits);
-        Run.AtomRecords[atom].SelectionState = selected ? 1 : 0;
+        Run.Molecule.AtomRecords[atom].SelectionState = selected ? 1 : 0;
     }
     if (!selected) {
         return;
     }
-    for (int i = 0; i < Run.SelectedAtomCount; ++i) {
-        const int atom = FindAtom(QuantumEntries[i]);
+    for (int i = 0; i < Run.Molecule.SelectedAtomCount; ++i) {
+        const int atom = FindAtom(Work.QuantumEntries[i]);
         if (atom < 0) {
-            FatalError(24618, QuantumEntries[i].Atom, QuantumEntries[i].Molecule, Run.InputFilePath);
+            FatalError(24618, Work.QuantumEntries[i].Atom, Work.QuantumEntries[i].Molecule, Run.Job.InputFilePath);
         }
-        Run.AtomRecords[atom].SelectionState = 0;
+        Run.Molecule.AtomRecords[atom].SelectionState = 0;
     }
-    Run.SelectedAtomCount = 0;  // BuildCappingAtoms counts
+    Run.Molecule.SelectedAtomCount = 0;  // BuildCappingAtoms counts
 }
 
 void ReadParameterInput(std::FILE* file) {
-    const char* path = Run.InputFilePath;
+    const char* path = Run.Job.InputFilePath;
     SetDefaultOptions();
-    Run.AtomCount = -1;
-    Run.SelectedAtomCount = -1;
-    Run.NMRAtomCount = -1;
+    Run.Molecule.AtomCount = -1;
+    Run.Molecule.SelectedAtomCount = -1;
+    Run.Molecule.NMRAtomCount = -1;
     IndexTypes();
     ReadLines(file);
     const bool damaged = std::ferror(file) != 0;
@@ -362,13 +353,13 @@ void ReadParameterInput(std::FILE* file) {
     if (damaged) {
         FatalError(24624, path);
     }
-    if (Run.AtomCount == -1) {
+    if (Run.Molecule.AtomCount == -1) {
         FatalError(24625, path);
     }
-    if (Run.NMRAtomCount == -1) {
+    if (Run.Molecule.NMRAtomCount == -1) {
         FatalError(24631, path);
     }
     ResolveNMRSelection();
     ResolveQuantumSelection();
-    FreeParameterInputWork();
+    FreeArraysOf(Work);
 }

@@ -13,6 +13,3 @@ void ReadParameterInput(std::FILE* file);
 // Raises 24622 for the first atom with a neighbour outside the system: after all else that can be wrong with an input,
 // since a wrong count of atoms or a wrong selection is the better explanation.
 void CheckNeighbours();
-
-// Frees what the reader keeps while it reads.
-void FreeParameterInputWork();

@@ -11,16 +11,16 @@
 #include "ground/run_state.h"
 
 static void FinishRunInput() {
-    if (Run.CalculateSpectra && (Run.CalculateShielding || Run.CalculateCoupling)) {
+    if (Run.Options.CalculateSpectra && (Run.Options.CalculateShielding || Run.Options.CalculateCoupling)) {
         FatalError(24707);
     }
-    if (Run.RunKind == ParameterRun) {
+    if (Run.Job.RunKind == ParameterRun) {
         CheckNeighbours();
     }
-    if (Run.LogEnabled && Run.LogPrintLevel >= 10) {
-        Run.LogEnabled = 0;
+    if (Run.Report.LogEnabled && Run.Options.LogPrintLevel >= 10) {
+        Run.Report.LogEnabled = 0;
     }
-    Run.ActiveRunKind = Run.RunKind;
+    Run.Job.ActiveRunKind = Run.Job.RunKind;
     PopRecoveryFrame(0);
 }
 
@@ -28,22 +28,16 @@ void ReadRunInput() {
     RecoveryFrame frame;
     PushRecoveryFrame(frame);
     if (SAVE_CONTEXT(frame)) {
-        FreeArray(Run.NucleiInGroup);
-        FreeArray(Run.ChemicalShifts);
-        FreeArray(Run.CouplingMatrix);
-        FreeArray(Run.NMRAtomList);
-        FreeArray(Run.AtomRecords);
-        FreeArray(Run.AtomCoordinates);
-        FreeParameterInputWork();
+        FreeNotedArrays();
         PopRecoveryFrame(0);
         return;
     }
-    const char* path = Run.InputFilePath;
+    const char* path = Run.Job.InputFilePath;
     std::FILE* file = OpenFile(path, "r");
     if (file == nullptr) {
         FatalError(24608, path);
     }
-    if (Run.RunKind == SpectrumRun) {
+    if (Run.Job.RunKind == SpectrumRun) {
         ReadSpectrumInput(file);
     } else {
         ReadParameterInput(file);

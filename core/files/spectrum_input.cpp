@@ -12,7 +12,7 @@
 static constexpr double SmallestMinimalIntensity = 1e-08;
 
 [[noreturn]] static void FailAtStep(int step) {
-    const char* path = Run.InputFilePath;
+    const char* path = Run.Job.InputFilePath;
     FatalError(24626, step, path);
 }
 
@@ -38,25 +38,17 @@ static int ReadIntegerLine(std::FILE* file, int step) {
 }
 
 static void SetDefaults() {
-    Run.CalculateSpectra = 1;
-    Run.CalculateShielding = 0;
-    Run.CalculateCoupling = 0;
-    Run.LogPrintLevel = 0;
-    Run.NMRFrequency = 100;
+    Run.Options.CalculateSpectra = 1;
+    Run.Options.CalculateShielding = 0;
+    Run.Options.CalculateCoupling = 0;
+    Run.Options.LogPrintLevel = 0;
+    Run.Options.NMRFrequency = 100;
 }
 
 static void AllocateSpinSystem() {
-    FreeArray(Run.IsotopicNumbers);
-    FreeArray(Run.NucleiInGroup);
-    FreeArray(Run.ChemicalShifts);
-    FreeArray(Run.CouplingMatrix);
-    const long long n = Run.SpinGroupCount;
-    Run.IsotopicNumbers = AllocateArray<int>(n);
-    Run.NucleiInGroup = AllocateArray<int>(n);
-    Run.ChemicalShifts = AllocateArray<double>(n);
-    Run.CouplingMatrix = AllocateArray<double>(n * n);
-    if (Run.IsotopicNumbers == nullptr || Run.NucleiInGroup == nullptr || Run.ChemicalShifts == nullptr ||
-        Run.CouplingMatrix == nullptr) {
+    const long long n = Run.Spins.SpinGroupCount;
+    if (!AllocateArray(Run.Spins.IsotopicNumbers, n) || !AllocateArray(Run.Spins.NucleiInGroup, n) ||
+        !AllocateArray(Run.Spins.ChemicalShifts, n) || !AllocateArray(Run.Spins.CouplingMatrix, n * n)) {
         FatalError(24576);
     }
 }
@@ -66,17 +58,17 @@ static void ReadIsotopesAndNuclei(std::FILE* file, int step) {
     char line[LineSize];
     ReadStepLine(file, step, line);
     const char* text = line;
-    for (int i = 0; i < Run.SpinGroupCount; ++i) {
-        if (!ScanInteger(text, &Run.IsotopicNumbers[i])) {
+    for (int i = 0; i < Run.Spins.SpinGroupCount; ++i) {
+        if (!ScanInteger(text, &Run.Spins.IsotopicNumbers[i])) {
             FailAtStep(step);
         }
     }
     bool missing = false;
-    for (int i = 0; i < Run.SpinGroupCount; ++i) {
-        missing = missing || !ScanInteger(text, &Run.NucleiInGroup[i]);
+    for (int i = 0; i < Run.Spins.SpinGroupCount; ++i) {
+        missing = missing || !ScanInteger(text, &Run.Spins.NucleiInGroup[i]);
         if (missing) {
-            Run.NucleiInGroup[i] = 1;
-        } else if (Run.NucleiInGroup[i] < 0 || Run.NucleiInGroup[i] > LargestGroup) {
+            Run.Spins.NucleiInGroup[i] = 1;
+        } else if (Run.Spins.NucleiInGroup[i] < 0 || Run.Spins.NucleiInGroup[i] > LargestGroup) {
             FailAtStep(step);
         }
     }
@@ -87,7 +79,7 @@ static void ReadRealRow(std::FILE* file, int step, double* row) {
     char line[LineSize];
     ReadStepLine(file, step, line);
     const char* text = line;
-    for (int i = 0; i < Run.SpinGroupCount; ++i) {
+    for (int i = 0; i < Run.Spins.SpinGroupCount; ++i) {
         if (!ScanReal(text, &row[i]) || !CanBeRounded(row[i])) {
             FailAtStep(step);
         }
@@ -95,53 +87,53 @@ static void ReadRealRow(std::FILE* file, int step, double* row) {
 }
 
 static void ReadCouplings(std::FILE* file, int firstStep) {
-    const int n = Run.SpinGroupCount;
+    const int n = Run.Spins.SpinGroupCount;
     for (int i = 0; i < n; ++i) {
-        ReadRealRow(file, firstStep + i, Run.CouplingMatrix + static_cast<long long>(i) * n);
+        ReadRealRow(file, firstStep + i, Run.Spins.CouplingMatrix + static_cast<long long>(i) * n);
     }
     for (int i = 0; i < n; ++i) {
         for (int j = i + 1; j < n; ++j) {
-            Run.CouplingMatrix[j * n + i] = Run.CouplingMatrix[i * n + j];
+            Run.Spins.CouplingMatrix[j * n + i] = Run.Spins.CouplingMatrix[i * n + j];
         }
     }
 }
 
 static void ReadMinimalIntensity(std::FILE* file, int step) {
-    if (!ReadReal(file, &Run.MinimalIntensity)) {
+    if (!ReadReal(file, &Run.Options.MinimalIntensity)) {
         FailAtStep(step);
     }
-    if (Run.MinimalIntensity <= SmallestMinimalIntensity) {
+    if (Run.Options.MinimalIntensity <= SmallestMinimalIntensity) {
         char text[LineSize];
         std::snprintf(text, sizeof text, "The minimal inetensity (%e) you have set may be too small",
-                      Run.MinimalIntensity);
+                      Run.Options.MinimalIntensity);
         WriteFatalFile(text);  // on purpose the end of the run, in spite of the wording
     }
 }
 
 void ReadSpectrumInput(std::FILE* file) {
-    const char* path = Run.InputFilePath;
+    const char* path = Run.Job.InputFilePath;
     SetDefaults();
     ReadHeading(file, 1);
-    Run.SpinGroupCount = ReadIntegerLine(file, 2);
-    const int n = Run.SpinGroupCount;
+    Run.Spins.SpinGroupCount = ReadIntegerLine(file, 2);
+    const int n = Run.Spins.SpinGroupCount;
     if (n <= 0) {
         FatalError(24610, n, path);
     }
     AllocateSpinSystem();
     ReadIsotopesAndNuclei(file, 3);
     ReadHeading(file, 4);
-    Run.NMRFrequency = ReadIntegerLine(file, 5);
-    if (Run.NMRFrequency == 0) {
+    Run.Options.NMRFrequency = ReadIntegerLine(file, 5);
+    if (Run.Options.NMRFrequency == 0) {
         FatalError(24627, path);
     }
     ReadHeading(file, 6);
-    ReadRealRow(file, 7, Run.ChemicalShifts);
+    ReadRealRow(file, 7, Run.Spins.ChemicalShifts);
     ReadHeading(file, 8);
     ReadCouplings(file, 9);
     ReadHeading(file, n + 9);
     ReadMinimalIntensity(file, n + 10);
     ReadHeading(file, n + 11);
-    Run.UseWeakCoupling = ReadIntegerLine(file, n + 12);
+    Run.Options.UseWeakCoupling = ReadIntegerLine(file, n + 12);
     const bool damaged = std::ferror(file) != 0;
     std::fclose(file);
     if (damaged) {

@@ -20,7 +20,7 @@ void WriteFatalFile(const char* text) {
 }
 
 void ShowMessage(bool isFatal, const char* text) {
-    if (Run.ConsoleMode) {  // set-up has no output file yet, also not for a fatal message
+    if (Run.Process.ConsoleMode) {  // set-up has no output file yet, also not for a fatal message
         PutPrintable(stdout, text);
         std::fputc('\n', stdout);
         std::fflush(stdout);
@@ -42,26 +42,26 @@ void ReportWarning(int id, const MessageArgument* arguments) {
 // The report proper, under a guard: an error raised within it resumes here and ends the report.
 static void ReportUnderGuard(int id, const MessageArgument* arguments) {
     RecoveryFrame guard = {};
-    RecoveryFrame* const top = Run.ErrorFrameTop;
+    RecoveryFrame* const top = Run.Report.ErrorFrameTop;
     PushRecoveryFrame(guard);
-    Run.ErrorFrameTop = top;  // the guard isn't part of the chain
-    Run.FatalGuardFrame = &guard;
+    Run.Report.ErrorFrameTop = top;  // the guard isn't part of the chain
+    Run.Report.FatalGuardFrame = &guard;
     if (!SAVE_CONTEXT(guard)) {
         ReleaseMouseCapture();
-        Run.LastErrorCode = id;
-        if (Run.ReportFatalFlag) {
+        Run.Report.LastErrorCode = id;
+        if (Run.Report.ReportFatalFlag) {
             char text[ExpandedLimit];
             ExpandCatalogueText(id, arguments, TextLimit, text, ExpandedLimit);
             ShowMessage(true, text);
         } else {
-            Run.ReportFatalFlag = 1;
+            Run.Report.ReportFatalFlag = 1;
         }
     }
-    Run.FatalGuardFrame = nullptr;
+    Run.Report.FatalGuardFrame = nullptr;
 }
 
 void ReportFatalError(int id, const MessageArgument* arguments) {
-    if (Run.FatalGuardFrame == nullptr) {
+    if (Run.Report.FatalGuardFrame == nullptr) {
         ReportUnderGuard(id, arguments);
     }
     RaiseError();

@@ -13,10 +13,10 @@ static constexpr int TextLimit = 400;      // characters loaded of a catalogue t
 static constexpr int ExpandedLimit = 800;  // characters of a filled line
 
 void LogAppend(const char* text) {
-    if (!Run.LogEnabled) {
+    if (!Run.Report.LogEnabled) {
         return;
     }
-    std::FILE* file = OpenFile(Run.LogFilePath, "a");
+    std::FILE* file = OpenFile(Run.Job.LogFilePath, "a");
     if (file == nullptr) {
         // On purpose without the "ERRMSG: " of other failures and without a newline: front ends know the text as it is.
         EndWithOutput("", "Velkoran cannot open the log file.", "");
@@ -27,7 +27,7 @@ void LogAppend(const char* text) {
 }
 
 void LogCatalogueText(int id, const MessageArgument* arguments) {
-    if (!Run.LogEnabled) {
+    if (!Run.Report.LogEnabled) {
         return;
     }
     char line[ExpandedLimit];

@@ -7,6 +7,8 @@
 #include "ground/platform.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 
 static constexpr double UncheckedBytes = 1 << 18;    // blocks below this size aren't worth the look
 static constexpr double SafetyShare = 0.95;          // the rest is for page tables and for what others take meanwhile
@@ -32,6 +34,63 @@ bool MemoryCanServe(double bytes) {
     const double left = SafetyShare * static_cast<double>(AvailableMemory()) - ReservedBytes - bytes;
     Allowance = std::clamp(left * AllowedShare, 0.0, LargestAllowance);
     return left > 0.0;
+}
+
+// Places of the pointers to the arrays of the run, in no order. There are fewer in the sources than room for them.
+static constexpr int MostNotes = 256;
+static void* Notes[MostNotes];
+static int NoteCount = 0;
+
+static int FindNote(const void* place) {
+    int i = NoteCount - 1;
+    while (i >= 0 && Notes[i] != place) {
+        --i;
+    }
+    return i;
+}
+
+bool TakeNote(void* place) {
+    if (FindNote(place) >= 0) {
+        return true;
+    }
+    if (NoteCount == MostNotes) {
+        return false;
+    }
+    Notes[NoteCount++] = place;
+    return true;
+}
+
+void DropNote(const void* place) {
+    const int i = FindNote(place);
+    if (i >= 0) {
+        Notes[i] = Notes[--NoteCount];
+    }
+}
+
+// Frees the array whose pointer stands at a noted place. Pointers to records of any type are read and nulled by their
+// bytes.
+static void FreeNote(int i) {
+    void* const none = nullptr;
+    void* array;
+    std::memcpy(&array, Notes[i], sizeof array);
+    std::memcpy(Notes[i], &none, sizeof none);
+    std::free(array);
+    Notes[i] = Notes[--NoteCount];
+}
+
+void FreeArraysWithin(void* start, std::size_t bytes) {
+    const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(start);
+    for (int i = NoteCount - 1; i >= 0; --i) {
+        if (reinterpret_cast<std::uintptr_t>(Notes[i]) - first < bytes) {
+            FreeNote(i);
+        }
+    }
+}
+
+void FreeNotedArrays() {
+    while (NoteCount > 0) {
+        FreeNote(NoteCount - 1);
+    }
 }
 
 static bool CanServeRecords(long long count, std::size_t size) {

@@ -1,5 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Arrays of plain records. The caller tests each allocation and says with its own message that it failed.
+//
+// An array of the run is noted by the place of its pointer, a field of Run or of a stage's own static work:
+// FreeArraysOf frees what hangs on one record, FreeNotedArrays all there is, and both null the pointers. So a stop can
+// leave a stage at any moment.
 #pragma once
 
 #include <cstddef>
@@ -11,9 +15,10 @@
 // not yet touched still counts as free.
 bool MemoryCanServe(double bytes);
 
-// Memory for count records of size bytes, not cleared; null if it can't be had. Small blocks aren't checked, they are
-// malloc's to refuse. Give it back with FreeArray.
+// Memory for count records of size bytes, cleared or not; null if it can't be had. Small blocks aren't checked, they
+// are malloc's to refuse.
 void* AllocateBytes(long long count, std::size_t size);
+void* AllocateZeroedBytes(long long count, std::size_t size);
 
 // The same block with room for count records, or null, and then the old block stays as it was.
 void* ReallocateBytes(void* block, long long count, std::size_t size);
@@ -23,23 +28,56 @@ void* ReallocateBytes(void* block, long long count, std::size_t size);
 // are. May not return.
 void TouchPages(void* block, std::size_t bytes);
 
-// An array of count plain records, not cleared; null if it can't be had.
-template <class Record> Record* AllocateArray(long long count) {
-    static_assert(std::is_trivially_copyable_v<Record>);
-    return static_cast<Record*>(AllocateBytes(count, sizeof(Record)));
-}
+// Takes and gives up notes. place is where a pointer to an array stands, of static lifetime; TakeNote does nothing for
+// a place that is noted already, and is false if there are too many notes.
+bool TakeNote(void* place);
+void DropNote(const void* place);
 
-// The same, cleared to zeros.
-void* AllocateZeroedBytes(long long count, std::size_t size);
-template <class Record> Record* AllocateZeroed(long long count) {
-    static_assert(std::is_trivially_copyable_v<Record>);
-    return static_cast<Record*>(AllocateZeroedBytes(count, sizeof(Record)));
+// Frees the noted arrays whose pointers stand within these bytes, or all.
+void FreeArraysWithin(void* start, std::size_t bytes);
+void FreeNotedArrays();
+
+// Frees the arrays of a record of the run.
+template <class Record> void FreeArraysOf(Record& record) {
+    FreeArraysWithin(&record, sizeof record);
 }
 
 // Frees an array and nulls its pointer; null is allowed.
 template <class Record> void FreeArray(Record*& array) {
     std::free(array);
     array = nullptr;
+    DropNote(&array);
+}
+
+// Replaces an array of the run by a new one of count records, cleared or not; false, and the pointer null, if it can't
+// be had.
+template <class Record> bool AllocateArray(Record*& array, long long count) {
+    static_assert(std::is_trivially_copyable_v<Record>);
+    FreeArray(array);
+    array = TakeNote(&array) ? static_cast<Record*>(AllocateBytes(count, sizeof(Record))) : nullptr;
+    return array != nullptr;
+}
+template <class Record> bool AllocateZeroed(Record*& array, long long count) {
+    static_assert(std::is_trivially_copyable_v<Record>);
+    FreeArray(array);
+    array = TakeNote(&array) ? static_cast<Record*>(AllocateZeroedBytes(count, sizeof(Record))) : nullptr;
+    return array != nullptr;
+}
+
+// Makes room for count records in an array of the run; false, and the array as it was, if it can't be had.
+template <class Record> bool GrowArray(Record*& array, long long count) {
+    static_assert(std::is_trivially_copyable_v<Record>);
+    void* grown = TakeNote(&array) ? ReallocateBytes(array, count, sizeof(Record)) : nullptr;
+    if (grown != nullptr) {
+        array = static_cast<Record*>(grown);
+    }
+    return grown != nullptr;
+}
+
+// An array that lives as long as the process, cleared; null if it can't be had.
+template <class Record> Record* AllocateForProcess(long long count) {
+    static_assert(std::is_trivially_copyable_v<Record>);
+    return static_cast<Record*>(AllocateZeroedBytes(count, sizeof(Record)));
 }
 
 // What a stage does to all of its arrays, each with its number of records: a function of the stage hands them over one
@@ -57,9 +95,11 @@ struct ArrayAllocator {
     bool Complete = true;  // all arrays so far could be had; from the first that couldn't, all are null
 
     template <class Record> void operator()(Record*& array, long long count) {
-        FreeArray(array);
-        array = Complete ? AllocateArray<Record>(count) : nullptr;
-        Complete = array != nullptr;
+        if (Complete) {
+            Complete = AllocateArray(array, count);
+        } else {
+            FreeArray(array);
+        }
     }
 };
 

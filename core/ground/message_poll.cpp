@@ -10,11 +10,11 @@
 static constexpr int ReadingUnits = 4096;  // between two looks of a reader
 
 void PollMessages(int units) {
-    if ((Run.PollCounter >> Run.PollShift) != 0) {
+    if ((Run.Report.PollCounter >> Run.Report.PollShift) != 0) {
         YieldMessages();
-        Run.PollCounter = 0;
+        Run.Report.PollCounter = 0;
     }
-    Run.PollCounter += units;
+    Run.Report.PollCounter += units;
 }
 
 // False if there is no message.
@@ -25,8 +25,8 @@ static bool LookAtMessage() {
         return false;
     }
     if (message.Id == QuitMessage) {
-        Run.QuitRequested = 1;
-        Run.ReportFatalFlag = 0;
+        Run.Process.QuitRequested = 1;
+        Run.Report.ReportFatalFlag = 0;
         FatalError(24834);  // on purpose an id without text: the stop of a run is silent
     }
     DispatchPlatformMessage(&message);
@@ -39,11 +39,11 @@ void YieldMessages() {
 }
 
 void PollReading(int units) {
-    if (Run.PollCounter >= ReadingUnits) {
+    if (Run.Report.PollCounter >= ReadingUnits) {
         YieldMessages();
-        Run.PollCounter = 0;
+        Run.Report.PollCounter = 0;
     }
-    Run.PollCounter += units;
+    Run.Report.PollCounter += units;
 }
 
 void YieldAllMessages() {

@@ -29,7 +29,7 @@ static std::FILE* CreateNeighbour(const char* path) {
 }
 
 std::FILE* OpenOutputFile() {
-    const char* path = Run.OutputFilePath;
+    const char* path = Run.Job.OutputFilePath;
     NeighbourPath[0] = '\0';
     if (path[0] == '\0') {  // it was too long to be composed
         errno = ENAMETOOLONG;
@@ -59,9 +59,9 @@ static void DiscardOutput() {
     if (NeighbourPath[0] != '\0') {
         RemoveFile(NeighbourPath);
     }
-    const PathKind kind = KindOfPath(Run.OutputFilePath);
-    if (kind == PathKind::Link || (kind == PathKind::OrdinaryFile && !RemoveFile(Run.OutputFilePath))) {
-        std::FILE* file = OpenFile(Run.OutputFilePath, "w");
+    const PathKind kind = KindOfPath(Run.Job.OutputFilePath);
+    if (kind == PathKind::Link || (kind == PathKind::OrdinaryFile && !RemoveFile(Run.Job.OutputFilePath))) {
+        std::FILE* file = OpenFile(Run.Job.OutputFilePath, "w");
         if (file != nullptr) {
             std::fclose(file);
         }
@@ -75,7 +75,7 @@ static bool CopyToOutput() {
     if (from == nullptr) {
         return false;
     }
-    std::FILE* to = OpenFile(Run.OutputFilePath, "wb");
+    std::FILE* to = OpenFile(Run.Job.OutputFilePath, "wb");
     bool copied = to != nullptr;
     if (to != nullptr) {
         char block[BUFSIZ];
@@ -93,7 +93,7 @@ bool CloseOutputFile(std::FILE* file) {
     const bool written = std::ferror(file) == 0;
     const bool closed = std::fclose(file) == 0;
     const bool inPlace = NeighbourPath[0] == '\0';
-    if (written && closed && (inPlace || MoveOver(NeighbourPath, Run.OutputFilePath) || CopyToOutput())) {
+    if (written && closed && (inPlace || MoveOver(NeighbourPath, Run.Job.OutputFilePath) || CopyToOutput())) {
         return true;
     }
     const int reason = errno;
@@ -108,8 +108,8 @@ static void SayOnStandardError(const char* text) {
     const char* reason = std::strerror(errno);
     static char buffer[BUFSIZ];
     std::setvbuf(stderr, buffer, _IOFBF, sizeof buffer);
-    std::fprintf(stderr, "velkoran: cannot write %s", Run.OutputFilePath[0] != '\0' ? "" : "an output file");
-    PutPrintable(stderr, Run.OutputFilePath);
+    std::fprintf(stderr, "velkoran: cannot write %s", Run.Job.OutputFilePath[0] != '\0' ? "" : "an output file");
+    PutPrintable(stderr, Run.Job.OutputFilePath);
     std::fprintf(stderr, " (%s): ", reason);
     PutPrintable(stderr, text);
     std::fprintf(stderr, "\n");

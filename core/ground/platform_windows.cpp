@@ -50,7 +50,7 @@ static LRESULT CALLBACK WindowProcedure(HWND window, UINT id, WPARAM wParameter,
 static INT_PTR CALLBACK AboutDialogProc(HWND dialog, UINT id, WPARAM wParameter, LPARAM) {
     switch (id) {
     case WM_INITDIALOG:
-        Run.AboutDialog = Portable(dialog);
+        Run.Process.AboutDialog = Portable(dialog);
         return 1;
     case WM_COMMAND:
         if (wParameter == IDOK || wParameter == IDCANCEL) {
@@ -59,7 +59,7 @@ static INT_PTR CALLBACK AboutDialogProc(HWND dialog, UINT id, WPARAM wParameter,
         }
         return 0;
     case WM_DESTROY:
-        Run.AboutDialog = nullptr;
+        Run.Process.AboutDialog = nullptr;
         return 0;
     default:
         return 0;

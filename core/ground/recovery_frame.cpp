@@ -19,14 +19,14 @@ static int WindowProcedureDepth = 0;           // window-procedure calls in prog
 static RecoveryFrame* PendingFrame = nullptr;  // frame that a raise waits to resume
 
 void PushRecoveryFrame(RecoveryFrame& frame) {
-    frame.Previous = Run.ErrorFrameTop;
+    frame.Previous = Run.Report.ErrorFrameTop;
     frame.Raised = 0;
     frame.Depth = WindowProcedureDepth;
-    Run.ErrorFrameTop = &frame;
+    Run.Report.ErrorFrameTop = &frame;
 }
 
 static bool AnyFrameRaised() {
-    for (const RecoveryFrame* frame = Run.ErrorFrameTop; frame != nullptr; frame = frame->Previous) {
+    for (const RecoveryFrame* frame = Run.Report.ErrorFrameTop; frame != nullptr; frame = frame->Previous) {
         if (frame->Raised) {
             return true;
         }
@@ -35,14 +35,14 @@ static bool AnyFrameRaised() {
 }
 
 void PopRecoveryFrame(int final) {
-    const RecoveryFrame* old = Run.ErrorFrameTop;
-    Run.ErrorFrameTop = old->Previous;
-    if (Run.ErrorFrameTop != nullptr && !final) {
-        if (Run.LastErrorCode != 0 && old->Raised && !Run.ErrorFrameTop->Raised) {
+    const RecoveryFrame* old = Run.Report.ErrorFrameTop;
+    Run.Report.ErrorFrameTop = old->Previous;
+    if (Run.Report.ErrorFrameTop != nullptr && !final) {
+        if (Run.Report.LastErrorCode != 0 && old->Raised && !Run.Report.ErrorFrameTop->Raised) {
             RaiseError();
         }
-    } else if (Run.FatalGuardFrame == nullptr && !AnyFrameRaised()) {
-        Run.LastErrorCode = 0;
+    } else if (Run.Report.FatalGuardFrame == nullptr && !AnyFrameRaised()) {
+        Run.Report.LastErrorCode = 0;
     }
 }
 
@@ -52,11 +52,11 @@ static void Resume(RecoveryFrame* frame) {
 }
 
 void RaiseError() {
-    RecoveryFrame* target = Run.ErrorFrameTop;
+    RecoveryFrame* target = Run.Report.ErrorFrameTop;
     if (target != nullptr) {
         target->Raised = 1;
     }
-    RecoveryFrame* guard = Run.FatalGuardFrame;
+    RecoveryFrame* guard = Run.Report.FatalGuardFrame;
     if (guard != nullptr &&
         (target == nullptr || reinterpret_cast<std::uintptr_t>(guard) <= reinterpret_cast<std::uintptr_t>(target))) {
         target = guard;  // the stack grows downwards: the guard is the newer of the two

@@ -2,7 +2,6 @@
 // Sums, for each atom of the calculation, the Coulomb terms of all charged atoms outside it.
 #include "integrals/environment_terms.h"
 
-#include "files/parameter_files.h"
 #include "ground/message_poll.h"
 #include "integrals/two_centre_coulomb.h"
 #include "molecule/element_tables.h"
@@ -78,10 +77,10 @@ static double ValenceRepulsion(const ValenceCloud& a, const ValenceCloud& b, dou
 }
 
 static void AddEnvironmentAtom(const ValenceCloud& cloud, const double* position, int atom, EnvironmentSums* sums) {
-    const AtomRecord& record = Run.AtomRecords[atom];
-    const double zeta = Run.ActiveParameters[record.AtomType].SlaterExponentS;
+    const AtomRecord& record = Run.Molecule.AtomRecords[atom];
+    const double zeta = Run.Parameters.ActiveParameters[record.AtomType].SlaterExponentS;
     const ValenceCloud other = MakeCloud(PrincipalQuantumTable[record.AtomicNumber - 1], zeta);
-    const double distance = Distance(position, Run.AtomCoordinates[atom].Position);
+    const double distance = Distance(position, Run.Molecule.AtomCoordinates[atom].Position);
     const double inverse = distance < SmallestDistance ? LargestInverse : 1.0 / distance;
     const double g = ValenceRepulsion(cloud, other, distance, inverse);
     const double charge = static_cast<double>(record.AtomCharge);
@@ -92,25 +91,25 @@ static void AddEnvironmentAtom(const ValenceCloud& cloud, const double* position
 }
 
 void BuildEnvironmentTerms(double* coreHamiltonian) {
-    Run.EnvironmentEnergy = 0.0;
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    Run.Field.EnvironmentEnergy = 0.0;
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
         if (atom.AtomicNumber < 1) {
             continue;
         }
-        const OrbitalRange& range = Run.OrbitalRanges[place];
+        const OrbitalRange& range = Run.Basis.OrbitalRanges[place];
         const ValenceCloud cloud =
-            MakeCloud(Run.OrbitalPrincipalNumbers[range.First - 1], Run.OrbitalExponents[range.First - 1]);
+            MakeCloud(Run.Basis.OrbitalPrincipalNumbers[range.First - 1], Run.Basis.OrbitalExponents[range.First - 1]);
         EnvironmentSums sums = {0.0, 0.0, 0.0};
-        for (int other = 0; other < Run.AtomCount; ++other) {
-            if (IsEnvironment(Run.AtomRecords[other])) {
+        for (int other = 0; other < Run.Molecule.AtomCount; ++other) {
+            if (IsEnvironment(Run.Molecule.AtomRecords[other])) {
                 AddEnvironmentAtom(cloud, SelectedPosition(place), other, &sums);
             }
         }
-        PollMessages(Run.AtomCount);
-        Run.EnvironmentEnergy += (sums.Electrons + sums.Cores) * CoreChargeTable[atom.AtomicNumber - 1];
+        PollMessages(Run.Molecule.AtomCount);
+        Run.Field.EnvironmentEnergy += (sums.Electrons + sums.Cores) * CoreChargeTable[atom.AtomicNumber - 1];
         for (int orbital = range.First; orbital <= range.Last; ++orbital) {
-            coreHamiltonian[(orbital - 1LL) * Run.OrbitalCount + (orbital - 1)] += sums.Potential;
+            coreHamiltonian[(orbital - 1LL) * Run.Basis.OrbitalCount + (orbital - 1)] += sums.Potential;
         }
     }
 }

@@ -9,5 +9,5 @@ extern const int PrincipalQuantumTable[LastEnvironmentElement];    // principal 
 extern const double ValenceElectronTable[LastEnvironmentElement];  // valence electrons
 
 // Adds to the diagonal of coreHamiltonian [OrbitalCount][OrbitalCount], Hartree, the potential of the charges
-// outside the selection, and sets Run.EnvironmentEnergy to their energy with the cores. Raises nothing; polls.
+// outside the selection, and sets Run.Field.EnvironmentEnergy to their energy with the cores. Raises nothing; polls.
 void BuildEnvironmentTerms(double* coreHamiltonian);

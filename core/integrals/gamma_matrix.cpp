@@ -2,7 +2,6 @@
 // Fills the gamma matrix atom pair by atom pair: at most four different numbers a pair.
 #include "integrals/gamma_matrix.h"
 
-#include "files/parameter_files.h"
 #include "integrals/auxiliary_functions.h"
 #include "integrals/two_centre_coulomb.h"
 #include "molecule/selected_atoms.h"
@@ -50,10 +49,10 @@ static bool ReadAtom(int place, GammaAtom* atom) {
         return false;
     }
     atom->Place = place;
-    atom->Range = Run.OrbitalRanges[place];
-    atom->Shell = Run.OrbitalPrincipalNumbers[atom->Range.First - 1];
-    atom->ExponentS = Run.OrbitalExponents[atom->Range.First - 1];
-    atom->ExponentD = Run.ActiveParameters[record.AtomType].SlaterExponentD;
+    atom->Range = Run.Basis.OrbitalRanges[place];
+    atom->Shell = Run.Basis.OrbitalPrincipalNumbers[atom->Range.First - 1];
+    atom->ExponentS = Run.Basis.OrbitalExponents[atom->Range.First - 1];
+    atom->ExponentD = Run.Parameters.ActiveParameters[record.AtomType].SlaterExponentD;
     atom->HasD = atom->Range.Last > atom->Range.LastSP;
     return true;
 }
@@ -103,7 +102,7 @@ static void TwoCentreValues(const GammaAtom& a, const GammaAtom& b, GammaValues*
 
 static void StoreValues(const GammaAtom& a, const GammaAtom& b, const GammaValues& values, double* gamma) {
     for (int row = a.Range.First; row <= a.Range.Last; ++row) {
-        double* target = gamma + static_cast<long long>(row - 1) * Run.OrbitalCount - 1;
+        double* target = gamma + static_cast<long long>(row - 1) * Run.Basis.OrbitalCount - 1;
         const bool rowIsD = row > a.Range.LastSP;
         for (int column = b.Range.First; column <= b.Range.LastSP; ++column) {
             target[column] = rowIsD ? values.DSp : values.SpSp;
@@ -116,7 +115,7 @@ static void StoreValues(const GammaAtom& a, const GammaAtom& b, const GammaValue
 
 // Copies the triangle below the diagonal to the one above it.
 static void MirrorTriangle(double* gamma) {
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     for (long long row = 0; row < n; ++row) {
         for (long long column = 0; column < row; ++column) {
             gamma[column * n + row] = gamma[row * n + column];
@@ -126,7 +125,7 @@ static void MirrorTriangle(double* gamma) {
 
 void BuildGammaMatrix(double* gamma) {
     GammaValues values = {0.0, 0.0, 0.0, 0.0};
-    for (int placeA = 0; placeA < Run.SelectedAtomCount; ++placeA) {
+    for (int placeA = 0; placeA < Run.Molecule.SelectedAtomCount; ++placeA) {
         GammaAtom a;
         if (!ReadAtom(placeA, &a)) {
             continue;

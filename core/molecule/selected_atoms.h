@@ -8,11 +8,11 @@
 
 // Number of the atom in the system, from 1. A record without a line in the input doesn't know it.
 inline int SelectedAtomNumber(int place) {
-    return Run.QuantumSelection.SelectedAtomList[place];
+    return Run.Molecule.QuantumSelection.SelectedAtomList[place];
 }
 
 inline AtomRecord& SelectedAtom(int place) {
-    return Run.AtomRecords[SelectedAtomNumber(place) - 1];
+    return Run.Molecule.AtomRecords[SelectedAtomNumber(place) - 1];
 }
 
 // False for a lone pair.
@@ -22,7 +22,7 @@ inline bool HasOrbitals(int place) {
 
 // x, y, z in bohr.
 inline const double* SelectedPosition(int place) {
-    return Run.AtomCoordinates[SelectedAtomNumber(place) - 1].Position;
+    return Run.Molecule.AtomCoordinates[SelectedAtomNumber(place) - 1].Position;
 }
 
 // Distance of two points, in their unit.
@@ -35,5 +35,5 @@ inline double Distance(const double* a, const double* b) {
 
 // Whether the selection leaves out atoms of the system.
 inline bool HasEnvironment() {
-    return Run.SelectedAtomCount < Run.AtomCount;
+    return Run.Molecule.SelectedAtomCount < Run.Molecule.AtomCount;
 }

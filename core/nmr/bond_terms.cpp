@@ -23,8 +23,8 @@ static PairBondIntegrals Integrals;  // of the pair in hand
 static void AddTerm5(int place, const ShieldingAtom& a, const ShieldingAtom& b) {
     RotatePairScalars(a.Position, b.Position, Integrals.Charge, b.OrbitalCount, a.OrbitalCount);
     RotatePairScalars(a.Position, b.Position, Integrals.Gauge, a.OrbitalCount, b.OrbitalCount);
-    Run.ShieldingTerms[4][place] += Contract(Run.TotalDensity, b.Range, a.Range, Integrals.Charge) +
-                                    Contract(Run.TotalDensity, a.Range, b.Range, Integrals.Gauge);
+    Run.Shielding.ShieldingTerms[4][place] += Contract(Run.Field.TotalDensity, b.Range, a.Range, Integrals.Charge) +
+                                              Contract(Run.Field.TotalDensity, a.Range, b.Range, Integrals.Gauge);
 }
 
 // The integrals <bra|L_A,k/r_A^3|ket> of one order of the pair, in pair axes, contribute to term 6 with the phase of
@@ -36,17 +36,17 @@ static void AddMagneticTerms(int place, const ShieldingAtom& a, const ShieldingA
         RotatePairVector(a.Position, b.Position, k, local, table, bra.OrbitalCount, ket.OrbitalCount);
         const double phase = CrossComponent(ket.Position, bra.Position, k);
         if (!(std::fabs(phase) < SmallestPhase)) {  // on purpose also for what isn't a number
-            Run.ShieldingTerms[5][place] -=
-                phase * LondonFactor * Contract(Run.TotalDensity, bra.Range, ket.Range, table);
+            Run.Shielding.ShieldingTerms[5][place] -=
+                phase * LondonFactor * Contract(Run.Field.TotalDensity, bra.Range, ket.Range, table);
         }
-        Run.ShieldingTerms[6][place] +=
-            ParamagneticFactor() * Contract(Run.MagneticDensities[k], bra.Range, ket.Range, table);
+        Run.Shielding.ShieldingTerms[6][place] +=
+            ParamagneticFactor() * Contract(Run.Shielding.MagneticDensities[k], bra.Range, ket.Range, table);
     }
 }
 
 void ComputeBondTerms() {
-    for (int i = 0; i < Run.SelectedAtomCount; ++i) {
-        for (int j = 0; HasOrbitals(i) && j < Run.SelectedAtomCount; ++j) {
+    for (int i = 0; i < Run.Molecule.SelectedAtomCount; ++i) {
+        for (int j = 0; HasOrbitals(i) && j < Run.Molecule.SelectedAtomCount; ++j) {
             if (j == i || !HasOrbitals(j) || !HavePairTerms(SelectedPosition(i), SelectedPosition(j))) {
                 continue;
             }

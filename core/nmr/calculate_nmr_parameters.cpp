@@ -2,7 +2,6 @@
 // Drives the calculation stage by stage. A spectrum run has the last stage only.
 #include "nmr/calculate_nmr_parameters.h"
 
-#include "files/parameter_files.h"
 #include "ground/log.h"
 #include "ground/run_state.h"
 #include "nmr/contact_coupling.h"
@@ -19,8 +18,8 @@
 
 // Makes a parameter table the one in force and solves the wavefunction with it.
 static void SolveWithParameters(const AtomTypeParameters* parameters, const char* fileName) {
-    Run.ActiveParameters = parameters;
-    Run.ActiveParameterFile = fileName;
+    Run.Parameters.ActiveParameters = parameters;
+    Run.Parameters.ActiveParameterFile = fileName;
     PrepareDipoleFactors();
     PrepareOrbitalTables();
     SolveWavefunction();
@@ -31,29 +30,29 @@ static void CalculateShieldingTerms() {
     ComputeDiamagneticOnAtomTerms();
     for (int k = 0; k < 3; ++k) {
         for (int j = 0; j < 3; ++j) {
-            if (j == k || Run.CalculateShieldTensor) {
+            if (j == k || Run.Options.CalculateShieldTensor) {
                 ComputeParamagneticOnAtomTerms(j, k);
             }
         }
     }
-    if (Run.ComputeThreeCenterTerms) {
+    if (Run.Options.ComputeThreeCenterTerms) {
         ComputeBondTerms();
         ComputeThreeCentreTerms();
     }
-    SumShieldingTerms(Run.ComputeThreeCenterTerms != 0);
+    SumShieldingTerms(Run.Options.ComputeThreeCenterTerms != 0);
 }
 
 static void CalculateShieldingConstants() {
-    SolveWithParameters(Run.ParameterFileShielding, "nmr_shft.abp");
+    SolveWithParameters(Run.Parameters.ParameterFileShielding, "nmr_shft.abp");
     LogProgress(4146);
     ComputeMagneticDensities();
     CalculateShieldingTerms();
-    if (Run.LogEnabled) {
+    if (Run.Report.LogEnabled) {
         ListShieldingTerms();
     }
-    if (Run.CalculateShieldTensor) {
+    if (Run.Options.CalculateShieldTensor) {
         SolveShieldingTensors();
-        if (Run.LogEnabled) {
+        if (Run.Report.LogEnabled) {
             ListShieldingTensors();
         }
     }
@@ -62,11 +61,11 @@ static void CalculateShieldingConstants() {
 
 // The first scratch buffer takes the reduced constants; it is large enough for them.
 static void CalculateCouplingConstants() {
-    SolveWithParameters(Run.ParameterFileCoupling, "nmr_cupl.abp");
+    SolveWithParameters(Run.Parameters.ParameterFileCoupling, "nmr_cupl.abp");
     ComputeCouplingResponses();
-    ConvertCouplingConstants(Run.FirstScratch);
-    if (Run.LogEnabled) {
-        ListCouplingConstants(Run.FirstScratch);
+    ConvertCouplingConstants(Run.Field.FirstScratch);
+    if (Run.Report.LogEnabled) {
+        ListCouplingConstants(Run.Field.FirstScratch);
     }
     CautionAboutCouplings();
 }
@@ -74,19 +73,19 @@ static void CalculateCouplingConstants() {
 static void CalculateParameters() {
     PrepareSystem();
     CautionAboutDistances();
-    if (Run.CalculateShielding) {
+    if (Run.Options.CalculateShielding) {
         CalculateShieldingConstants();
     }
-    if (Run.CalculateCoupling) {
+    if (Run.Options.CalculateCoupling) {
         CalculateCouplingConstants();
     }
 }
 
 void CalculateNmrParameters() {
-    if (Run.CalculateShielding || Run.CalculateCoupling) {
+    if (Run.Options.CalculateShielding || Run.Options.CalculateCoupling) {
         CalculateParameters();
     }
-    if (Run.CalculateSpectra) {
+    if (Run.Options.CalculateSpectra) {
         LogAppend("");
         LogProgress(4148);
         ComputeSpectrum();

@@ -2,7 +2,6 @@
 // Iterates the contact response of each NMR atom, and converts responses to coupling constants.
 #include "nmr/contact_coupling.h"
 
-#include "files/parameter_files.h"
 #include "ground/log.h"
 #include "ground/message_poll.h"
 #include "molecule/selected_atoms.h"
@@ -26,9 +25,10 @@ static constexpr double MagnetonFactor = 3.850008004857603e-21;      // nuclear 
 
 // 0-based number of the s orbital of an atom, -1 if it is not in the selection or has none.
 static long long FirstOrbitalOf(int atomNumber) {
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
-        if (Run.QuantumSelection.SelectedAtomList[place] == atomNumber && SelectedAtom(place).AtomicNumber >= 1) {
-            return Run.OrbitalRanges[place].First - 1;
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
+        if (Run.Molecule.QuantumSelection.SelectedAtomList[place] == atomNumber &&
+            SelectedAtom(place).AtomicNumber >= 1) {
+            return Run.Basis.OrbitalRanges[place].First - 1;
         }
     }
     return -1;
@@ -36,7 +36,7 @@ static long long FirstOrbitalOf(int atomNumber) {
 
 // One-centre exchange of TNDO/2 on the s and p orbitals of an atom, s at (0, 0) of both blocks.
 static void SubtractExchangeOfAtom(double* fock, const double* p, double g, double f) {
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     const auto density = [&](int row, int column) { return p[row * n + column]; };
     const auto element = [&](int row, int column) -> double& { return fock[row * n + column]; };
     element(0, 0) -= g * (density(1, 1) + density(2, 2) + density(3, 3));
@@ -55,11 +55,11 @@ static void SubtractExchangeOfAtom(double* fock, const double* p, double g, doub
 }
 
 static void SubtractOneCentreExchange(double* fock, const double* density) {
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
         if (atom.AtomicNumber >= 3) {
-            const AtomTypeParameters& parameters = Run.ActiveParameters[atom.AtomType];
-            const long long start = (Run.OrbitalRanges[place].First - 1) * (Run.OrbitalCount + 1LL);
+            const AtomTypeParameters& parameters = Run.Parameters.ActiveParameters[atom.AtomType];
+            const long long start = (Run.Basis.OrbitalRanges[place].First - 1) * (Run.Basis.OrbitalCount + 1LL);
             SubtractExchangeOfAtom(fock + start, density + start, parameters.SlaterCondonG1 * Third,
                                    parameters.SlaterCondonF2 * TwentyFifth);
         }
@@ -70,17 +70,17 @@ static void SubtractOneCentreExchange(double* fock, const double* density) {
 // The perturbation, 1 Hartree on the s orbital, and from iteration 1 on the exchange field of the density. There is no
 // Coulomb term: the densities of the two spins are opposite.
 static void BuildContactFock(int iteration, long long orbital, const double* density, double* fock) {
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     if (iteration < 1) {
         std::fill(fock, fock + n * n, 0.0);
     } else {
         for (long long k = 0; k < n; ++k) {
             for (long long l = 0; l < n; ++l) {
-                fock[k * n + l] = -density[k * n + l] * Run.GammaMatrix[k * n + l];
+                fock[k * n + l] = -density[k * n + l] * Run.Field.GammaMatrix[k * n + l];
             }
-            PollMessages(Run.OrbitalCount);
+            PollMessages(Run.Basis.OrbitalCount);
         }
-        if (Run.SemiEmpiricalMethod == 2) {
+        if (Run.Options.SemiEmpiricalMethod == 2) {
             SubtractOneCentreExchange(fock, density);
         }
     }
@@ -91,10 +91,11 @@ static void BuildContactFock(int iteration, long long orbital, const double* den
 
 // The response of both spins on the s orbitals of the other atoms.
 static void StoreContactResponse(int atomNumber, const double* density, double* response) {
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         double value = 0.0;
-        if (SelectedAtom(place).AtomicNumber >= 1 && Run.QuantumSelection.SelectedAtomList[place] != atomNumber) {
-            value = density[(Run.OrbitalRanges[place].First - 1) * (Run.OrbitalCount + 1LL)];
+        if (SelectedAtom(place).AtomicNumber >= 1 &&
+            Run.Molecule.QuantumSelection.SelectedAtomList[place] != atomNumber) {
+            value = density[(Run.Basis.OrbitalRanges[place].First - 1) * (Run.Basis.OrbitalCount + 1LL)];
         }
         response[place] = value + value;
     }
@@ -103,19 +104,19 @@ static void StoreContactResponse(int atomNumber, const double* density, double* 
 // Iterates the response of one atom. A limit that isn't reached is no error: the last density
 // stands, and the log says so.
 static void IterateResponse(int atomNumber, double* change) {
-    double* fock = Run.FirstScratch;
-    double* u = Run.SecondScratch;
-    double* density = Run.FockMatrix;
-    const double limit = static_cast<double>(Run.SCFConvergenceLimit) * LimitFactor;
+    double* fock = Run.Field.FirstScratch;
+    double* u = Run.Field.SecondScratch;
+    double* density = Run.Field.FockMatrix;
+    const double limit = static_cast<double>(Run.Options.SCFConvergenceLimit) * LimitFactor;
     const long long orbital = FirstOrbitalOf(atomNumber);
-    for (int iteration = 0; iteration < Run.SCFIterationLimit; ++iteration) {
+    for (int iteration = 0; iteration < Run.Options.SCFIterationLimit; ++iteration) {
         BuildContactFock(iteration, orbital, density, fock);
         SolveFirstOrderOrbitals(fock, Symmetric, u);
         BuildFirstOrderDensity(u, 1.0, Symmetric, density);  // of one spin
         if (*change > ExtrapolationFactor * limit) {
             ExtrapolateMatrix(density, iteration, -Unlimited, Unlimited, *change);
         }
-        *change = MeasureDensityChange(density, Run.HalfDensity, iteration);
+        *change = MeasureDensityChange(density, Run.Field.HalfDensity, iteration);
         if (iteration > 0) {
             LogProgress(4145, atomNumber, iteration, *change);
         }
@@ -129,26 +130,26 @@ static void IterateResponse(int atomNumber, double* change) {
 }
 
 void ComputeCouplingResponses() {
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     PrepareFirstOrderOrbitals();
-    std::fill(Run.FockMatrix, Run.FockMatrix + n * n, 0.0);  // no iteration at all leaves no response
+    std::fill(Run.Field.FockMatrix, Run.Field.FockMatrix + n * n, 0.0);  // no iteration at all leaves no response
     double change = 99.9;
-    for (int g = 0; g < Run.NMRAtomCount; ++g) {
-        IterateResponse(Run.NMRAtomList[g], &change);
-        StoreContactResponse(Run.NMRAtomList[g], Run.FockMatrix,
-                             Run.CouplingMatrix + static_cast<long long>(g) * Run.SelectedAtomCount);
+    for (int g = 0; g < Run.Molecule.NMRAtomCount; ++g) {
+        IterateResponse(Run.Molecule.NMRAtomList[g], &change);
+        StoreContactResponse(Run.Molecule.NMRAtomList[g], Run.Field.FockMatrix,
+                             Run.Coupling.CouplingMatrix + static_cast<long long>(g) * Run.Molecule.SelectedAtomCount);
     }
 }
 
 void ConvertCouplingConstants(double* reduced) {
-    for (long long g = 0; g < Run.NMRAtomCount; ++g) {
-        const AtomRecord& atomA = Run.AtomRecords[Run.NMRAtomList[g] - 1];
-        const NuclearConstants& a = Run.CouplingConstants[atomA.AtomType];
-        for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (long long g = 0; g < Run.Molecule.NMRAtomCount; ++g) {
+        const AtomRecord& atomA = Run.Molecule.AtomRecords[Run.Molecule.NMRAtomList[g] - 1];
+        const NuclearConstants& a = Run.Parameters.CouplingConstants[atomA.AtomType];
+        for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
             const AtomRecord& atomB = SelectedAtom(place);
-            const NuclearConstants& b = Run.CouplingConstants[atomB.AtomType];
-            double& response = Run.CouplingMatrix[g * Run.SelectedAtomCount + place];
-            double& k = reduced[g * Run.SelectedAtomCount + place];
+            const NuclearConstants& b = Run.Parameters.CouplingConstants[atomB.AtomType];
+            double& response = Run.Coupling.CouplingMatrix[g * Run.Molecule.SelectedAtomCount + place];
+            double& k = reduced[g * Run.Molecule.SelectedAtomCount + place];
             k = 0.0;
             if (atomA.AtomicNumber >= 1 && atomB.AtomicNumber >= 1) {
                 k = response * ContactFactor * a.SDensity * b.SDensity * InverseVolumeFactor;

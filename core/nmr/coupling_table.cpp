@@ -2,7 +2,6 @@
 // Lists the coupling constants.
 #include "nmr/coupling_table.h"
 
-#include "files/parameter_files.h"
 #include "ground/log.h"
 #include "ground/message_poll.h"
 #include "molecule/element_tables.h"
@@ -13,8 +12,8 @@ static const char* LabelOf(const AtomRecord& atom) {
 }
 
 static void ListPair(const AtomRecord& atomA, const AtomRecord& atomB, double k, double j) {
-    const NuclearConstants& a = Run.CouplingConstants[atomA.AtomType];
-    const NuclearConstants& b = Run.CouplingConstants[atomB.AtomType];
+    const NuclearConstants& a = Run.Parameters.CouplingConstants[atomA.AtomType];
+    const NuclearConstants& b = Run.Parameters.CouplingConstants[atomB.AtomType];
     LogMessage(8517, atomA.AtomIndex + 1, LabelOf(atomA), atomB.AtomIndex + 1, LabelOf(atomB), a.GFactor, b.GFactor,
                a.SDensity, b.SDensity, k, j);
 }
@@ -25,13 +24,13 @@ void ListCouplingConstants(const double* reduced) {
     LogMessage(8505);
     LogMessage(8512);
     LogMessage(8513);
-    for (long long g = 0; g < Run.NMRAtomCount; ++g) {
-        const AtomRecord& atomA = Run.AtomRecords[Run.NMRAtomList[g] - 1];
-        for (int place = 0; atomA.AtomicNumber >= 1 && place < Run.SelectedAtomCount; ++place) {
+    for (long long g = 0; g < Run.Molecule.NMRAtomCount; ++g) {
+        const AtomRecord& atomA = Run.Molecule.AtomRecords[Run.Molecule.NMRAtomList[g] - 1];
+        for (int place = 0; atomA.AtomicNumber >= 1 && place < Run.Molecule.SelectedAtomCount; ++place) {
             const AtomRecord& atomB = SelectedAtom(place);
             if (atomB.AtomicNumber >= 1 && atomB.AtomIndex != atomA.AtomIndex) {
-                const long long entry = g * Run.SelectedAtomCount + place;
-                ListPair(atomA, atomB, reduced[entry], Run.CouplingMatrix[entry]);
+                const long long entry = g * Run.Molecule.SelectedAtomCount + place;
+                ListPair(atomA, atomB, reduced[entry], Run.Coupling.CouplingMatrix[entry]);
                 PollMessages(ListedLineUnits);
             }
         }

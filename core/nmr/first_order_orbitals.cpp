@@ -18,7 +18,7 @@ static constexpr double SmallestProjection = 1e-20;
 static constexpr double FirstChange = 99.9;
 
 // Work of the first-order steps, for one wavefunction; o occupied and v empty levels of N orbitals. Filled by
-// PrepareFirstOrderOrbitals and by each step, freed by FreeFirstOrderWork.
+// PrepareFirstOrderOrbitals and by each step.
 static struct {
     double* OccupiedColumns;  // [N][o] coefficients of the occupied levels, transposed
     double* EmptyColumns;     // [N][v] the same of the empty levels
@@ -28,15 +28,15 @@ static struct {
 } Work;
 
 static int OccupiedCount() {
-    return Run.DoublyOccupiedLevels;
+    return Run.Basis.DoublyOccupiedLevels;
 }
 
 static int EmptyCount() {
-    return Run.OrbitalCount - Run.DoublyOccupiedLevels;
+    return Run.Basis.OrbitalCount - Run.Basis.DoublyOccupiedLevels;
 }
 
 template <class Visitor> static void VisitWork(Visitor& visit) {
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     visit(Work.OccupiedColumns, n * OccupiedCount());
     visit(Work.EmptyColumns, n * EmptyCount());
     visit(Work.FockRows, n * OccupiedCount());
@@ -50,37 +50,28 @@ double FirstOrderWorkBytes() {
     return sum.Bytes;
 }
 
-void FreeFirstOrderWork() {
-    FreeArray(Work.OccupiedColumns);
-    FreeArray(Work.EmptyColumns);
-    FreeArray(Work.FockRows);
-    FreeArray(Work.Projections);
-    FreeArray(Work.Product);
-}
-
 static void Transpose(const double* rows, int count, double* columns) {
     for (long long level = 0; level < count; ++level) {
-        for (long long k = 0; k < Run.OrbitalCount; ++k) {
-            columns[k * count + level] = rows[level * Run.OrbitalCount + k];
+        for (long long k = 0; k < Run.Basis.OrbitalCount; ++k) {
+            columns[k * count + level] = rows[level * Run.Basis.OrbitalCount + k];
         }
-        PollMessages(Run.OrbitalCount);
+        PollMessages(Run.Basis.OrbitalCount);
     }
 }
 
 void PrepareFirstOrderOrbitals() {
-    const long long n = Run.OrbitalCount;
-    FreeFirstOrderWork();
+    const long long n = Run.Basis.OrbitalCount;
     ArrayAllocator allocator;
     VisitWork(allocator);
     if (!allocator.Complete) {
         FatalError(24577);
     }
-    Transpose(Run.MolecularOrbitals, OccupiedCount(), Work.OccupiedColumns);
-    Transpose(Run.MolecularOrbitals + n * OccupiedCount(), EmptyCount(), Work.EmptyColumns);
+    Transpose(Run.Field.MolecularOrbitals, OccupiedCount(), Work.OccupiedColumns);
+    Transpose(Run.Field.MolecularOrbitals + n * OccupiedCount(), EmptyCount(), Work.EmptyColumns);
 }
 
 static double GapOf(int occupied, int empty) {
-    const double gap = Run.OrbitalEnergiesRaw[occupied] - Run.OrbitalEnergiesRaw[empty];
+    const double gap = Run.Field.OrbitalEnergiesRaw[occupied] - Run.Field.OrbitalEnergiesRaw[empty];
     if (std::fabs(gap) < SmallestGap) {
         return gap >= 0.0 ? SmallestGap : -SmallestGap;
     }
@@ -91,7 +82,7 @@ static double GapOf(int occupied, int empty) {
 static void DivideByGaps(double symmetry) {
     double* projection = Work.Projections;
     for (int i = 0; i < OccupiedCount(); ++i) {
-        for (int a = OccupiedCount(); a < Run.OrbitalCount; ++a, ++projection) {
+        for (int a = OccupiedCount(); a < Run.Basis.OrbitalCount; ++a, ++projection) {
             *projection = symmetry * *projection / GapOf(i, a);
             if (!(std::fabs(*projection) > SmallestProjection)) {  // what isn't a number takes no part
                 *projection = 0.0;
@@ -102,18 +93,18 @@ static void DivideByGaps(double symmetry) {
 }
 
 void SolveFirstOrderOrbitals(const double* fock, double symmetry, double* u) {
-    const int n = Run.OrbitalCount;
+    const int n = Run.Basis.OrbitalCount;
     const int occupied = OccupiedCount();
     const int empty = EmptyCount();
-    PollingProduct(Run.MolecularOrbitals, n, fock, n, Work.FockRows, n, occupied, n, n);
+    PollingProduct(Run.Field.MolecularOrbitals, n, fock, n, Work.FockRows, n, occupied, n, n);
     PollingProduct(Work.FockRows, n, Work.EmptyColumns, empty, Work.Projections, empty, occupied, empty, n);
     DivideByGaps(symmetry);
-    PollingProduct(Work.Projections, empty, Run.MolecularOrbitals + static_cast<long long>(occupied) * n, n, u, n,
+    PollingProduct(Work.Projections, empty, Run.Field.MolecularOrbitals + static_cast<long long>(occupied) * n, n, u, n,
                    occupied, n, empty);
 }
 
 void BuildFirstOrderDensity(const double* u, double factor, double symmetry, double* density) {
-    const int n = Run.OrbitalCount;
+    const int n = Run.Basis.OrbitalCount;
     const int occupied = OccupiedCount();
     PollingProduct(Work.OccupiedColumns, occupied, u, n, Work.Product, n, n, n, occupied);
     for (long long k = 0; k < n; ++k) {
@@ -125,7 +116,7 @@ void BuildFirstOrderDensity(const double* u, double factor, double symmetry, dou
 }
 
 double MeasureDensityChange(const double* density, double* previous, int iteration) {
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     double sum = 0.0;
     for (long long k = 0; k < n; ++k) {
         double* row = previous + k * n;
@@ -133,10 +124,10 @@ double MeasureDensityChange(const double* density, double* previous, int iterati
             row[l] = density[k * n + l] - row[l];
         }
         double squares;
-        Kernels().DotRows(row, static_cast<std::size_t>(n), 1, row, Run.OrbitalCount, &squares);
+        Kernels().DotRows(row, static_cast<std::size_t>(n), 1, row, Run.Basis.OrbitalCount, &squares);
         sum += squares;
         std::copy(density + k * n, density + (k + 1) * n, row);
-        PollMessages(Run.OrbitalCount);
+        PollMessages(Run.Basis.OrbitalCount);
     }
     return iteration > 0 ? std::sqrt(sum) / (static_cast<double>(n) * static_cast<double>(n)) : FirstChange;
 }

@@ -23,6 +23,3 @@ void BuildFirstOrderDensity(const double* u, double factor, double symmetry, dou
 // How far a first-order density has moved: the root of the summed squares divided by N squared, outside the root on
 // purpose; 99.9 at iteration 0. Copies the density to previous.
 double MeasureDensityChange(const double* density, double* previous, int iteration);
-
-// Frees the work.
-void FreeFirstOrderWork();

@@ -2,7 +2,6 @@
 // Iterates the coupled first-order equation for each direction of the field.
 #include "nmr/magnetic_density.h"
 
-#include "files/parameter_files.h"
 #include "ground/log.h"
 #include "ground/message_poll.h"
 #include "molecule/selected_atoms.h"
@@ -51,50 +50,50 @@ static double SineOfPhase(const double* a, const double* b, const double* h) {
 }
 
 static void FillPairBlock(const OrbitalRange& a, const OrbitalRange& b, double sine, double* hamiltonian) {
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     for (long long mu = a.First - 1; mu < a.Last; ++mu) {
         for (long long nu = b.First - 1; nu < b.Last; ++nu) {
-            hamiltonian[mu * n + nu] = sine * Run.CoreHamiltonian[mu * n + nu];
+            hamiltonian[mu * n + nu] = sine * Run.Field.CoreHamiltonian[mu * n + nu];
             hamiltonian[nu * n + mu] = -hamiltonian[mu * n + nu];
         }
     }
 }
 
 static void BuildMagneticHamiltonian(const double* field, double* hamiltonian) {
-    const long long n = Run.OrbitalCount;
-    const double scale = Run.FinitePerturbation * HalfFineStructure;
+    const long long n = Run.Basis.OrbitalCount;
+    const double scale = Run.Options.FinitePerturbation * HalfFineStructure;
     const double h[3] = {scale * field[0], scale * field[1], scale * field[2]};
     std::fill(hamiltonian, hamiltonian + n * n, 0.0);
-    for (int a = 0; a < Run.SelectedAtomCount; ++a) {
-        const OrbitalRange& range = Run.OrbitalRanges[a];
+    for (int a = 0; a < Run.Molecule.SelectedAtomCount; ++a) {
+        const OrbitalRange& range = Run.Basis.OrbitalRanges[a];
         FillOneCentreBlock(BlockOf(hamiltonian, range), range.Last - range.First + 1, h);
         for (int b = 0; b < a; ++b) {
-            FillPairBlock(range, Run.OrbitalRanges[b], SineOfPhase(SelectedPosition(a), SelectedPosition(b), h),
+            FillPairBlock(range, Run.Basis.OrbitalRanges[b], SineOfPhase(SelectedPosition(a), SelectedPosition(b), h),
                           hamiltonian);
         }
-        PollMessages(Run.OrbitalCount);
+        PollMessages(Run.Basis.OrbitalCount);
     }
 }
 
 // One-centre exchange: in TNDO/1 the whole block through gamma, in TNDO/2 the s and p orbitals through the
 // Slater-Condon constants.
 static void ReplaceOneCentreExchange(int place, const double* hamiltonian, const double* density, double* fock) {
-    const OrbitalRange& range = Run.OrbitalRanges[place];
+    const OrbitalRange& range = Run.Basis.OrbitalRanges[place];
     const int orbitals = range.Last - range.First + 1;
     if (orbitals < 1) {
         return;  // a lone pair
     }
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     const long long start = (range.First - 1) * (n + 1);
-    const AtomTypeParameters& parameters = Run.ActiveParameters[SelectedAtom(place).AtomType];
-    const double g = Run.GammaMatrix[start];
+    const AtomTypeParameters& parameters = Run.Parameters.ActiveParameters[SelectedAtom(place).AtomType];
+    const double g = Run.Field.GammaMatrix[start];
     const double sp = g - parameters.SlaterCondonG1 * Third;
     const double pp = g - parameters.SlaterCondonF2 * 0.2;
     for (int mu = 0; mu < orbitals; ++mu) {
         for (int nu = 0; nu < orbitals; ++nu) {
             const long long at = start + mu * n + nu;
-            double weight = Run.GammaMatrix[at];
-            if (Run.SemiEmpiricalMethod == 2) {
+            double weight = Run.Field.GammaMatrix[at];
+            if (Run.Options.SemiEmpiricalMethod == 2) {
                 weight = mu > Z || nu > Z ? 0.0 : mu == S || nu == S ? sp : pp;
             }
             fock[at] = hamiltonian[at] + (mu != nu && orbitals > 1 ? 0.5 * weight * density[at] : 0.0);
@@ -104,18 +103,19 @@ static void ReplaceOneCentreExchange(int place, const double* hamiltonian, const
 }
 
 static void BuildMagneticFock(int iteration, const double* hamiltonian, const double* density, double* fock) {
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     if (iteration == 0) {
         std::copy(hamiltonian, hamiltonian + n * n, fock);
         return;
     }
     for (long long mu = 0; mu < n; ++mu) {
         for (long long nu = 0; nu < n; ++nu) {
-            fock[mu * n + nu] = hamiltonian[mu * n + nu] + 0.5 * Run.GammaMatrix[mu * n + nu] * density[mu * n + nu];
+            fock[mu * n + nu] =
+                hamiltonian[mu * n + nu] + 0.5 * Run.Field.GammaMatrix[mu * n + nu] * density[mu * n + nu];
         }
-        PollMessages(Run.OrbitalCount);
+        PollMessages(Run.Basis.OrbitalCount);
     }
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         ReplaceOneCentreExchange(place, hamiltonian, density, fock);
     }
 }
@@ -123,20 +123,20 @@ static void BuildMagneticFock(int iteration, const double* hamiltonian, const do
 // Iterates one direction; the stored density is the last iterate, converged or not.
 static void IterateDirection(int direction, double limit) {
     static constexpr const char* Names[] = {"x", "y", "z"};
-    const long long n = Run.OrbitalCount;
-    double* hamiltonian = Run.FirstScratch;
-    double* fock = Run.SecondScratch;
-    double* u = Run.FockMatrix;
-    double* density = Run.HalfDensity;
+    const long long n = Run.Basis.OrbitalCount;
+    double* hamiltonian = Run.Field.FirstScratch;
+    double* fock = Run.Field.SecondScratch;
+    double* u = Run.Field.FockMatrix;
+    double* density = Run.Field.HalfDensity;
     double field[3] = {};
     field[direction] = FieldComponent;
     BuildMagneticHamiltonian(field, hamiltonian);
     double change = 0.0;
-    for (int iteration = 0; iteration < Run.SCFIterationLimit; ++iteration) {
+    for (int iteration = 0; iteration < Run.Options.SCFIterationLimit; ++iteration) {
         BuildMagneticFock(iteration, hamiltonian, density, fock);
         SolveFirstOrderOrbitals(fock, Antisymmetric, u);
         BuildFirstOrderDensity(u, 2.0, Antisymmetric, density);  // of both spins
-        change = MeasureDensityChange(density, Run.MagneticDensities[direction], iteration);
+        change = MeasureDensityChange(density, Run.Shielding.MagneticDensities[direction], iteration);
         if (iteration > 0) {
             LogProgress(4144, Names[direction], iteration, change);
         }
@@ -151,12 +151,12 @@ static void IterateDirection(int direction, double limit) {
 }
 
 void ComputeMagneticDensities() {
-    const long long n = Run.OrbitalCount;
-    const double limit = static_cast<double>(Run.SCFConvergenceLimit) * LimitFactor;
-    Run.FinitePerturbation = 1.0;  // whatever the input gave
+    const long long n = Run.Basis.OrbitalCount;
+    const double limit = static_cast<double>(Run.Options.SCFConvergenceLimit) * LimitFactor;
+    Run.Options.FinitePerturbation = 1.0;  // whatever the input gave
     PrepareFirstOrderOrbitals();
     for (int direction = 0; direction < 3; ++direction) {
-        double* density = Run.MagneticDensities[direction];
+        double* density = Run.Shielding.MagneticDensities[direction];
         std::fill(density, density + n * n, 0.0);
         IterateDirection(direction, limit);
     }

@@ -13,7 +13,7 @@ using OrbitalTable = double[LargestOrbitals][LargestOrbitals];
 inline double Contract(const double* density, const OrbitalRange& a, const OrbitalRange& b, const OrbitalTable& table) {
     double sum = 0.0;
     for (int mu = a.First - 1; mu < a.Last; ++mu) {
-        const double* row = density + static_cast<long long>(mu) * Run.OrbitalCount;
+        const double* row = density + static_cast<long long>(mu) * Run.Basis.OrbitalCount;
         for (int nu = b.First - 1; nu < b.Last; ++nu) {
             sum += row[nu] * table[mu - a.First + 1][nu - b.First + 1];
         }
@@ -25,7 +25,7 @@ inline double Contract(const double* density, const OrbitalRange& a, const Orbit
 inline double ContractTransposed(const double* density, const OrbitalRange& a, const OrbitalTable& table) {
     double sum = 0.0;
     for (int mu = a.First - 1; mu < a.Last; ++mu) {
-        const double* row = density + static_cast<long long>(mu) * Run.OrbitalCount;
+        const double* row = density + static_cast<long long>(mu) * Run.Basis.OrbitalCount;
         for (int nu = a.First - 1; nu < a.Last; ++nu) {
             sum += row[nu] * table[nu - a.First + 1][mu - a.First + 1];
         }

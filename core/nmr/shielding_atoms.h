@@ -11,7 +11,7 @@ inline constexpr double LondonFactor = 8.87522698895;     // half of it
 
 // 1e6 alpha / sqrt(3), over the scale of the field.
 inline double ParamagneticFactor() {
-    return 4213.0981 / Run.FinitePerturbation;
+    return 4213.0981 / Run.Options.FinitePerturbation;
 }
 
 struct ShieldingAtom {
@@ -37,7 +37,7 @@ inline bool HavePairTerms(const double* a, const double* b) {
 
 // The atom at a place of the list; it must have orbitals.
 inline ShieldingAtom AtomAt(int place) {
-    const OrbitalRange& range = Run.OrbitalRanges[place];
-    return {SelectedPosition(place), Run.ShieldingExponents + 3LL * place,
+    const OrbitalRange& range = Run.Basis.OrbitalRanges[place];
+    return {SelectedPosition(place), Run.Shielding.ShieldingExponents + 3LL * place,
             ValenceShellTable[SelectedAtom(place).AtomicNumber - 1], range.Last - range.First + 1, range};
 }

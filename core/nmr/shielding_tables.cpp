@@ -12,7 +12,7 @@ static const char* LabelOf(const AtomRecord& atom) {
 }
 
 static double Term(int number, int place) {
-    return Run.ShieldingTerms[number - 1][place];
+    return Run.Shielding.ShieldingTerms[number - 1][place];
 }
 
 static void ListDiamagneticLine(int place) {
@@ -25,7 +25,7 @@ static void ListDiamagneticLine(int place) {
 static void ListParamagneticLine(int place) {
     const double sum = Term(3, place) + Term(4, place) + Term(7, place) + Term(10, place);
     LogMessage(8488, SelectedAtomNumber(place), LabelOf(SelectedAtom(place)), Term(3, place), Term(4, place),
-               Term(7, place), Term(10, place), sum, Run.ShieldingTotal[place]);
+               Term(7, place), Term(10, place), sum, Run.Shielding.ShieldingTotal[place]);
 }
 
 void ListShieldingTerms() {
@@ -36,14 +36,14 @@ void ListShieldingTerms() {
     LogMessage(8472);
     LogMessage(8473);
     LogMessage(8480);
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         ListDiamagneticLine(place);
     }
     LogMessage(8481);
     LogMessage(8482);
     LogMessage(8467);
     LogMessage(8483);
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         ListParamagneticLine(place);
     }
     LogMessage(8552);  // on purpose an id without text: an empty line
@@ -51,8 +51,8 @@ void ListShieldingTerms() {
 }
 
 static void ListTensor(int place) {
-    const double* tensor = Run.ShieldingTensor + 9LL * place;
-    const double* values = Run.TensorDiamagneticTwoCentre + 9LL * place;
+    const double* tensor = Run.Shielding.ShieldingTensor + 9LL * place;
+    const double* values = Run.Shielding.TensorDiamagneticTwoCentre + 9LL * place;
     char line[160];
     FormatText(line, "  %3d(%.2s):     Isotropic = %15.4f      Anisotropy = %15.4f", SelectedAtomNumber(place),
                LabelOf(SelectedAtom(place)), values[3], values[4]);
@@ -75,7 +75,7 @@ void ListShieldingTensors() {
     LogAppend("=============================    Electronic Shielding Tensor (PPM)   ===============================");
     LogMessage(8470);
     LogMessage(8552);
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         ListTensor(place);
     }
     LogMessage(8552);

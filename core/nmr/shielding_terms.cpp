@@ -2,7 +2,6 @@
 // Terms on one atom, their exponents, and the sums.
 #include "nmr/shielding_terms.h"
 
-#include "files/parameter_files.h"
 #include "ground/message_poll.h"
 #include "molecule/element_tables.h"
 #include "nmr/on_atom_integrals.h"
@@ -20,18 +19,18 @@ static constexpr double ScreeningPerCharge[] = {0.35, 0.175, 0.11666666666666665
 
 // A net charge tightens or loosens the orbitals by the screening constant per electron; only shielding sees it.
 static void FormExponents() {
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
-        double* zeta = Run.ShieldingExponents + 3LL * place;
+        double* zeta = Run.Shielding.ShieldingExponents + 3LL * place;
         std::fill(zeta, zeta + 3, 0.0);
         if (atom.AtomicNumber < 1) {
             continue;
         }
-        const AtomTypeParameters& parameters = Run.ActiveParameters[atom.AtomType];
+        const AtomTypeParameters& parameters = Run.Parameters.ActiveParameters[atom.AtomType];
         zeta[0] = parameters.SlaterExponentS;
         zeta[1] = parameters.SlaterExponentP;
         zeta[2] = parameters.SlaterExponentD;
-        if (Run.ModifySlaterExponents) {
+        if (Run.Options.ModifySlaterExponents) {
             const double change =
                 static_cast<double>(atom.AtomCharge) * ScreeningPerCharge[ValenceShellTable[atom.AtomicNumber - 1] - 1];
             for (int k = 0; k < 3; ++k) {
@@ -42,13 +41,13 @@ static void FormExponents() {
 }
 
 void StartShieldingTerms() {
-    const int n = Run.SelectedAtomCount;
-    for (double* term : Run.ShieldingTerms) {
+    const int n = Run.Molecule.SelectedAtomCount;
+    for (double* term : Run.Shielding.ShieldingTerms) {
         std::fill(term, term + n, 0.0);
     }
-    std::fill(Run.ShieldingTotal, Run.ShieldingTotal + n, 0.0);
-    for (double* tensor : {Run.ShieldingTensor, Run.TensorDiamagneticTwoCentre, Run.TensorParamagneticOneCentre,
-                           Run.TensorParamagneticTwoCentre}) {
+    std::fill(Run.Shielding.ShieldingTotal, Run.Shielding.ShieldingTotal + n, 0.0);
+    for (double* tensor : {Run.Shielding.ShieldingTensor, Run.Shielding.TensorDiamagneticTwoCentre,
+                           Run.Shielding.TensorParamagneticOneCentre, Run.Shielding.TensorParamagneticTwoCentre}) {
         std::fill(tensor, tensor + 9LL * n, 0.0);
     }
     FormExponents();
@@ -72,25 +71,26 @@ static void AddOneCentreTensor(int place) {
     OnAtomTensorTables(SelectedAtom(place).AtomicNumber, a.Exponents, a.OrbitalCount == LargestOrbitals, m);
     CombineTables(m[0], 1.0, m[1], 1.0, sum);
     CombineTables(sum, 1.0, m[2], 1.0, sum);
-    double* tensor = Run.ShieldingTensor + 9LL * place;
+    double* tensor = Run.Shielding.ShieldingTensor + 9LL * place;
     for (int axis = 0; axis < 3; ++axis) {
         CombineTables(sum, OneCentreTensorFactor, m[axis], -OneCentreTensorFactor, table);
-        tensor[4 * axis] = Contract(Run.TotalDensity, a.Range, a.Range, table);
+        tensor[4 * axis] = Contract(Run.Field.TotalDensity, a.Range, a.Range, table);
     }
     static constexpr int Places[3][2] = {{1, 3}, {5, 7}, {2, 6}};  // xy, yz and xz with their mirror images
     for (int pair = 0; pair < 3; ++pair) {
-        const double value = -OneCentreTensorFactor * Contract(Run.TotalDensity, a.Range, a.Range, m[3 + pair]);
+        const double value = -OneCentreTensorFactor * Contract(Run.Field.TotalDensity, a.Range, a.Range, m[3 + pair]);
         tensor[Places[pair][0]] = value;
         tensor[Places[pair][1]] = value;
     }
-    Run.ShieldingTerms[0][place] = IsotropicTensorFactor * Contract(Run.TotalDensity, a.Range, a.Range, sum);
+    Run.Shielding.ShieldingTerms[0][place] =
+        IsotropicTensorFactor * Contract(Run.Field.TotalDensity, a.Range, a.Range, sum);
 }
 
 static void AddOneCentreTerm(int place) {
     const ShieldingAtom a = AtomAt(place);
     OrbitalTable table;
     OnAtomChargeTable(a.Shell, a.Exponents, table);
-    Run.ShieldingTerms[0][place] += Contract(Run.TotalDensity, a.Range, a.Range, table);
+    Run.Shielding.ShieldingTerms[0][place] += Contract(Run.Field.TotalDensity, a.Range, a.Range, table);
 }
 
 static void AddTwoCentreTerm(int place, const ShieldingAtom& a, const ShieldingAtom& b) {
@@ -98,7 +98,7 @@ static void AddTwoCentreTerm(int place, const ShieldingAtom& a, const ShieldingA
     const PairOrbitals orbitals = b.Orbitals();
     OrbitalMomentIntegrals(&orbitals, Distance(a.Position, b.Position), table);
     RotatePairTable(a.Position, b.Position, table, b.OrbitalCount, b.OrbitalCount);
-    Run.ShieldingTerms[1][place] += ContractTransposed(Run.TotalDensity, b.Range, table);
+    Run.Shielding.ShieldingTerms[1][place] += ContractTransposed(Run.Field.TotalDensity, b.Range, table);
 }
 
 static void AddTwoCentreTensor(int place, const ShieldingAtom& a, const ShieldingAtom& b) {
@@ -109,33 +109,34 @@ static void AddTwoCentreTensor(int place, const ShieldingAtom& a, const Shieldin
     RotatePairTensor(a.Position, b.Position, b.OrbitalCount, b.OrbitalCount, m);
     CombineTables(m[0], 1.0, m[4], 1.0, sum);
     CombineTables(sum, 1.0, m[8], 1.0, sum);
-    double* tensor = Run.TensorDiamagneticTwoCentre + 9LL * place;
+    double* tensor = Run.Shielding.TensorDiamagneticTwoCentre + 9LL * place;
     for (int element = 0; element < 9; ++element) {
         const bool diagonal = element % 4 == 0;
         CombineTables(sum, diagonal ? TwoCentreTensorFactor : 0.0, m[element], -TwoCentreTensorFactor, m[element]);
         RotatePairTable(a.Position, b.Position, m[element], b.OrbitalCount, b.OrbitalCount);
-        tensor[element] += ContractTransposed(Run.TotalDensity, b.Range, m[element]);
+        tensor[element] += ContractTransposed(Run.Field.TotalDensity, b.Range, m[element]);
     }
     RotatePairTable(a.Position, b.Position, sum, b.OrbitalCount, b.OrbitalCount);
-    Run.ShieldingTerms[1][place] += IsotropicFactor * ContractTransposed(Run.TotalDensity, b.Range, sum);
+    Run.Shielding.ShieldingTerms[1][place] +=
+        IsotropicFactor * ContractTransposed(Run.Field.TotalDensity, b.Range, sum);
 }
 
 void ComputeDiamagneticOnAtomTerms() {
-    for (int i = 0; i < Run.SelectedAtomCount; ++i) {
+    for (int i = 0; i < Run.Molecule.SelectedAtomCount; ++i) {
         if (!HasOrbitals(i)) {
             continue;
         }
         const ShieldingAtom a = AtomAt(i);
-        if (Run.CalculateShieldTensor) {
+        if (Run.Options.CalculateShieldTensor) {
             AddOneCentreTensor(i);
         } else {
             AddOneCentreTerm(i);
         }
-        for (int j = 0; j < Run.SelectedAtomCount; ++j) {
+        for (int j = 0; j < Run.Molecule.SelectedAtomCount; ++j) {
             if (j == i || !HasOrbitals(j) || !HavePairTerms(a.Position, SelectedPosition(j))) {
                 continue;
             }
-            if (Run.CalculateShieldTensor) {
+            if (Run.Options.CalculateShieldTensor) {
                 AddTwoCentreTensor(i, a, AtomAt(j));
             } else {
                 AddTwoCentreTerm(i, a, AtomAt(j));
@@ -158,7 +159,7 @@ static double ParamagneticOneCentre(const ShieldingAtom& a, const double* densit
 // matrix of its own.
 static double ParamagneticTwoCentre(int place, const ShieldingAtom& a, const double* density, int k) {
     double sum = 0.0;
-    for (int j = 0; j < Run.SelectedAtomCount; ++j) {
+    for (int j = 0; j < Run.Molecule.SelectedAtomCount; ++j) {
         if (j == place || !HasOrbitals(j) || AtomAt(j).Shell == 1 || !HavePairTerms(a.Position, SelectedPosition(j))) {
             continue;
         }
@@ -175,8 +176,8 @@ static double ParamagneticTwoCentre(int place, const ShieldingAtom& a, const dou
 }
 
 void ComputeParamagneticOnAtomTerms(int j, int k) {
-    const double* density = Run.MagneticDensities[j];
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    const double* density = Run.Shielding.MagneticDensities[j];
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         if (!HasOrbitals(place)) {
             continue;
         }
@@ -184,12 +185,12 @@ void ComputeParamagneticOnAtomTerms(int j, int k) {
         const double one = ParamagneticOneCentre(a, density, k);
         const double two = ParamagneticTwoCentre(place, a, density, k);
         if (j == k) {
-            Run.ShieldingTerms[2][place] += one;
-            Run.ShieldingTerms[3][place] += two;
+            Run.Shielding.ShieldingTerms[2][place] += one;
+            Run.Shielding.ShieldingTerms[3][place] += two;
         }
-        if (Run.CalculateShieldTensor) {
-            Run.TensorParamagneticOneCentre[9LL * place + 3 * j + k] += 3.0 * one;
-            Run.TensorParamagneticTwoCentre[9LL * place + 3 * j + k] += 3.0 * two;
+        if (Run.Options.CalculateShieldTensor) {
+            Run.Shielding.TensorParamagneticOneCentre[9LL * place + 3 * j + k] += 3.0 * one;
+            Run.Shielding.TensorParamagneticTwoCentre[9LL * place + 3 * j + k] += 3.0 * two;
         }
     }
 }
@@ -199,25 +200,26 @@ void SumShieldingTerms(bool threeCentre) {
     static constexpr int FourTerms[] = {2, 1, 4, 3};
     const int* order = threeCentre ? AllTerms : FourTerms;
     const int count = threeCentre ? 10 : 4;
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         double total = 0.0;
         for (int t = 0; HasOrbitals(place) && t < count; ++t) {
-            total += Run.ShieldingTerms[order[t] - 1][place];
+            total += Run.Shielding.ShieldingTerms[order[t] - 1][place];
         }
-        Run.ShieldingTotal[place] = total;
+        Run.Shielding.ShieldingTotal[place] = total;
     }
 }
 
 void SolveShieldingTensors() {
-    for (long long place = 0; place < Run.SelectedAtomCount; ++place) {
-        double* tensor = Run.ShieldingTensor + 9 * place;
+    for (long long place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
+        double* tensor = Run.Shielding.ShieldingTensor + 9 * place;
         for (long long element = 0; element < 9; ++element) {
             const long long at = 9 * place + element;
-            tensor[element] += Run.TensorParamagneticTwoCentre[at] + Run.TensorParamagneticOneCentre[at] +
-                               Run.TensorDiamagneticTwoCentre[at];
+            tensor[element] += Run.Shielding.TensorParamagneticTwoCentre[at] +
+                               Run.Shielding.TensorParamagneticOneCentre[at] +
+                               Run.Shielding.TensorDiamagneticTwoCentre[at];
         }
         double values[5];
         SolveTensorEigenproblem(tensor, values);
-        std::copy(values, values + 5, Run.TensorDiamagneticTwoCentre + 9 * place);
+        std::copy(values, values + 5, Run.Shielding.TensorDiamagneticTwoCentre + 9 * place);
     }
 }

@@ -17,17 +17,18 @@ static ThreeCentreAtom ThreeCentre(const ShieldingAtom& atom) {
 // density of the field: both orders give the same.
 static void AddTriple(int place, const double* nucleus, const ShieldingAtom& b, const ShieldingAtom& c) {
     ThreeCentreIntegrals(ThreeCentre(b), ThreeCentre(c), nucleus, &Tables);
-    Run.ShieldingTerms[7][place] +=
-        IsotropicFactor * (Contract(Run.TotalDensity, b.Range, c.Range, Tables.Gauge) +
-                           Contract(Run.TotalDensity, b.Range, c.Range, Tables.ReverseGauge));
+    Run.Shielding.ShieldingTerms[7][place] +=
+        IsotropicFactor * (Contract(Run.Field.TotalDensity, b.Range, c.Range, Tables.Gauge) +
+                           Contract(Run.Field.TotalDensity, b.Range, c.Range, Tables.ReverseGauge));
     for (int k = 0; k < 3; ++k) {
         const int x = (k + 1) % 3;
         const int y = (k + 2) % 3;
         const double phase = c.Position[x] * b.Position[y] - c.Position[y] * b.Position[x];
-        Run.ShieldingTerms[8][place] -=
-            2.0 * LondonFactor * phase * Contract(Run.TotalDensity, b.Range, c.Range, Tables.Magnetic[k]);
-        Run.ShieldingTerms[9][place] +=
-            2.0 * ParamagneticFactor() * Contract(Run.MagneticDensities[k], b.Range, c.Range, Tables.Magnetic[k]);
+        Run.Shielding.ShieldingTerms[8][place] -=
+            2.0 * LondonFactor * phase * Contract(Run.Field.TotalDensity, b.Range, c.Range, Tables.Magnetic[k]);
+        Run.Shielding.ShieldingTerms[9][place] +=
+            2.0 * ParamagneticFactor() *
+            Contract(Run.Shielding.MagneticDensities[k], b.Range, c.Range, Tables.Magnetic[k]);
     }
 }
 
@@ -38,9 +39,9 @@ static bool FormTriple(int a, int b, int c) {
 }
 
 void ComputeThreeCentreTerms() {
-    for (int a = 0; a < Run.SelectedAtomCount; ++a) {
-        for (int b = 0; HasOrbitals(a) && b < Run.SelectedAtomCount; ++b) {
-            for (int c = b + 1; b != a && HasOrbitals(b) && c < Run.SelectedAtomCount; ++c) {
+    for (int a = 0; a < Run.Molecule.SelectedAtomCount; ++a) {
+        for (int b = 0; HasOrbitals(a) && b < Run.Molecule.SelectedAtomCount; ++b) {
+            for (int c = b + 1; b != a && HasOrbitals(b) && c < Run.Molecule.SelectedAtomCount; ++c) {
                 if (c != a && HasOrbitals(c) && FormTriple(a, b, c)) {
                     AddTriple(a, SelectedPosition(a), AtomAt(b), AtomAt(c));
                     PollMessages(500);

@@ -77,27 +77,21 @@ double EigensolverWorkBytes(int n) {
 }
 
 int ReserveEigensolverWork(int n) {
-    if (n <= SolverWork.Capacity) {
+    if (SolverWork.Memory != nullptr && n <= SolverWork.Capacity) {
         return 1;
     }
-    FreeEigensolverWork();
-    double* memory = AllocateArray<double>(static_cast<long long>(WorkCount(n)));
-    if (memory == nullptr) {
+    if (!AllocateArray(SolverWork.Memory, static_cast<long long>(WorkCount(n)))) {
         return 0;
     }
-    EigensolverWork work = {};
-    const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(memory);
+    const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(SolverWork.Memory);
     const std::uintptr_t aligned = (address + 63) / 64 * 64;
-    LayOutArrays(memory + (aligned - address) / sizeof(double), n, &work);
-    work.Memory = memory;
-    SolverWork = work;
+    LayOutArrays(SolverWork.Memory + (aligned - address) / sizeof(double), n, &SolverWork);
     TouchPages(SolverWork.Memory, static_cast<std::size_t>(EigensolverWorkBytes(n)));
     return 1;
 }
 
 void FreeEigensolverWork() {
     FreeArray(SolverWork.Memory);
-    SolverWork = EigensolverWork{};
 }
 
 // The largest sum of the absolute values of a row of the tridiagonal matrix.

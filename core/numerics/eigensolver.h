@@ -17,5 +17,5 @@ double EigensolverWorkBytes(int n);
 // needed.
 int ReserveEigensolverWork(int n);
 
-// Frees the work arrays; harmless if there are none. The run's cleanup calls it, also after a stop from within.
+// Frees the work arrays; harmless if there are none.
 void FreeEigensolverWork();

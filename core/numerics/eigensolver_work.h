@@ -14,8 +14,8 @@ constexpr int SmallOrder = 40;       // up to here the tiled triangle has a plac
 // The work arrays. All lie in Memory and start at multiples of 64 bytes; they are valid for orders up to Capacity,
 // from ReserveEigensolverWork until FreeEigensolverWork. P is Capacity rounded up to whole chunks of eight.
 struct EigensolverWork {
-    int Capacity;             // largest order; 0 while nothing is allocated
-    void* Memory;             // the block that holds all arrays
+    int Capacity;             // largest order, where there is a block
+    double* Memory;           // the block that holds all arrays; null while nothing is allocated
     std::size_t PanelStride;  // distance of the rows of Panel, an odd number of chunks
     double* Diagonal;         // [P] diagonal of the tridiagonal matrix
     double* Off;              // [P] number j couples j and j + 1; the last one is 0

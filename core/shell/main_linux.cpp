@@ -18,7 +18,7 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         length += std::strlen(argv[i]) + 1;
     }
-    char* commandLine = AllocateArray<char>(static_cast<long long>(length));
+    char* commandLine = AllocateForProcess<char>(static_cast<long long>(length));
     if (commandLine == nullptr) {
         FatalError(24577);
     }

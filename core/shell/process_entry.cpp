@@ -26,13 +26,12 @@ static constexpr unsigned LastFormat = 65535;
 // terminator.
 static void AllocateTextFields(const char* commandLine) {
     const std::size_t length = std::strlen(commandLine) + 2;
-    for (char** field :
-         {&Run.ParameterField, &Run.WorkField, &Run.LogFilePath, &Run.ParameterDirectory, &Run.WorkDirectory}) {
-        *field = AllocateArray<char>(static_cast<long long>(length));
+    for (char** field : {&Run.Job.ParameterField, &Run.Job.WorkField, &Run.Job.LogFilePath, &Run.Job.ParameterDirectory,
+                         &Run.Job.WorkDirectory}) {
+        *field = AllocateForProcess<char>(static_cast<long long>(length));
         if (*field == nullptr) {
             FatalError(24577);
         }
-        std::memset(*field, 0, length);
     }
 }
 
@@ -41,8 +40,8 @@ static void AllocateTextFields(const char* commandLine) {
 // the value having no effect.
 static void ReadUseSockets() {
     std::uint32_t value = 0;
-    if (ReadRegistryWord(Run.WorkDirectory, "UseSockets", &value)) {
-        Run.UseSockets = value != 0 ? 1 : 0;
+    if (ReadRegistryWord(Run.Job.WorkDirectory, "UseSockets", &value)) {
+        Run.Process.UseSockets = value != 0 ? 1 : 0;
     }
 }
 
@@ -64,8 +63,8 @@ static void BuildSystemMenu(PlatformWindow* window) {
 // log "x".
 static void ScanCommandLine(const char* commandLine) {
     long long kind = 0;
-    std::sscanf(commandLine, "%s %s %lld %s", Run.ParameterField, Run.WorkField, &kind, Run.LogFilePath);
-    Run.RunKind = kind == SpectrumRun ? SpectrumRun : ParameterRun;
+    std::sscanf(commandLine, "%s %s %lld %s", Run.Job.ParameterField, Run.Job.WorkField, &kind, Run.Job.LogFilePath);
+    Run.Job.RunKind = kind == SpectrumRun ? SpectrumRun : ParameterRun;
 }
 
 static void InitInstance(const char* commandLine) {
@@ -74,34 +73,34 @@ static void InitInstance(const char* commandLine) {
     if (!RegisterWindowClass(WindowClassName)) {
         FatalError(24577);
     }
-    Run.QuietFlag = 0;
-    Run.SystemCount = 1;
-    if (Run.UseSockets == 0) {
-        Run.PacketFormat = RegisterFormat("Packet");
-        if (Run.PacketFormat < FirstFormat || Run.PacketFormat > LastFormat) {
+    Run.Job.QuietFlag = 0;
+    Run.Job.SystemCount = 1;
+    if (Run.Process.UseSockets == 0) {
+        Run.Process.PacketFormat = RegisterFormat("Packet");
+        if (Run.Process.PacketFormat < FirstFormat || Run.Process.PacketFormat > LastFormat) {
             FatalError(24577);
         }
     }
-    Run.MainWindow = CreateMainWindow(WindowClassName, "Velkoran");
-    if (Run.MainWindow == nullptr) {
+    Run.Process.MainWindow = CreateMainWindow(WindowClassName, "Velkoran");
+    if (Run.Process.MainWindow == nullptr) {
         FatalError(24577);
     }
-    BuildSystemMenu(Run.MainWindow);
-    ShowWindowMinimised(Run.MainWindow);
+    BuildSystemMenu(Run.Process.MainWindow);
+    ShowWindowMinimised(Run.Process.MainWindow);
     ScanCommandLine(commandLine);
-    PostWindowMessage(Run.MainWindow, StartMessage);
+    PostWindowMessage(Run.Process.MainWindow, StartMessage);
 }
 
 // No test guards against a second start message during a run: on purpose it starts a nested run. That does the whole
 // job with the data of the run that it interrupts, which is over once it returns and is unwound without a word.
 static void HandleStartMessage(PlatformWindow* window) {
-    const bool nested = Run.RunActive != 0;
-    Run.ConsoleMode = 0;
-    Run.RunActive = 1;
-    RunOneJob(Run.RunKind);
-    Run.RunActive = 0;
+    const bool nested = Run.Process.RunActive != 0;
+    Run.Process.ConsoleMode = 0;
+    Run.Process.RunActive = 1;
+    RunOneJob(Run.Job.RunKind);
+    Run.Process.RunActive = 0;
     if (nested && !RaiseIsPending()) {
-        Run.LastErrorCode = SilentStop;  // what passes the error on, from a reader's frame too
+        Run.Report.LastErrorCode = SilentStop;  // what passes the error on, from a reader's frame too
         RaiseError();
     }
     if (!RaiseIsPending()) {
@@ -110,9 +109,9 @@ static void HandleStartMessage(PlatformWindow* window) {
 }
 
 static void HandleDestroy() {
-    if (Run.AboutDialog != nullptr) {
-        DestroyPlatformWindow(Run.AboutDialog);
-        Run.AboutDialog = nullptr;
+    if (Run.Process.AboutDialog != nullptr) {
+        DestroyPlatformWindow(Run.Process.AboutDialog);
+        Run.Process.AboutDialog = nullptr;
     }
     PostQuit();
 }
@@ -124,14 +123,14 @@ static std::intptr_t HandleWindowMessage(PlatformWindow* window, unsigned id, st
         HandleStartMessage(window);
         return 0;
     case ExternalEventMessage:
-        Run.ExternalEventSeen = 1;
-        Run.ExternalEventHigh = (static_cast<std::uint32_t>(lParameter) >> 16) & 0xffff;
-        Run.ExternalEventLow = static_cast<std::uint32_t>(lParameter) & 0xffff;
+        Run.Process.ExternalEventSeen = 1;
+        Run.Process.ExternalEventHigh = (static_cast<std::uint32_t>(lParameter) >> 16) & 0xffff;
+        Run.Process.ExternalEventLow = static_cast<std::uint32_t>(lParameter) & 0xffff;
         return 0;
     case SystemCommandMessage:
         if (wParameter == AboutCommand) {
             RunAboutDialog(window);
-            if (Run.CloseAfterAbout) {
+            if (Run.Process.CloseAfterAbout) {
                 DestroyPlatformWindow(window);
             }
             return 0;
@@ -141,8 +140,8 @@ static std::intptr_t HandleWindowMessage(PlatformWindow* window, unsigned id, st
         HandleDestroy();
         return 0;
     case CloseMessage:
-        if (Run.AboutDialog != nullptr) {
-            Run.CloseAfterAbout = 1;
+        if (Run.Process.AboutDialog != nullptr) {
+            Run.Process.CloseAfterAbout = 1;
             return 0;
         }
         break;
@@ -168,7 +167,7 @@ static void RunMessageLoop() {
         DeliverPendingRaise();
         DispatchPlatformMessage(&message);
         DeliverPendingRaise();
-        if (Run.QuitRequested) {
+        if (Run.Process.QuitRequested) {
             return;
         }
     }
@@ -186,7 +185,7 @@ int ProcessEntry(const char* commandLine) {
         PopRecoveryFrame(1);
         PushRecoveryFrame(frame);
     }
-    if (!Run.QuitRequested) {
+    if (!Run.Process.QuitRequested) {
         RunMessageLoop();
     }
     return 0;

@@ -7,6 +7,7 @@
 #include "files/result_writer.h"
 #include "files/run_input.h"
 #include "ground/fatal_error.h"
+#include "ground/memory.h"
 #include "ground/recovery_frame.h"
 #include "ground/run_state.h"
 #include "nmr/calculate_nmr_parameters.h"
@@ -49,12 +50,12 @@ static void FormDirectory(const char* field, bool terminated, char* directory) {
 // The test of the parameter directory looks, on purpose, at the work directory: at the place where the parameter
 // directory ends. Front ends that hand over the same directory twice never notice; the others put up with it.
 static void FormDirectories() {
-    const std::size_t length = std::strlen(Run.ParameterField);
-    const std::size_t workLength = std::strlen(Run.WorkField);
-    const bool terminated = length > 0 && length <= workLength && Run.WorkField[length - 1] == '\\';
-    const bool workTerminated = workLength > 0 && Run.WorkField[workLength - 1] == '\\';
-    FormDirectory(Run.ParameterField, terminated, Run.ParameterDirectory);
-    FormDirectory(Run.WorkField, workTerminated, Run.WorkDirectory);
+    const std::size_t length = std::strlen(Run.Job.ParameterField);
+    const std::size_t workLength = std::strlen(Run.Job.WorkField);
+    const bool terminated = length > 0 && length <= workLength && Run.Job.WorkField[length - 1] == '\\';
+    const bool workTerminated = workLength > 0 && Run.Job.WorkField[workLength - 1] == '\\';
+    FormDirectory(Run.Job.ParameterField, terminated, Run.Job.ParameterDirectory);
+    FormDirectory(Run.Job.WorkField, workTerminated, Run.Job.WorkDirectory);
 }
 
 static void ComputeAndReport() {
@@ -67,17 +68,17 @@ void RunOneJob(int kind) {
     PushRecoveryFrame(frame);
     if (SAVE_CONTEXT(frame)) {
         FreeRunData();
-        FreeParameterFileWork();
+        FreeNotedArrays();  // of the parameter files, which are read before the first call of FreeRunData
         PopRecoveryFrame(0);
         return;
     }
-    Run.RunKind = kind;
-    Run.QuietFlag = 0;
-    Run.SystemCount = 1;
+    Run.Job.RunKind = kind;
+    Run.Job.QuietFlag = 0;
+    Run.Job.SystemCount = 1;
     FormDirectories();
-    Run.LogEnabled = Run.LogFilePath[0] != '\0' ? 1 : 0;
-    ComposePath(FileNames[kind - 1].Input, Run.WorkDirectory, Run.InputFilePath);
-    ComposePath(FileNames[kind - 1].Output, Run.WorkDirectory, Run.OutputFilePath);
+    Run.Report.LogEnabled = Run.Job.LogFilePath[0] != '\0' ? 1 : 0;
+    ComposePath(FileNames[kind - 1].Input, Run.Job.WorkDirectory, Run.Job.InputFilePath);
+    ComposePath(FileNames[kind - 1].Output, Run.Job.WorkDirectory, Run.Job.OutputFilePath);
     if (kind == ParameterRun) {
         ReadParameterFiles();
     }

@@ -27,23 +27,23 @@ void ListTable(const double* values, int rows, int columns) {
 }
 
 static void ListSpinSystem() {
-    const int n = Run.SpinGroupCount;
+    const int n = Run.Spins.SpinGroupCount;
     LogMessage(8536, n);  // on purpose the number of groups, under a wording that speaks of nuclei
     for (int i = 0; i < n; ++i) {
         char line[128];
         std::snprintf(line, sizeof line, "Number of Nuclei in Group (%2d) = %2d with Isotopic Number = %3d", i + 1,
-                      Run.NucleiInGroup[i], Run.IsotopicNumbers[i]);
+                      Run.Spins.NucleiInGroup[i], Run.Spins.IsotopicNumbers[i]);
         LogAppend(line);
     }
-    LogMessage(8537, Run.NMRFrequency);
+    LogMessage(8537, Run.Options.NMRFrequency);
     LogMessage(8544);
-    ListTable(Run.ChemicalShifts, 1, n);
+    ListTable(Run.Spins.ChemicalShifts, 1, n);
     LogMessage(8545);
-    ListTable(Run.CouplingMatrix, n, n);
+    ListTable(Run.Spins.CouplingMatrix, n, n);
 }
 
 static void ListSpectrum() {
-    if (Run.UseWeakCoupling) {
+    if (Run.Options.UseWeakCoupling) {
         LogAppend("\nWeak coupling approximation (perturbation theory) is used.");
     }
     ListSpinSystem();
@@ -51,8 +51,8 @@ static void ListSpectrum() {
     LogMessage(8533);
     LogMessage(8534);
     LogMessage(8535);
-    for (int i = 0; i < Run.SpectrumLineCount; ++i) {
-        const SpectrumLine& line = Run.SpectrumLines[i];
+    for (int i = 0; i < Run.Lines.SpectrumLineCount; ++i) {
+        const SpectrumLine& line = Run.Lines.SpectrumLines[i];
         LogMessage(8546, i + 1, static_cast<double>(line.Frequency), static_cast<double>(line.Intensity),
                    line.Degeneracy);
         PollMessages(ListedLineUnits);
@@ -60,12 +60,12 @@ static void ListSpectrum() {
 }
 
 void ComputeSpectrum() {
-    if (Run.UseWeakCoupling) {
+    if (Run.Options.UseWeakCoupling) {
         ComputeWeakCouplingSpectrum();
     } else {
         ComputeExactSpectrum();
     }
-    if (Run.LogEnabled) {
+    if (Run.Report.LogEnabled) {
         ListSpectrum();
     }
 }

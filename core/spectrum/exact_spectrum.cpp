@@ -22,7 +22,7 @@ static constexpr int UpperStates = 64;             // states of the block before
 static constexpr long long ProductWork = 1 << 25;  // multiplications of a matrix product between two polls
 static constexpr int TransposeBlock = 16;          // rows and columns that are transposed together
 
-// Working storage of one simulation, allocated by AllocateWork and freed by FreeExactSpectrumWork. L is the largest
+// Working storage of one simulation, allocated by AllocateWork. L is the largest
 // dimension of a SubSubMatrix, N the number of groups.
 static struct {
     double* Hamiltonian;     // [L][L] the block in hand, lower triangle; then the lowered previous vectors
@@ -50,16 +50,6 @@ struct Block {
     const int* Order;  // [Dimension] 1-based number of each state within the whole enumeration
     int FirstState;    // states of the SubMatrices before
 };
-
-void FreeExactSpectrumWork() {
-    FreeArray(Work.Hamiltonian);
-    FreeArray(Work.Vectors);
-    FreeArray(Work.Previous);
-    FreeArray(Work.Values);
-    FreeArray(Work.PreviousValues);
-    FreeArray(Work.Panel);
-    FreeArray(Work.PlaceOfState);
-}
 
 static int BlockDimension(int s, int k) {
     return SubMatrices.SubSubMatrixDimensions[static_cast<long long>(k) * SubMatrices.SubMatrixCount + s];
@@ -116,7 +106,7 @@ static int StateAt(const Block& block, int place) {
 }
 
 static void OpenSubMatrix(int s, int firstState) {
-    const int n = Run.SpinGroupCount;
+    const int n = Run.Spins.SpinGroupCount;
     Sub.GroupSpins = SubMatrices.GroupSpinTable + static_cast<long long>(s) * n;
     Sub.States = SubMatrices.BasisStates + static_cast<long long>(firstState) * n;
     int stride = 1;
@@ -127,7 +117,7 @@ static void OpenSubMatrix(int s, int firstState) {
     Sub.Weight = 1.0;
     if (SubMatrices.SubMatrixCount >= 2) {
         for (int g = 0; g < n; ++g) {
-            Sub.Weight *= GroupSpinMultiplicity(Run.NucleiInGroup[g], Sub.GroupSpins[g]);
+            Sub.Weight *= GroupSpinMultiplicity(Run.Spins.NucleiInGroup[g], Sub.GroupSpins[g]);
         }
     }
     Sub.Degeneracy = DegeneracyOfWeight(Sub.Weight);
@@ -135,12 +125,12 @@ static void OpenSubMatrix(int s, int firstState) {
 
 // Energy of a product state, Hz.
 static double DiagonalElement(const int* state) {
-    const int n = Run.SpinGroupCount;
+    const int n = Run.Spins.SpinGroupCount;
     double energy = 0.0;
     for (int g = 0; g < n; ++g) {
-        energy += state[g] * Run.ChemicalShifts[g] * Run.NMRFrequency * 0.5;
+        energy += state[g] * Run.Spins.ChemicalShifts[g] * Run.Options.NMRFrequency * 0.5;
         for (int h = g + 1; h < n; ++h) {
-            energy += state[g] * state[h] * Run.CouplingMatrix[g * n + h] * 0.25;
+            energy += state[g] * state[h] * Run.Spins.CouplingMatrix[g * n + h] * 0.25;
         }
     }
     return energy;
@@ -148,7 +138,7 @@ static double DiagonalElement(const int* state) {
 
 // Element between a state and the one in which group raised is one step higher and group lowered one step lower.
 static double FlipFlopElement(const int* state, int raised, int lowered) {
-    const int n = Run.SpinGroupCount;
+    const int n = Run.Spins.SpinGroupCount;
     const int a = std::min(raised, lowered);
     const int b = std::max(raised, lowered);
     const int twoJa = Sub.GroupSpins[a];
@@ -156,12 +146,12 @@ static double FlipFlopElement(const int* state, int raised, int lowered) {
     const int otherA = state[a] + (a == raised ? 2 : -2);
     const int otherB = state[b] + (b == raised ? 2 : -2);
     const int square = ((twoJb + 2) * twoJb - state[b] * otherB) * ((twoJa + 2) * twoJa - state[a] * otherA);
-    return std::sqrt(static_cast<double>(square)) * Run.CouplingMatrix[b * n + a] * 0.125;
+    return std::sqrt(static_cast<double>(square)) * Run.Spins.CouplingMatrix[b * n + a] * 0.125;
 }
 
 // The states that a flip-flop reaches from one state, into a row of the lower triangle.
 static void AddFlipFlops(const Block& block, int row, double* elements) {
-    const int n = Run.SpinGroupCount;
+    const int n = Run.Spins.SpinGroupCount;
     const int number = StateAt(block, row);
     const int* state = Sub.States + static_cast<long long>(number) * n;
     for (int up = 0; up < n; ++up) {
@@ -169,7 +159,7 @@ static void AddFlipFlops(const Block& block, int row, double* elements) {
             continue;
         }
         for (int down = 0; down < n; ++down) {
-            const double coupling = Run.CouplingMatrix[std::max(up, down) * n + std::min(up, down)];
+            const double coupling = Run.Spins.CouplingMatrix[std::max(up, down) * n + std::min(up, down)];
             if (down == up || state[down] == -Sub.GroupSpins[down] || coupling == 0.0) {
                 continue;
             }
@@ -190,7 +180,8 @@ static void BuildHamiltonian(const Block& block) {
             elements[column] = amount;
             amount = -amount;
         }
-        elements[row] += DiagonalElement(Sub.States + static_cast<long long>(StateAt(block, row)) * Run.SpinGroupCount);
+        elements[row] +=
+            DiagonalElement(Sub.States + static_cast<long long>(StateAt(block, row)) * Run.Spins.SpinGroupCount);
         AddFlipFlops(block, row, elements);
         PollMessages(row + 1);
     }
@@ -209,7 +200,7 @@ static double LoweringElement(const int* state, int g) {
 // A column of the lowering operator: places and elements of the block before, by ascending place; returns how many.
 static int LoweringColumn(const int* state, int number, std::pair<int, double>* column) {
     int count = 0;
-    for (int g = 0; g < Run.SpinGroupCount; ++g) {
+    for (int g = 0; g < Run.Spins.SpinGroupCount; ++g) {
         if (state[g] == Sub.GroupSpins[g]) {
             continue;
         }
@@ -228,7 +219,7 @@ static void LowerPreviousVectors(const Block& block, int previousDimension, doub
     const std::size_t stride = static_cast<std::size_t>(previousDimension);
     for (int c = 0; c < block.Dimension; ++c) {
         const int number = StateAt(block, c);
-        const int* state = Sub.States + static_cast<long long>(number) * Run.SpinGroupCount;
+        const int* state = Sub.States + static_cast<long long>(number) * Run.Spins.SpinGroupCount;
         std::pair<int, double> column[32];
         const int count = LoweringColumn(state, number, column);
         double* row = lowered + static_cast<std::size_t>(c) * stride;
@@ -309,15 +300,15 @@ static void SimulateSubMatrix(int s, int firstState) {
 
 void ComputeExactSpectrum() {
     PrepareSpinSystem();
-    BuildSubMatrices(Run.SpinGroupCount, Run.NucleiInGroup, WorkBytes);
+    BuildSubMatrices(Run.Spins.SpinGroupCount, Run.Spins.NucleiInGroup, WorkBytes);
     AllocateWork();
     int firstState = 0;
     for (int s = 0; s < SubMatrices.SubMatrixCount; ++s) {
         SimulateSubMatrix(s, firstState);
         firstState += SubMatrixDimension(s);
     }
-    FreeExactSpectrumWork();
-    FreeSubMatrices();
+    FreeArraysOf(Work);
+    FreeArraysOf(SubMatrices);
     FreeEigensolverWork();
     FinishLineList(Work.LineCount);
 }

@@ -5,6 +5,3 @@
 // Reads the spin system of Run, fills SpectrumLines and SpectrumLineCount (frequencies in Hz). Raises 24688 without
 // groups, 24577 for too large a system, and refuses more than 32 groups.
 void ComputeExactSpectrum();
-
-// Frees what a simulation that a stop has cut short leaves behind.
-void FreeExactSpectrumWork();

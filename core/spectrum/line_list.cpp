@@ -20,16 +20,17 @@ static constexpr int DigitValues = 1 << DigitBits;
 static SpectrumLine* SortBuffer = nullptr;  // [lines sorted] the other half of the sort, for one call
 
 void ReserveLines(long long lineCount) {
-    if (lineCount <= Run.SpectrumLineCapacity) {
+    if (Run.Lines.SpectrumLines == nullptr) {
+        Run.Lines.SpectrumLineCapacity = 0;
+    }
+    if (lineCount <= Run.Lines.SpectrumLineCapacity) {
         return;
     }
     // half as much again, so that a growing list is moved a few times only; just enough where that isn't to be had
-    const long long generous = std::max(lineCount, Run.SpectrumLineCapacity + Run.SpectrumLineCapacity / 2);
+    const long long generous = std::max(lineCount, Run.Lines.SpectrumLineCapacity + Run.Lines.SpectrumLineCapacity / 2);
     for (const long long capacity : {generous, lineCount}) {
-        void* lines = ReallocateBytes(Run.SpectrumLines, capacity, sizeof(SpectrumLine));
-        if (lines != nullptr) {
-            Run.SpectrumLines = static_cast<SpectrumLine*>(lines);
-            Run.SpectrumLineCapacity = capacity;
+        if (GrowArray(Run.Lines.SpectrumLines, capacity)) {
+            Run.Lines.SpectrumLineCapacity = capacity;
             return;
         }
     }
@@ -68,8 +69,7 @@ static void DistributeByDigit(const SpectrumLine* from, SpectrumLine* to, long l
 
 // Radix sort by ascending frequency.
 static void SortLines(long long count) {
-    SortBuffer = AllocateArray<SpectrumLine>(count);
-    if (SortBuffer == nullptr) {
+    if (!AllocateArray(SortBuffer, count)) {
         FatalError(24577);
     }
     TouchPages(SortBuffer, static_cast<std::size_t>(count) * sizeof(SpectrumLine));
@@ -77,7 +77,7 @@ static void SortLines(long long count) {
     for (long long begin = 0; begin < count; begin += PollBlock) {
         const long long end = std::min(count, begin + PollBlock);
         for (long long i = begin; i < end; ++i) {
-            const std::uint32_t key = SortKey(Run.SpectrumLines[i]);
+            const std::uint32_t key = SortKey(Run.Lines.SpectrumLines[i]);
             for (int digit = 0; digit < DigitCount; ++digit) {
                 ++places[digit][Digit(key, digit)];
             }
@@ -85,10 +85,10 @@ static void SortLines(long long count) {
         PollMessages(static_cast<int>(end - begin));
     }
     for (int digit = 0; digit < DigitCount; ++digit) {
-        DistributeByDigit(Run.SpectrumLines, SortBuffer, count, digit, places[digit]);
-        std::swap(Run.SpectrumLines, SortBuffer);
+        DistributeByDigit(Run.Lines.SpectrumLines, SortBuffer, count, digit, places[digit]);
+        std::swap(Run.Lines.SpectrumLines, SortBuffer);
     }
-    Run.SpectrumLineCapacity = count;
+    Run.Lines.SpectrumLineCapacity = count;
     FreeArray(SortBuffer);
 }
 
@@ -134,20 +134,16 @@ static long long FilterLines(SpectrumLine* lines, long long count, double smalle
 
 void FinishLineList(long long lineCount) {
     ReserveLines(1);
-    long long count = FilterLines(Run.SpectrumLines, lineCount, SmallestLineIntensity);
+    long long count = FilterLines(Run.Lines.SpectrumLines, lineCount, SmallestLineIntensity);
     if (count == 0) {
-        Run.SpectrumLines[0] = {};  // an empty list counts as one record of zeros, which the last filter drops
+        Run.Lines.SpectrumLines[0] = {};  // an empty list counts as one record of zeros, which the last filter drops
         count = 1;
     }
     SortLines(count);
-    count = MergeLines(Run.SpectrumLines, count);
-    count = FilterLines(Run.SpectrumLines, count, Run.MinimalIntensity);
+    count = MergeLines(Run.Lines.SpectrumLines, count);
+    count = FilterLines(Run.Lines.SpectrumLines, count, Run.Options.MinimalIntensity);
     if (count > INT_MAX) {
         FatalError(24577);
     }
-    Run.SpectrumLineCount = static_cast<int>(count);
-}
-
-void FreeSortBuffer() {
-    FreeArray(SortBuffer);
+    Run.Lines.SpectrumLineCount = static_cast<int>(count);
 }

@@ -7,13 +7,13 @@
 // A line of less intensity isn't kept.
 inline constexpr double SmallestLineIntensity = 1e-10;
 
-// Makes room for lineCount records in Run.SpectrumLines; what stands there is kept. Raises 24577.
+// Makes room for lineCount records in Run.Lines.SpectrumLines; what stands there is kept. Raises 24577.
 void ReserveLines(long long lineCount);
 
 // Writes a line into the slot at position if its intensity is kept, and returns the next free position. The slot must
 // be there in any case.
 inline long long WriteLine(long long position, double frequency, double intensity, int degeneracy) {
-    SpectrumLine& line = Run.SpectrumLines[position];
+    SpectrumLine& line = Run.Lines.SpectrumLines[position];
     line.Frequency = static_cast<float>(frequency);
     line.Intensity = static_cast<float>(intensity);
     line.Degeneracy = degeneracy;
@@ -24,6 +24,3 @@ inline long long WriteLine(long long position, double frequency, double intensit
 // collapses into one line at its lowest frequency), drops what stays below MinimalIntensity and sets
 // SpectrumLineCount. Raises 24577.
 void FinishLineList(long long lineCount);
-
-// Frees what a sort that a stop has cut short leaves behind.
-void FreeSortBuffer();

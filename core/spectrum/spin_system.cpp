@@ -22,20 +22,20 @@ static double RoundToThousandths(double value) {
 }
 
 void PrepareSpinSystem() {
-    const int n = Run.SpinGroupCount;
+    const int n = Run.Spins.SpinGroupCount;
     if (n == 0) {
         FatalError(24688);
     }
     for (int i = 0; i < n; ++i) {
-        Run.ChemicalShifts[i] = RoundToThousandths(Run.ChemicalShifts[i]);
+        Run.Spins.ChemicalShifts[i] = RoundToThousandths(Run.Spins.ChemicalShifts[i]);
     }
-    double* coupling = Run.CouplingMatrix;
+    double* coupling = Run.Spins.CouplingMatrix;
     for (int i = 0; i < n * n; ++i) {
         coupling[i] = RoundToThousandths(coupling[i]);
     }
     for (int i = 0; i < n; ++i) {
         for (int j = i + 1; j < n; ++j) {
-            const bool alike = Run.IsotopicNumbers[i] == Run.IsotopicNumbers[j];
+            const bool alike = Run.Spins.IsotopicNumbers[i] == Run.Spins.IsotopicNumbers[j];
             coupling[j * n + i] = alike ? coupling[i * n + j] : 0.0;
         }
     }

@@ -18,24 +18,10 @@ static constexpr int LargestTableRow = 20;  // dimensions that a line of the blo
 
 SubMatrixTables SubMatrices;
 
-// [LargestSubSubCount + 1] places or counts by level, while the tables are built
-static long long* LevelCounts = nullptr;
-
-void FreeSubMatrices() {
-    FreeArray(SubMatrices.GroupSpinTable);
-    FreeArray(SubMatrices.SubSubMatrixCounts);
-    FreeArray(SubMatrices.SubSubMatrixDimensions);
-    FreeArray(SubMatrices.BasisStates);
-    FreeArray(SubMatrices.LevelOrder);
-    FreeArray(LevelCounts);
-}
-
-static int* AllocateTable(long long count) {
-    int* table = AllocateArray<int>(count);
-    if (table == nullptr) {
+template <class Record> static void AllocateTable(Record*& table, long long count) {
+    if (!AllocateArray(table, count)) {
         FatalError(24577);
     }
-    return table;
 }
 
 // Refuses what is too large before anything grows with it. The SubMatrix of the highest spins is the largest, so that
@@ -60,7 +46,7 @@ static void FillGroupSpinTable(int groupCount, const int* nucleiInGroup) {
         SubMatrices.SubMatrixCount *= (nucleiInGroup[g] + 2) / 2;
     }
     const long long entries = static_cast<long long>(SubMatrices.SubMatrixCount) * groupCount;
-    SubMatrices.GroupSpinTable = AllocateTable(entries);
+    AllocateTable(SubMatrices.GroupSpinTable, entries);
     int* row = SubMatrices.GroupSpinTable;
     std::copy(nucleiInGroup, nucleiInGroup + groupCount, row);
     for (int s = 1; s < SubMatrices.SubMatrixCount; ++s) {
@@ -121,20 +107,17 @@ static int CountLevels(const int* groupSpins, int groupCount, long long* counts)
 
 static void CountSubSubMatrices(int groupCount) {
     const int subMatrixCount = SubMatrices.SubMatrixCount;
-    LevelCounts = AllocateArray<long long>(SubMatrices.LargestSubSubCount + 1);
-    if (LevelCounts == nullptr) {
-        FatalError(24577);
-    }
-    SubMatrices.SubSubMatrixCounts = AllocateTable(subMatrixCount);
-    SubMatrices.SubSubMatrixDimensions =
-        AllocateTable(static_cast<long long>(SubMatrices.LargestSubSubCount) * subMatrixCount);
+    AllocateTable(SubMatrices.LevelCounts, SubMatrices.LargestSubSubCount + 1);
+    AllocateTable(SubMatrices.SubSubMatrixCounts, subMatrixCount);
+    AllocateTable(SubMatrices.SubSubMatrixDimensions,
+                  static_cast<long long>(SubMatrices.LargestSubSubCount) * subMatrixCount);
     SubMatrices.LargestSubSubDimension = 0;
     for (int s = 0; s < subMatrixCount; ++s) {
         const int* groupSpins = SubMatrices.GroupSpinTable + static_cast<long long>(s) * groupCount;
-        const int levels = CountLevels(groupSpins, groupCount, LevelCounts);
+        const int levels = CountLevels(groupSpins, groupCount, SubMatrices.LevelCounts);
         SubMatrices.SubSubMatrixCounts[s] = levels;
         for (int k = 0; k < levels; ++k) {
-            const int dimension = static_cast<int>(LevelCounts[k]);
+            const int dimension = static_cast<int>(SubMatrices.LevelCounts[k]);
             SubMatrices.SubSubMatrixDimensions[static_cast<long long>(k) * subMatrixCount + s] = dimension;
             SubMatrices.LargestSubSubDimension = std::max(SubMatrices.LargestSubSubDimension, dimension);
         }
@@ -176,18 +159,18 @@ static void ListBlockTable(int groupCount) {
 // Enumerates the states of one SubMatrix from row base of BasisStates on, and sorts them by counting: a state k steps
 // below the highest projection goes to the next free place of level k.
 static void FillStates(const int* groupSpins, int groupCount, long long base) {
-    const int levels = CountLevels(groupSpins, groupCount, LevelCounts);
+    const int levels = CountLevels(groupSpins, groupCount, SubMatrices.LevelCounts);
     long long place = base;
     for (int k = 0; k < levels; ++k) {
-        place += LevelCounts[k];
-        LevelCounts[k] = place - LevelCounts[k];
+        place += SubMatrices.LevelCounts[k];
+        SubMatrices.LevelCounts[k] = place - SubMatrices.LevelCounts[k];
     }
     const int states = StateCount(groupSpins, groupCount);
     int* row = SubMatrices.BasisStates + base * groupCount;
     std::copy(groupSpins, groupSpins + groupCount, row);
     int level = 0;
     for (int state = 0;; ++state) {
-        SubMatrices.LevelOrder[LevelCounts[level]++] = static_cast<int>(base + state + 1);
+        SubMatrices.LevelOrder[SubMatrices.LevelCounts[level]++] = static_cast<int>(base + state + 1);
         if (state + 1 == states) {
             return;
         }
@@ -210,15 +193,15 @@ void BuildSubMatrices(int groupCount, const int* nucleiInGroup, double (*workByt
     FillGroupSpinTable(groupCount, nucleiInGroup);
     CountStates(groupCount);
     CountSubSubMatrices(groupCount);
-    if (Run.LogEnabled) {
+    if (Run.Report.LogEnabled) {
         ListBlockTable(groupCount);
     }
     const double stateBytes = static_cast<double>(sizeof(int)) * (groupCount + 1.0) * SubMatrices.LevelCount;
     if (!MemoryCanServe(stateBytes + workBytes())) {
         FatalError(24577);
     }
-    SubMatrices.BasisStates = AllocateTable(static_cast<long long>(SubMatrices.LevelCount) * groupCount);
-    SubMatrices.LevelOrder = AllocateTable(SubMatrices.LevelCount);
+    AllocateTable(SubMatrices.BasisStates, static_cast<long long>(SubMatrices.LevelCount) * groupCount);
+    AllocateTable(SubMatrices.LevelOrder, SubMatrices.LevelCount);
     long long base = 0;
     for (int s = 0; s < SubMatrices.SubMatrixCount; ++s) {
         const int* groupSpins = SubMatrices.GroupSpinTable + static_cast<long long>(s) * groupCount;

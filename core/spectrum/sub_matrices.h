@@ -3,7 +3,7 @@
 // of one total projection form a SubSubMatrix, the unit that is diagonalised.
 #pragma once
 
-// Filled by BuildSubMatrices, freed by FreeSubMatrices. N is the number of groups; spins and projections are doubled.
+// Filled by BuildSubMatrices; N is the number of groups; spins and projections are doubled.
 struct SubMatrixTables {
     int SubMatrixCount;           // combinations of group spins
     int* GroupSpinTable;          // [SubMatrixCount][N] 2J of each group
@@ -14,6 +14,7 @@ struct SubMatrixTables {
                                   // enumeration inside each SubMatrix: the first group's 2M turns fastest, from +2J
     int* LevelOrder;              // [LevelCount] 1-based row in BasisStates of the state at each sorted place: inside
                                   // a SubMatrix by descending total projection, equals as enumerated
+    long long* LevelCounts;       // [LargestSubSubCount + 1] places or counts by level, while the tables are built
     int LevelCount;               // product states of all SubMatrices
     int LargestSubSubDimension;   // of any SubSubMatrix
     int LargestSubSubCount;       // of any SubMatrix
@@ -25,5 +26,3 @@ extern SubMatrixTables SubMatrices;
 // run for more than 32 groups; raises 24577 for more than 62500000 states, or without memory for the tables and for
 // what the caller is going to need beside them: workBytes tells it, once the counts and dimensions are there.
 void BuildSubMatrices(int groupCount, const int* nucleiInGroup, double (*workBytes)());
-
-void FreeSubMatrices();

@@ -20,7 +20,7 @@ static constexpr double LargestCount = 9.0e18;     // that an array's length can
 static constexpr long long PollBlock = 1 << 16;    // numbers or lines written between two polls
 
 // Working storage of one simulation; N is SpinGroupCount, S the largest number of product states of the groups beside
-// one group in one combination of their total spins. Freed by FreeWeakCouplingWork.
+// one group in one combination of their total spins.
 static struct {
     int* SpinCountOfGroup;    // [N] total-spin values of each group
     int* SpectatorSpinTable;  // [N - 1][Columns] 2J of the other groups, one column for each combination
@@ -32,30 +32,19 @@ static struct {
     long long LineCount;      // lines written
 } Work;
 
-void FreeWeakCouplingWork() {
-    FreeArray(Work.SpinCountOfGroup);
-    FreeArray(Work.SpectatorSpinTable);
-    FreeArray(Work.FrequencyTerms);
-    FreeArray(Work.IntensityTerms);
-    FreeArray(Work.FrequencySums);
-    FreeArray(Work.IntensitySums);
-}
-
 // An array of so many records, counted in floating point since the count may exceed any integer.
-template <class Record> static Record* AllocateCounted(double count) {
-    Record* array = count < LargestCount ? AllocateArray<Record>(static_cast<long long>(count)) : nullptr;
-    if (array == nullptr) {
+template <class Record> static void AllocateCounted(Record*& array, double count) {
+    if (!(count < LargestCount) || !AllocateArray(array, static_cast<long long>(count))) {
         FatalError(24577);
     }
-    return array;
 }
 
 static double LargestCoupling() {
-    const int n = Run.SpinGroupCount;
+    const int n = Run.Spins.SpinGroupCount;
     double largest = 0.0;
     for (int i = 0; i < n; ++i) {
         for (int j = i + 1; j < n; ++j) {
-            largest = std::max(largest, std::fabs(Run.CouplingMatrix[i * n + j]));
+            largest = std::max(largest, std::fabs(Run.Spins.CouplingMatrix[i * n + j]));
         }
     }
     return largest;
@@ -66,15 +55,16 @@ static double LargestCoupling() {
 static void CheckApplicability() {
     const double largest = LargestCoupling();
     bool doubtful = false;
-    for (int i = 0; i < Run.SpinGroupCount; ++i) {
-        for (int j = i + 1; j < Run.SpinGroupCount; ++j) {
-            const double distance = std::fabs((Run.ChemicalShifts[i] - Run.ChemicalShifts[j]) * Run.NMRFrequency);
+    for (int i = 0; i < Run.Spins.SpinGroupCount; ++i) {
+        for (int j = i + 1; j < Run.Spins.SpinGroupCount; ++j) {
+            const double distance =
+                std::fabs((Run.Spins.ChemicalShifts[i] - Run.Spins.ChemicalShifts[j]) * Run.Options.NMRFrequency);
             if (distance < SmallestDistance) {
                 char text[256];
                 std::snprintf(text, sizeof text,
                               "Weak coupling approximation cannot be applied, because the chemical shifts %.7f and "
                               "%.7f are so close.",
-                              Run.ChemicalShifts[i], Run.ChemicalShifts[j]);
+                              Run.Spins.ChemicalShifts[i], Run.Spins.ChemicalShifts[j]);
                 WriteFatalFile(text);
             }
             doubtful = doubtful || largest / distance > LargestRatio;
@@ -89,7 +79,7 @@ static void CheckApplicability() {
 // Number of transitions of group g for one state of the others: 2J summed over its total spins.
 static double TransitionCount(int g) {
     double count = 0.0;
-    for (int twoJ = Run.NucleiInGroup[g]; twoJ > 0; twoJ -= 2) {
+    for (int twoJ = Run.Spins.NucleiInGroup[g]; twoJ > 0; twoJ -= 2) {
         count += twoJ;
     }
     return count;
@@ -98,21 +88,21 @@ static double TransitionCount(int g) {
 // S and the capacity of the line array, and the size of the table. The combinations needn't be walked: the largest
 // number of product states belongs to the highest spins, and the sum over all combinations is a product of sums.
 static void AllocateWork() {
-    const int n = Run.SpinGroupCount;
-    Work.SpinCountOfGroup = AllocateCounted<int>(n);
+    const int n = Run.Spins.SpinGroupCount;
+    AllocateCounted(Work.SpinCountOfGroup, n);
     double tableEntries = n;
     double largestStates = 1.0;
     double lines = 0.0;
     for (int g = 0; g < n; ++g) {
-        Work.SpinCountOfGroup[g] = Run.NucleiInGroup[g] / 2 + 1;
+        Work.SpinCountOfGroup[g] = Run.Spins.NucleiInGroup[g] / 2 + 1;
         tableEntries *= Work.SpinCountOfGroup[g];
         double states = 1.0;
         double allStates = 1.0;
         for (int h = 0; h < n; ++h) {
             if (h != g) {
-                states *= Run.NucleiInGroup[h] + 1;
+                states *= Run.Spins.NucleiInGroup[h] + 1;
                 double sum = 0.0;
-                for (int twoJ = Run.NucleiInGroup[h]; twoJ >= 0; twoJ -= 2) {
+                for (int twoJ = Run.Spins.NucleiInGroup[h]; twoJ >= 0; twoJ -= 2) {
                     sum += twoJ + 1;
                 }
                 allStates *= sum;
@@ -126,9 +116,9 @@ static void AllocateWork() {
     if (!MemoryCanServe(listBytes + std::max(work, listBytes))) {  // the sort takes as much again, without the work
         FatalError(24577);
     }
-    Work.SpectatorSpinTable = AllocateCounted<int>(tableEntries);
+    AllocateCounted(Work.SpectatorSpinTable, tableEntries);
     for (double** vector : {&Work.FrequencyTerms, &Work.IntensityTerms, &Work.FrequencySums, &Work.IntensitySums}) {
-        *vector = AllocateCounted<double>(largestStates);
+        AllocateCounted(*vector, largestStates);
     }
     ReserveLines(static_cast<long long>(lines) + 1);  // one slot more: WriteLine writes ahead of the list
     Work.LineCount = 0;
@@ -137,16 +127,16 @@ static void AllocateWork() {
 // The rows are the other groups in their order, the first of them varies fastest across the columns.
 static void BuildSpectatorSpinTable(int g) {
     Work.Columns = 1;
-    for (int h = 0; h < Run.SpinGroupCount; ++h) {
+    for (int h = 0; h < Run.Spins.SpinGroupCount; ++h) {
         Work.Columns *= h != g ? Work.SpinCountOfGroup[h] : 1;
     }
     int* row = Work.SpectatorSpinTable;
     long long run = 1;
-    for (int h = 0; h < Run.SpinGroupCount; ++h) {
+    for (int h = 0; h < Run.Spins.SpinGroupCount; ++h) {
         if (h != g) {
             for (long long column = 0; column < Work.Columns; ++column) {
                 const long long step = column / run % Work.SpinCountOfGroup[h];
-                row[column] = Run.NucleiInGroup[h] - 2 * static_cast<int>(step);
+                row[column] = Run.Spins.NucleiInGroup[h] - 2 * static_cast<int>(step);
                 if (column % PollBlock == 0) {
                     PollMessages(1);
                 }
@@ -160,10 +150,11 @@ static void BuildSpectatorSpinTable(int g) {
 // The terms of the states of group h, of total spin twoJ / 2, in the lines of group g from its level upperM; returns
 // their number.
 static int ComputeTerms(int g, double upperM, int h, int twoJ) {
-    const int n = Run.SpinGroupCount;
-    const double full = Run.CouplingMatrix[std::min(g, h) * n + std::max(g, h)];
-    const double flipping = Run.CouplingMatrix[std::max(g, h) * n + std::min(g, h)];
-    const double delta = Run.NMRFrequency * Run.ChemicalShifts[g] - Run.NMRFrequency * Run.ChemicalShifts[h];
+    const int n = Run.Spins.SpinGroupCount;
+    const double full = Run.Spins.CouplingMatrix[std::min(g, h) * n + std::max(g, h)];
+    const double flipping = Run.Spins.CouplingMatrix[std::max(g, h) * n + std::min(g, h)];
+    const double delta =
+        Run.Options.NMRFrequency * Run.Spins.ChemicalShifts[g] - Run.Options.NMRFrequency * Run.Spins.ChemicalShifts[h];
     const double j = 0.5 * twoJ;
     for (int step = 0; step <= twoJ; ++step) {
         const double m = j - step;
@@ -198,14 +189,14 @@ static void WriteCombination(int g, double upperM, double p, double groupWeight,
     Work.FrequencySums[0] = 0.0;
     Work.IntensitySums[0] = 0.0;
     const int* entry = Work.SpectatorSpinTable + column;
-    for (int h = 0; h < Run.SpinGroupCount; ++h) {
+    for (int h = 0; h < Run.Spins.SpinGroupCount; ++h) {
         if (h != g) {
-            weight *= GroupSpinMultiplicity(Run.NucleiInGroup[h], *entry);
+            weight *= GroupSpinMultiplicity(Run.Spins.NucleiInGroup[h], *entry);
             sums = ExpandSums(sums, ComputeTerms(g, upperM, h, *entry));
             entry += Work.Columns;
         }
     }
-    const double frequency = Run.NMRFrequency * Run.ChemicalShifts[g];
+    const double frequency = Run.Options.NMRFrequency * Run.Spins.ChemicalShifts[g];
     const int degeneracy = DegeneracyOfWeight(weight);
     for (long long e = 0; e < sums; ++e) {
         Work.LineCount = WriteLine(Work.LineCount, frequency + Work.FrequencySums[e],
@@ -217,7 +208,7 @@ static void WriteCombination(int g, double upperM, double p, double groupWeight,
 }
 
 static void WriteGroup(int g) {
-    const int n = Run.NucleiInGroup[g];
+    const int n = Run.Spins.NucleiInGroup[g];
     BuildSpectatorSpinTable(g);
     for (int twoJ = n; twoJ > 0; twoJ -= 2) {
         const double groupWeight = GroupSpinMultiplicity(n, twoJ);
@@ -234,9 +225,9 @@ void ComputeWeakCouplingSpectrum() {
     PrepareSpinSystem();
     CheckApplicability();
     AllocateWork();
-    for (int g = 0; g < Run.SpinGroupCount; ++g) {
+    for (int g = 0; g < Run.Spins.SpinGroupCount; ++g) {
         WriteGroup(g);
     }
-    FreeWeakCouplingWork();
+    FreeArraysOf(Work);
     FinishLineList(Work.LineCount);
 }

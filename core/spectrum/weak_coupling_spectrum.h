@@ -7,6 +7,3 @@
 // first order in the couplings. Refuses systems with two shifts less than 1e-05 Hz apart; raises 24688 without groups,
 // 24577 without memory.
 void ComputeWeakCouplingSpectrum();
-
-// Frees what a simulation that a stop has cut short leaves behind.
-void FreeWeakCouplingWork();

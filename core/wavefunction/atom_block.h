@@ -18,5 +18,5 @@ struct AtomBlock {
 
 // The block of the atom with these orbitals in matrix[N][N].
 inline AtomBlock BlockOf(double* matrix, const OrbitalRange& range) {
-    return {matrix + (range.First - 1) * (Run.OrbitalCount + 1LL), Run.OrbitalCount};
+    return {matrix + (range.First - 1) * (Run.Basis.OrbitalCount + 1LL), Run.Basis.OrbitalCount};
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Tests the parameters of the atoms of a run in one parameter table: a missing record shows as a Slater exponent of
 // zero and ends the run, doubtful values draw warnings.
-#include "files/parameter_files.h"
 #include "ground/fatal_error.h"
 #include "ground/run_state.h"
 #include "molecule/element_tables.h"
@@ -9,7 +8,7 @@
 #include "wavefunction/prepare_system.h"
 
 static const char* TypeName(const AtomRecord& atom) {
-    return Run.AtomTypeNames[atom.AtomType % Run.AtomTypeCount].Text;
+    return Run.Parameters.AtomTypeNames[atom.AtomType % Run.Parameters.AtomTypeCount].Text;
 }
 
 static void CheckExponent(const AtomRecord& atom, double exponent, const char* orbital, const char* fileName) {
@@ -39,7 +38,7 @@ static void CheckSelectedAtom(const AtomRecord& atom, const AtomTypeParameters& 
     if (atom.AtomicNumber > 2) {
         CheckExponent(atom, parameters.SlaterExponentP, "p", fileName);
         CheckEnergy(atom, parameters.OrbitalEnergyP, "p", fileName);
-        if (Run.SemiEmpiricalMethod == 2) {
+        if (Run.Options.SemiEmpiricalMethod == 2) {
             CheckSlaterCondon(atom, parameters.SlaterCondonG1, "G1(s,p)", fileName);
             CheckSlaterCondon(atom, parameters.SlaterCondonF2, "F2(p,p)", fileName);
         }
@@ -74,13 +73,13 @@ static void CheckCappingAtom(const AtomRecord& atom, const AtomTypeParameters& p
 }
 
 void CheckParameters(const AtomTypeParameters* table, const char* fileName) {
-    for (int i = 0; i < Run.AtomCount; ++i) {
-        const AtomRecord& atom = Run.AtomRecords[i];
+    for (int i = 0; i < Run.Molecule.AtomCount; ++i) {
+        const AtomRecord& atom = Run.Molecule.AtomRecords[i];
         if (atom.SelectionState == 1 && atom.AtomicNumber > 0) {
             CheckExponent(atom, table[atom.AtomType].SlaterExponentS, "s", fileName);
         }
     }
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
         if (atom.SelectionState == -1) {
             CheckCappingAtom(atom, table[atom.AtomType], fileName);

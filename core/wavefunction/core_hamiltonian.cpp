@@ -2,7 +2,6 @@
 // Builds the core Hamiltonian from the overlap matrix, the parameters in force and the gamma matrix.
 #include "wavefunction/core_hamiltonian.h"
 
-#include "files/parameter_files.h"
 #include "ground/fatal_error.h"
 #include "ground/memory.h"
 #include "ground/message_poll.h"
@@ -19,12 +18,8 @@ static constexpr double SmallestDistance = 0.001;                          // bo
 
 static double* Diagonal = nullptr;  // [N] the diagonal of H while it is built
 
-void FreeCoreHamiltonianWork() {
-    FreeArray(Diagonal);
-}
-
 static const AtomTypeParameters& ParametersOf(const AtomRecord& atom) {
-    return Run.ActiveParameters[atom.AtomType];
+    return Run.Parameters.ActiveParameters[atom.AtomType];
 }
 
 static double CoreCharge(const AtomRecord& atom) {
@@ -32,19 +27,19 @@ static double CoreCharge(const AtomRecord& atom) {
 }
 
 static void FillCoreDiagonal() {
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
-        const OrbitalRange& range = Run.OrbitalRanges[place];
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
+        const OrbitalRange& range = Run.Basis.OrbitalRanges[place];
         if (range.Last < range.First) {
             continue;
         }
         const AtomTypeParameters& parameters = ParametersOf(SelectedAtom(place));
-        double* diagonal = Run.CoreDiagonal + range.First - 1;
+        double* diagonal = Run.Field.CoreDiagonal + range.First - 1;
         diagonal[0] = parameters.OrbitalEnergyS * HartreesPerElectronVolt;
         for (int k = 1; k <= range.LastSP - range.First; ++k) {
             diagonal[k] = parameters.OrbitalEnergyP * HartreesPerElectronVolt;
         }
         for (int k = range.LastSP + 1; k <= range.Last; ++k) {
-            Run.CoreDiagonal[k - 1] = parameters.OrbitalEnergyD * HartreesPerElectronVolt;
+            Run.Field.CoreDiagonal[k - 1] = parameters.OrbitalEnergyD * HartreesPerElectronVolt;
         }
     }
 }
@@ -56,15 +51,15 @@ static bool IsSecondRow(int code) {
 
 // Multiplies the overlap of each pair of atoms into resonance integrals, in both triangles.
 static void ScaleOverlap(double* h) {
-    const int n = Run.OrbitalCount;
-    for (int a = 0; a < Run.SelectedAtomCount; ++a) {
+    const int n = Run.Basis.OrbitalCount;
+    for (int a = 0; a < Run.Molecule.SelectedAtomCount; ++a) {
         const AtomRecord& atomA = SelectedAtom(a);
         for (int b = 0; b < a; ++b) {
             const AtomRecord& atomB = SelectedAtom(b);
             const bool secondRow = IsSecondRow(atomA.AtomicNumber) || IsSecondRow(atomB.AtomicNumber);
             const double bonding = ParametersOf(atomA).BondingParameter + ParametersOf(atomB).BondingParameter;
-            for (int mu = Run.OrbitalRanges[a].First - 1; mu < Run.OrbitalRanges[a].Last; ++mu) {
-                for (int nu = Run.OrbitalRanges[b].First - 1; nu < Run.OrbitalRanges[b].Last; ++nu) {
+            for (int mu = Run.Basis.OrbitalRanges[a].First - 1; mu < Run.Basis.OrbitalRanges[a].Last; ++mu) {
+                for (int nu = Run.Basis.OrbitalRanges[b].First - 1; nu < Run.Basis.OrbitalRanges[b].Last; ++nu) {
                     const double resonance = h[static_cast<long long>(mu) * n + nu] * bonding *
                                              (secondRow ? SecondRowResonanceFactor : ResonanceFactor);
                     h[static_cast<long long>(mu) * n + nu] = resonance;
@@ -78,16 +73,16 @@ static void ScaleOverlap(double* h) {
 
 // The potential of the cores, through gamma of the first orbitals, for all orbitals of an atom alike.
 static double Attraction(int a, const double* gamma) {
-    const long long n = Run.OrbitalCount;
-    const double* row = gamma + (Run.OrbitalRanges[a].First - 1) * n;
+    const long long n = Run.Basis.OrbitalCount;
+    const double* row = gamma + (Run.Basis.OrbitalRanges[a].First - 1) * n;
     double sum = 0.0;
-    for (int b = 0; b < Run.SelectedAtomCount; ++b) {
-        const OrbitalRange& range = Run.OrbitalRanges[b];
+    for (int b = 0; b < Run.Molecule.SelectedAtomCount; ++b) {
+        const OrbitalRange& range = Run.Basis.OrbitalRanges[b];
         if (range.Last >= range.First) {
             sum += CoreCharge(SelectedAtom(b)) * row[range.First - 1];
         }
     }
-    return 0.5 * row[Run.OrbitalRanges[a].First - 1] - sum;
+    return 0.5 * row[Run.Basis.OrbitalRanges[a].First - 1] - sum;
 }
 
 // What TNDO/2 adds to the p orbitals of an atom of the first row.
@@ -105,7 +100,7 @@ static double OneCentreCorrectionP(int code, double charge, double g, double f) 
 // counterpart here. Helium comes under the rule as well, and having no p orbitals it corrects those that follow its
 // own, on purpose: they belong to the next atom.
 static void AddOneCentreCorrections() {
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
         const int code = atom.AtomicNumber;
         if (code < 2 || code > 9) {
@@ -113,34 +108,33 @@ static void AddOneCentreCorrections() {
         }
         const double g = ParametersOf(atom).SlaterCondonG1;
         const double f = ParametersOf(atom).SlaterCondonF2;
-        const int s = Run.OrbitalRanges[place].First - 1;
+        const int s = Run.Basis.OrbitalRanges[place].First - 1;
         if (code >= 4) {
             Diagonal[s] += (CoreCharge(atom) - 1.5) * g * 0.16666666666666666;
         }
         const double correction = OneCentreCorrectionP(code, CoreCharge(atom), g, f);
-        for (int p = s + 1; p <= s + 3 && p < Run.OrbitalCount; ++p) {
+        for (int p = s + 1; p <= s + 3 && p < Run.Basis.OrbitalCount; ++p) {
             Diagonal[p] += correction;
         }
     }
 }
 
 static void FillDiagonal(double* h, const double* gamma) {
-    const int n = Run.OrbitalCount;
-    Diagonal = AllocateArray<double>(n);
-    if (Diagonal == nullptr) {
+    const int n = Run.Basis.OrbitalCount;
+    if (!AllocateArray(Diagonal, n)) {
         FatalError(24577);
     }
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
-        const OrbitalRange& range = Run.OrbitalRanges[place];
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
+        const OrbitalRange& range = Run.Basis.OrbitalRanges[place];
         if (range.Last >= range.First) {
             const double attraction = Attraction(place, gamma);
             for (int mu = range.First - 1; mu < range.Last; ++mu) {
-                Diagonal[mu] = attraction + Run.CoreDiagonal[mu];
+                Diagonal[mu] = attraction + Run.Field.CoreDiagonal[mu];
             }
         }
-        PollMessages(Run.SelectedAtomCount);
+        PollMessages(Run.Molecule.SelectedAtomCount);
     }
-    if (Run.SemiEmpiricalMethod == 2) {
+    if (Run.Options.SemiEmpiricalMethod == 2) {
         AddOneCentreCorrections();
     }
     for (int mu = 0; mu < n; ++mu) {
@@ -151,7 +145,7 @@ static void FillDiagonal(double* h, const double* gamma) {
 
 static double SumCoreRepulsion() {
     double sum = 0.0;
-    for (int a = 0; a < Run.SelectedAtomCount; ++a) {
+    for (int a = 0; a < Run.Molecule.SelectedAtomCount; ++a) {
         for (int b = 0; b < a; ++b) {
             const double distance = Distance(SelectedPosition(a), SelectedPosition(b));
             if (distance < SmallestDistance) {
@@ -168,9 +162,9 @@ void BuildCoreHamiltonian(double* coreHamiltonian, const double* gamma) {
     FillCoreDiagonal();
     ScaleOverlap(coreHamiltonian);
     FillDiagonal(coreHamiltonian, gamma);
-    Run.CoreRepulsion = SumCoreRepulsion();
+    Run.Field.CoreRepulsion = SumCoreRepulsion();
     if (HasEnvironment()) {
         BuildEnvironmentTerms(coreHamiltonian);
-        Run.CoreRepulsion += Run.EnvironmentEnergy;
+        Run.Field.CoreRepulsion += Run.Field.EnvironmentEnergy;
     }
 }

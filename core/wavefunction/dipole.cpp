@@ -2,7 +2,6 @@
 // Computes the dipole moment.
 #include "wavefunction/dipole.h"
 
-#include "files/parameter_files.h"
 #include "ground/fatal_error.h"
 #include "ground/log.h"
 #include "ground/memory.h"
@@ -29,21 +28,18 @@ struct DipoleFactor {
 static double ReferencePoint[3];               // bohr
 static DipoleFactor* DipoleFactors = nullptr;  // [SelectedAtomCount]
 
-void FreeDipoleFactors() {
-    FreeArray(DipoleFactors);
-}
-
 void ComputeReferencePoint() {
     double mass = 0.0;
     double sum[3] = {};
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const int code = SelectedAtom(place).AtomicNumber;
         for (int k = 0; code >= 1 && k < 3; ++k) {
             sum[k] += AtomicMassTable[code - 1] * SelectedPosition(place)[k];
         }
         mass += code >= 1 ? AtomicMassTable[code - 1] : 0.0;
     }
-    const bool ion = Run.SelectedAtomCount >= 2 && std::fabs(static_cast<double>(Run.TotalCharge)) > SmallestIonCharge;
+    const bool ion = Run.Molecule.SelectedAtomCount >= 2 &&
+                     std::fabs(static_cast<double>(Run.Options.TotalCharge)) > SmallestIonCharge;
     for (int k = 0; k < 3; ++k) {
         ReferencePoint[k] = ion && mass > 0.0 ? sum[k] / mass : 0.0;
     }
@@ -65,26 +61,24 @@ static DipoleFactor FactorsOf(int shell, const AtomTypeParameters& parameters) {
 }
 
 double DipoleFactorBytes() {
-    return static_cast<double>(sizeof(DipoleFactor)) * Run.SelectedAtomCount;
+    return static_cast<double>(sizeof(DipoleFactor)) * Run.Molecule.SelectedAtomCount;
 }
 
 void PrepareDipoleFactors() {
-    FreeArray(DipoleFactors);
-    DipoleFactors = AllocateZeroed<DipoleFactor>(Run.SelectedAtomCount);
-    if (DipoleFactors == nullptr) {
+    if (!AllocateZeroed(DipoleFactors, Run.Molecule.SelectedAtomCount)) {
         FatalError(24577);
     }
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
         if (atom.AtomicNumber >= 1) {
             DipoleFactors[place] =
-                FactorsOf(ValenceShellTable[atom.AtomicNumber - 1], Run.ActiveParameters[atom.AtomType]);
+                FactorsOf(ValenceShellTable[atom.AtomicNumber - 1], Run.Parameters.ActiveParameters[atom.AtomType]);
         }
     }
 }
 
 static void AddPointCharges(DipoleRow& row) {
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
         for (int k = 0; atom.AtomicNumber >= 1 && k < 3; ++k) {
             row.Component[k] += (SelectedPosition(place)[k] - ReferencePoint[k]) * static_cast<double>(atom.AtomCharge);
@@ -97,8 +91,8 @@ static void AddPointCharges(DipoleRow& row) {
 
 // One triangle of the density only; the factors hold the rest. Negative, for electrons.
 static void SubtractHybridTerms(const OrbitalRange& range, const DipoleFactor& factor, DipoleRow& sp, DipoleRow& pd) {
-    const long long n = Run.OrbitalCount;
-    const double* density = Run.TotalDensity;
+    const long long n = Run.Basis.OrbitalCount;
+    const double* density = Run.Field.TotalDensity;
     const long long s = range.First - 1;
     const auto at = [&](long long row, long long column) { return density[(s + row) * n + s + column]; };
     if (range.LastSP > range.First) {
@@ -133,15 +127,15 @@ static void ListDipole(const DipoleRow& point, const DipoleRow& sp, const Dipole
 }
 
 void ComputeDipole() {
-    if (Run.SelectedAtomCount < 2) {
+    if (Run.Molecule.SelectedAtomCount < 2) {
         return;
     }
     DipoleRow point = {};
     DipoleRow sp = {};
     DipoleRow pd = {};
     AddPointCharges(point);
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
-        SubtractHybridTerms(Run.OrbitalRanges[place], DipoleFactors[place], sp, pd);
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
+        SubtractHybridTerms(Run.Basis.OrbitalRanges[place], DipoleFactors[place], sp, pd);
     }
     DipoleRow sum = {};
     for (int k = 0; k < 3; ++k) {
@@ -150,7 +144,7 @@ void ComputeDipole() {
     for (DipoleRow* row : {&point, &sp, &pd, &sum}) {
         SetLength(*row);
     }
-    if (Run.LogEnabled) {
+    if (Run.Report.LogEnabled) {
         ListDipole(point, sp, pd, sum);
     }
 }

@@ -14,6 +14,3 @@ void PrepareDipoleFactors();
 
 // Computes the dipole (Debye) from TotalDensity and the net charges and lists it; nothing for a single atom.
 void ComputeDipole();
-
-// Frees the factors.
-void FreeDipoleFactors();

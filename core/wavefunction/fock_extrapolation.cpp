@@ -15,7 +15,7 @@ static constexpr double SmallestDeterminant = 1e-6;
 static constexpr double SmallestPivot = 1e-8;
 
 static long long SquareSize() {
-    return static_cast<long long>(Run.OrbitalCount) * Run.OrbitalCount;
+    return static_cast<long long>(Run.Basis.OrbitalCount) * Run.Basis.OrbitalCount;
 }
 
 static double* HistoryEntry(double* history, int slot) {
@@ -35,18 +35,18 @@ static void AdvanceHistory(FockExtrapolation& state) {
 
 // F Q - Q F. Both matrices are symmetric, so that the second product is the first one transposed.
 static void StoreCommutator(double* commutator) {
-    const int n = Run.OrbitalCount;
-    PollingProduct(Run.FockMatrix, n, Run.HalfDensity, n, Run.FirstScratch, n, n, n, n);
+    const int n = Run.Basis.OrbitalCount;
+    PollingProduct(Run.Field.FockMatrix, n, Run.Field.HalfDensity, n, Run.Field.FirstScratch, n, n, n, n);
     for (long long i = 0; i < n; ++i) {
         for (long long j = 0; j < n; ++j) {
-            commutator[i * n + j] = Run.FirstScratch[i * n + j] - Run.FirstScratch[j * n + i];
+            commutator[i * n + j] = Run.Field.FirstScratch[i * n + j] - Run.Field.FirstScratch[j * n + i];
         }
         PollMessages(n);
     }
 }
 
 static double DotOfCommutators(const double* a, const double* b) {
-    const int n = Run.OrbitalCount;
+    const int n = Run.Basis.OrbitalCount;
     double sum = 0.0;
     double diagonal = 0.0;
     for (long long i = 0; i < n; ++i) {
@@ -61,9 +61,9 @@ static double DotOfCommutators(const double* a, const double* b) {
 
 static void UpdateMatrix(FockExtrapolation& state) {
     const int newest = state.HistorySlot - 1;
-    const double* commutator = HistoryEntry(Run.CommutatorHistory, state.HistorySlot);
+    const double* commutator = HistoryEntry(Run.Field.CommutatorHistory, state.HistorySlot);
     for (int i = 0; i < state.HistoryCount; ++i) {
-        const double dot = DotOfCommutators(HistoryEntry(Run.CommutatorHistory, i + 1), commutator);
+        const double dot = DotOfCommutators(HistoryEntry(Run.Field.CommutatorHistory, i + 1), commutator);
         state.Matrix[i][newest] = dot;
         state.Matrix[newest][i] = dot;
     }
@@ -89,12 +89,12 @@ static void PackScaledMatrix(const FockExtrapolation& state, double newest, doub
 // The sum of the stored Fock matrices with the negated last row of the inverse, in the order of the slots.
 static void CombineFockMatrices(const double* lastRow, int count) {
     const long long size = SquareSize();
-    std::fill(Run.FockMatrix, Run.FockMatrix + size, 0.0);
+    std::fill(Run.Field.FockMatrix, Run.Field.FockMatrix + size, 0.0);
     for (int k = 0; k < count; ++k) {
         const double coefficient = -lastRow[k];
-        const double* stored = HistoryEntry(Run.FockHistory, k + 1);
+        const double* stored = HistoryEntry(Run.Field.FockHistory, k + 1);
         for (long long i = 0; i < size; ++i) {
-            Run.FockMatrix[i] += coefficient * stored[i];
+            Run.Field.FockMatrix[i] += coefficient * stored[i];
         }
         PollMessages(static_cast<int>(std::min<long long>(size, 1 << 30)));
     }
@@ -102,11 +102,12 @@ static void CombineFockMatrices(const double* lastRow, int count) {
 
 double ExtrapolateFock(FockExtrapolation& state) {
     AdvanceHistory(state);
-    std::copy(Run.FockMatrix, Run.FockMatrix + SquareSize(), HistoryEntry(Run.FockHistory, state.HistorySlot));
-    StoreCommutator(HistoryEntry(Run.CommutatorHistory, state.HistorySlot));
+    std::copy(Run.Field.FockMatrix, Run.Field.FockMatrix + SquareSize(),
+              HistoryEntry(Run.Field.FockHistory, state.HistorySlot));
+    StoreCommutator(HistoryEntry(Run.Field.CommutatorHistory, state.HistorySlot));
     UpdateMatrix(state);
     const double newest = state.Matrix[state.HistorySlot - 1][state.HistorySlot - 1];
-    const long long pairs = static_cast<long long>(Run.OrbitalCount) * (Run.OrbitalCount - 1) / 2;
+    const long long pairs = static_cast<long long>(Run.Basis.OrbitalCount) * (Run.Basis.OrbitalCount - 1) / 2;
     const double measure = newest / static_cast<double>(pairs);
 
     double packed[(HistoryLength + 1) * (HistoryLength + 1)];

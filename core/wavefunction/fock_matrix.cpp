@@ -2,7 +2,6 @@
 // Builds the closed-shell Fock matrix.
 #include "wavefunction/fock_matrix.h"
 
-#include "files/parameter_files.h"
 #include "ground/message_poll.h"
 #include "molecule/selected_atoms.h"
 #include "numerics/dense_kernels.h"
@@ -12,15 +11,15 @@ static constexpr double Third = 0.3333333333333;  // on purpose thirteen threes,
 static constexpr double TwentyFifth = 0.04;
 
 static void SubtractExchange(double* fock) {
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     for (long long row = 0; row < n; ++row) {
-        const double* q = Run.HalfDensity + row * n;
-        const double* gamma = Run.GammaMatrix + row * n;
+        const double* q = Run.Field.HalfDensity + row * n;
+        const double* gamma = Run.Field.GammaMatrix + row * n;
         double* f = fock + row * n;
         for (long long k = 0; k < n; ++k) {
             f[k] -= q[k] * gamma[k];
         }
-        PollMessages(Run.OrbitalCount);
+        PollMessages(Run.Basis.OrbitalCount);
     }
 }
 
@@ -48,34 +47,35 @@ static void AddExchangeOfAtom(const AtomBlock& fock, const AtomBlock& p, const A
 
 // Capping atoms and the second row take part, hydrogen and helium don't.
 static void AddOneCentreExchange(double* fock) {
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
         if (atom.AtomicNumber >= 3) {
-            const AtomTypeParameters& parameters = Run.ActiveParameters[atom.AtomType];
-            const OrbitalRange& range = Run.OrbitalRanges[place];
-            AddExchangeOfAtom(BlockOf(fock, range), BlockOf(Run.TotalDensity, range), BlockOf(Run.HalfDensity, range),
-                              parameters.SlaterCondonG1 * Third, parameters.SlaterCondonF2 * TwentyFifth);
+            const AtomTypeParameters& parameters = Run.Parameters.ActiveParameters[atom.AtomType];
+            const OrbitalRange& range = Run.Basis.OrbitalRanges[place];
+            AddExchangeOfAtom(BlockOf(fock, range), BlockOf(Run.Field.TotalDensity, range),
+                              BlockOf(Run.Field.HalfDensity, range), parameters.SlaterCondonG1 * Third,
+                              parameters.SlaterCondonF2 * TwentyFifth);
         }
     }
 }
 
 // The diagonal of the density goes to the first scratch buffer, the potential that it makes to the second.
 static void AddCoulomb(double* fock) {
-    const int n = Run.OrbitalCount;
+    const int n = Run.Basis.OrbitalCount;
     const std::size_t stride = static_cast<std::size_t>(n);
     for (int nu = 0; nu < n; ++nu) {
-        Run.FirstScratch[nu] = Run.TotalDensity[static_cast<std::size_t>(nu) * (stride + 1)];
+        Run.Field.FirstScratch[nu] = Run.Field.TotalDensity[static_cast<std::size_t>(nu) * (stride + 1)];
     }
-    Kernels().DotRows(Run.GammaMatrix, stride, n, Run.FirstScratch, n, Run.SecondScratch);
+    Kernels().DotRows(Run.Field.GammaMatrix, stride, n, Run.Field.FirstScratch, n, Run.Field.SecondScratch);
     for (int mu = 0; mu < n; ++mu) {
-        fock[static_cast<std::size_t>(mu) * (stride + 1)] += Run.SecondScratch[mu];
+        fock[static_cast<std::size_t>(mu) * (stride + 1)] += Run.Field.SecondScratch[mu];
     }
     PollMessages(n * n);
 }
 
 void BuildFockMatrix(double* fock) {
     SubtractExchange(fock);
-    if (Run.SemiEmpiricalMethod == 2) {
+    if (Run.Options.SemiEmpiricalMethod == 2) {
         AddOneCentreExchange(fock);
     }
     AddCoulomb(fock);

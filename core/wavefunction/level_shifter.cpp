@@ -13,7 +13,7 @@ static constexpr double HartreesPerElectronVolt = 0.03674930900274282;
 static constexpr double SmallestShift = 1e-10;
 
 void StartLevelShifter(LevelShifter& shifter) {
-    const bool on = Run.LevelShiftStartIteration >= 0;
+    const bool on = Run.Field.LevelShiftStartIteration >= 0;
     shifter.Shift = on ? 1.0 : 0.0;
     shifter.ShiftStep = on ? -4.44 : 0.0;
     shifter.ShiftCeiling = on ? 20.0 : 0.0;
@@ -23,10 +23,11 @@ void StartLevelShifter(LevelShifter& shifter) {
 }
 
 static void ChooseShift(LevelShifter& shifter, const ScfProgress& progress, bool* fastPhase) {
-    const double gap = (Run.OrbitalEnergies[Run.OccupiedLevels] - Run.OrbitalEnergies[Run.OccupiedLevels - 1]) *
+    const double gap = (Run.Field.OrbitalEnergies[Run.Basis.OccupiedLevels] -
+                        Run.Field.OrbitalEnergies[Run.Basis.OccupiedLevels - 1]) *
                        ElectronVoltsPerHartree;
     const double rise = progress.ElectronicEnergy - progress.EnergyBeforeLast;
-    if (!shifter.ShiftOk || Run.OccupiedLevels != Run.DoublyOccupiedLevels) {
+    if (!shifter.ShiftOk || Run.Basis.OccupiedLevels != Run.Basis.DoublyOccupiedLevels) {
         shifter.Shift += shifter.ShiftStep + gap;
     } else if (progress.ElectronicEnergy <= progress.EnergyBeforeLast) {
         shifter.Shift = -0.1;
@@ -53,19 +54,19 @@ static void LimitShift(LevelShifter& shifter, bool rose) {
 }
 
 void UpdateLevelShift(LevelShifter& shifter, const ScfProgress& progress, bool* fastPhase) {
-    if (!(std::fabs(shifter.Shift) > SmallestShift) || progress.Iteration - 1 <= Run.LevelShiftStartIteration ||
-        Run.OccupiedLevels < 1 || Run.OccupiedLevels >= Run.OrbitalCount) {
+    if (!(std::fabs(shifter.Shift) > SmallestShift) || progress.Iteration - 1 <= Run.Field.LevelShiftStartIteration ||
+        Run.Basis.OccupiedLevels < 1 || Run.Basis.OccupiedLevels >= Run.Basis.OrbitalCount) {
         return;
     }
     shifter.ShiftQuiet = shifter.ShiftQuiet || progress.DensityChange < 0.033333;
-    if (progress.Converged || progress.Iteration > Run.SCFIterationLimit + 1) {
+    if (progress.Converged || progress.Iteration > Run.Options.SCFIterationLimit + 1) {
         shifter.Shift = 0.0;
         return;
     }
     const bool rose = progress.ElectronicEnergy > progress.EnergyBeforeLast;
     ChooseShift(shifter, progress, fastPhase);
     LimitShift(shifter, rose);
-    if (Run.SCFAccelerateConvergence) {
+    if (Run.Options.SCFAccelerateConvergence) {
         shifter.Shift = shifter.ShiftOk ? 0.0 : -8.0;
     }
     if (progress.DensityChange < 0.001) {
@@ -77,25 +78,25 @@ void UpdateLevelShift(LevelShifter& shifter, const ScfProgress& progress, bool* 
 }
 
 void ApplyLevelShift(const LevelShifter& shifter) {
-    if (!(std::fabs(shifter.Shift) > SmallestShift) || Run.OccupiedLevels < 1) {
+    if (!(std::fabs(shifter.Shift) > SmallestShift) || Run.Basis.OccupiedLevels < 1) {
         return;
     }
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     const double shift = shifter.Shift * HartreesPerElectronVolt;
-    for (long long level = Run.OccupiedLevels - 1; level < n; ++level) {
-        Run.OrbitalEnergies[level] += shift;
+    for (long long level = Run.Basis.OccupiedLevels - 1; level < n; ++level) {
+        Run.Field.OrbitalEnergies[level] += shift;
     }
-    const double raised = Run.OrbitalEnergies[Run.OccupiedLevels - 1];
+    const double raised = Run.Field.OrbitalEnergies[Run.Basis.OccupiedLevels - 1];
     for (long long level = 0; level < n; ++level) {
-        if (Run.OrbitalEnergiesRaw[level] >= raised) {
-            Run.OrbitalEnergiesRaw[level] += shift;
+        if (Run.Field.OrbitalEnergiesRaw[level] >= raised) {
+            Run.Field.OrbitalEnergiesRaw[level] += shift;
         }
     }
     for (long long i = 0; i < n; ++i) {
         for (long long j = 0; j < n; ++j) {
-            Run.FockMatrix[i * n + j] += shift * Run.HalfDensity[i * n + j];
+            Run.Field.FockMatrix[i * n + j] += shift * Run.Field.HalfDensity[i * n + j];
         }
-        Run.FockMatrix[i * n + i] -= shift;
-        PollMessages(Run.OrbitalCount);
+        Run.Field.FockMatrix[i * n + i] -= shift;
+        PollMessages(Run.Basis.OrbitalCount);
     }
 }

@@ -19,9 +19,9 @@ struct OrbitalName {
 };
 
 static OrbitalName NameOf(int orbital) {
-    const int atom = Run.OrbitalAtoms[orbital];
-    return {OrbitalLabel[Run.OrbitalKinds[orbital] - 1], ElementLabel[Run.AtomRecords[atom - 1].AtomicNumber - 1],
-            atom};
+    const int atom = Run.Basis.OrbitalAtoms[orbital];
+    return {OrbitalLabel[Run.Basis.OrbitalKinds[orbital] - 1],
+            ElementLabel[Run.Molecule.AtomRecords[atom - 1].AtomicNumber - 1], atom};
 }
 
 static void ListLevelNumbers(int first, int count) {
@@ -129,37 +129,37 @@ static void ListColumnNames(int first, int count) {
 }
 
 static int ColumnsFrom(int first) {
-    const int rest = Run.OrbitalCount - first;
+    const int rest = Run.Basis.OrbitalCount - first;
     return rest < BlockColumns ? rest : BlockColumns;
 }
 
 static void ListEigenvectors() {
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     LogMessage(8257, UnitLabel);
     for (int first = 0; first < n; first += BlockColumns) {
         const int count = ColumnsFrom(first);
         ListLevelNumbers(first, count);
-        ListLevelEnergies(Run.OrbitalEnergies + first, count);
+        ListLevelEnergies(Run.Field.OrbitalEnergies + first, count);
         for (int orbital = 0; orbital < n; ++orbital) {
             double v[BlockColumns];
             for (int k = 0; k < count; ++k) {
-                v[k] = Run.MolecularOrbitals[(first + k) * n + orbital];
+                v[k] = Run.Field.MolecularOrbitals[(first + k) * n + orbital];
             }
             ListRow(orbital, v, count);
-            PollMessages(Run.OrbitalCount);
+            PollMessages(Run.Basis.OrbitalCount);
         }
     }
 }
 
 // The whole square, all rows of each block of columns.
 static void ListSquare(const double* matrix) {
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     for (int first = 0; first < n; first += BlockColumns) {
         const int count = ColumnsFrom(first);
         ListColumnNames(first, count);
         for (int orbital = 0; orbital < n; ++orbital) {
             ListRow(orbital, matrix + orbital * n + first, count);
-            PollMessages(Run.OrbitalCount);
+            PollMessages(Run.Basis.OrbitalCount);
         }
     }
 }
@@ -174,15 +174,15 @@ static void ListEveryStage(ScfStage stage) {
     switch (stage) {
     case CoreStage:
         LogMessage(8288, UnitLabel);
-        ListSquare(Run.CoreHamiltonian);
+        ListSquare(Run.Field.CoreHamiltonian);
         break;
     case FockStage:
         LogMessage(8293, UnitLabel);
-        ListSquare(Run.FockMatrix);
+        ListSquare(Run.Field.FockMatrix);
         break;
     case DensityStage:
         ListEigenvectors();
-        ListDensity(Run.HalfDensity);
+        ListDensity(Run.Field.HalfDensity);
         break;
     case FinalStage:
         break;
@@ -190,10 +190,10 @@ static void ListEveryStage(ScfStage stage) {
 }
 
 void ListScfStage(ScfStage stage) {
-    if (!Run.LogEnabled) {
+    if (!Run.Report.LogEnabled) {
         return;
     }
-    const int level = Run.LogPrintLevel;
+    const int level = Run.Options.LogPrintLevel;
     if (level == 4) {
         ListEveryStage(stage);
     }
@@ -201,6 +201,6 @@ void ListScfStage(ScfStage stage) {
         ListEigenvectors();
     }
     if (stage == FinalStage && (level == 2 || level == 3)) {
-        ListDensity(Run.TotalDensity);
+        ListDensity(Run.Field.TotalDensity);
     }
 }

@@ -2,7 +2,6 @@
 // Fills the tables by orbital.
 #include "wavefunction/orbital_tables.h"
 
-#include "files/parameter_files.h"
 #include "ground/run_state.h"
 #include "molecule/element_tables.h"
 #include "molecule/selected_atoms.h"
@@ -19,26 +18,27 @@ static double ExponentOfKind(const AtomTypeParameters& parameters, int kind) {
 static void FillOrbitals(const AtomRecord& atom, const OrbitalRange& range, const AtomTypeParameters& parameters) {
     for (int orbital = range.First; orbital <= range.Last; ++orbital) {
         const int kind = orbital - range.First + 1;
-        Run.OrbitalExponents[orbital - 1] = ExponentOfKind(parameters, kind);
-        Run.OrbitalAtoms[orbital - 1] = atom.AtomIndex + 1;
-        Run.OrbitalKinds[orbital - 1] = kind;
-        Run.OrbitalPrincipalNumbers[orbital - 1] = ValenceShellTable[atom.AtomicNumber - 1];
+        Run.Basis.OrbitalExponents[orbital - 1] = ExponentOfKind(parameters, kind);
+        Run.Basis.OrbitalAtoms[orbital - 1] = atom.AtomIndex + 1;
+        Run.Basis.OrbitalKinds[orbital - 1] = kind;
+        Run.Basis.OrbitalPrincipalNumbers[orbital - 1] = ValenceShellTable[atom.AtomicNumber - 1];
     }
 }
 
 void PrepareOrbitalTables() {
     double isolated = 0.0;
     double heat = 0.0;
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
         if (atom.AtomicNumber < 1) {
             continue;
         }
-        const AtomTypeParameters& parameters = Run.ActiveParameters[atom.AtomType];
-        isolated += Run.SemiEmpiricalMethod == 1 ? parameters.IsolatedEnergyTndo1 : parameters.IsolatedEnergyTndo2;
+        const AtomTypeParameters& parameters = Run.Parameters.ActiveParameters[atom.AtomType];
+        isolated +=
+            Run.Options.SemiEmpiricalMethod == 1 ? parameters.IsolatedEnergyTndo1 : parameters.IsolatedEnergyTndo2;
         heat += parameters.AtomHeat;
-        FillOrbitals(atom, Run.OrbitalRanges[place], parameters);
+        FillOrbitals(atom, Run.Basis.OrbitalRanges[place], parameters);
     }
-    Run.IsolatedEnergy = isolated * KcalPerElectronVolt;
-    Run.HeatOffset = heat - Run.IsolatedEnergy;
+    Run.Basis.IsolatedEnergy = isolated * KcalPerElectronVolt;
+    Run.Basis.HeatOffset = heat - Run.Basis.IsolatedEnergy;
 }

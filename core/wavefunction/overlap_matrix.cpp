@@ -2,7 +2,6 @@
 // Overlaps pair by pair: integrals in the frame of the pair, turned into the molecule's axes.
 #include "wavefunction/overlap_matrix.h"
 
-#include "files/parameter_files.h"
 #include "ground/message_poll.h"
 #include "molecule/element_tables.h"
 #include "molecule/selected_atoms.h"
@@ -139,7 +138,7 @@ static void RotateOverlaps(const LocalOverlaps& local, const OverlapRotation& ro
 // pairs of the second row come from OverlapGeneral all the same.
 static bool HasClosedForm(int codeI, int codeJ) {
     const int larger = std::max(codeI, codeJ);
-    return larger <= LastFirstRow || (larger <= LastElement && !Run.IncludeDOrbitalsForSecondRow);
+    return larger <= LastFirstRow || (larger <= LastElement && !Run.Options.IncludeDOrbitalsForSecondRow);
 }
 
 static OverlapCentre MakeCentre(int code, const double* exponents) {
@@ -193,7 +192,7 @@ static int OrbitalsOf(const OrbitalRange& range) {
 
 static void CopyBlock(const OverlapBlock& block, const OrbitalRange& i, const OrbitalRange& j, double* overlap) {
     for (int a = 0; a < OrbitalsOf(i); ++a) {
-        double* row = overlap + static_cast<long long>(i.First - 1 + a) * Run.OrbitalCount + (j.First - 1);
+        double* row = overlap + static_cast<long long>(i.First - 1 + a) * Run.Basis.OrbitalCount + (j.First - 1);
         for (int b = 0; b < OrbitalsOf(j); ++b) {
             row[b] = block.Value[b][a];
         }
@@ -203,16 +202,16 @@ static void CopyBlock(const OverlapBlock& block, const OrbitalRange& i, const Or
 static void FillPair(int placeI, int placeJ, OverlapBlock* block, double* overlap) {
     const AtomRecord& i = SelectedAtom(placeI);
     const AtomRecord& j = SelectedAtom(placeJ);
-    const AtomTypeParameters& parametersI = Run.ActiveParameters[i.AtomType];
-    const AtomTypeParameters& parametersJ = Run.ActiveParameters[j.AtomType];
+    const AtomTypeParameters& parametersI = Run.Parameters.ActiveParameters[i.AtomType];
+    const AtomTypeParameters& parametersJ = Run.Parameters.ActiveParameters[j.AtomType];
     const double exponentsI[3] = {parametersI.SlaterExponentS, parametersI.SlaterExponentP,
                                   parametersI.SlaterExponentD};
     const double exponentsJ[3] = {parametersJ.SlaterExponentS, parametersJ.SlaterExponentP,
                                   parametersJ.SlaterExponentD};
     DiatomicOverlapBlock(i.AtomicNumber, j.AtomicNumber, SelectedPosition(placeI), SelectedPosition(placeJ), exponentsI,
                          exponentsJ, block);
-    const OrbitalRange& rangeI = Run.OrbitalRanges[placeI];
-    const OrbitalRange& rangeJ = Run.OrbitalRanges[placeJ];
+    const OrbitalRange& rangeI = Run.Basis.OrbitalRanges[placeI];
+    const OrbitalRange& rangeJ = Run.Basis.OrbitalRanges[placeJ];
     if (OrbitalsOf(rangeI) > OrbitalsWithoutD || OrbitalsOf(rangeJ) > OrbitalsWithoutD) {
         PermuteD(block);
     }
@@ -221,7 +220,7 @@ static void FillPair(int placeI, int placeJ, OverlapBlock* block, double* overla
 }
 
 static void SetUnitMatrix(double* matrix) {
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     std::fill_n(matrix, n * n, 0.0);
     for (long long k = 0; k < n; ++k) {
         matrix[k * n + k] = 1.0;
@@ -230,7 +229,7 @@ static void SetUnitMatrix(double* matrix) {
 
 // Copies the lower triangle to the upper one.
 static void MirrorTriangle(double* matrix) {
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     for (long long row = 0; row < n; ++row) {
         for (long long column = 0; column < row; ++column) {
             matrix[column * n + row] = matrix[row * n + column];
@@ -241,7 +240,7 @@ static void MirrorTriangle(double* matrix) {
 void BuildOverlapMatrix(double* overlap) {
     SetUnitMatrix(overlap);
     OverlapBlock block = {};
-    for (int i = 0; i < Run.SelectedAtomCount; ++i) {
+    for (int i = 0; i < Run.Molecule.SelectedAtomCount; ++i) {
         for (int j = 0; j < i; ++j) {
             if (SelectedAtom(i).AtomicNumber >= 1 && SelectedAtom(j).AtomicNumber >= 1) {
                 FillPair(i, j, &block, overlap);

@@ -2,7 +2,6 @@
 // Prepares a parameter run, and validates its request, its atoms and its electron count.
 #include "wavefunction/prepare_system.h"
 
-#include "files/parameter_files.h"
 #include "ground/fatal_error.h"
 #include "ground/log.h"
 #include "ground/memory.h"
@@ -30,71 +29,71 @@ static const char* YesOrNo(int option) {
 
 // d orbitals are a matter of TNDO/1 alone.
 static void ChooseOrbitals() {
-    const bool withD = Run.IncludeDOrbitalsForSecondRow && Run.SemiEmpiricalMethod == 1;
-    if (Run.IncludeDOrbitalsForSecondRow && Run.SemiEmpiricalMethod == 2) {
+    const bool withD = Run.Options.IncludeDOrbitalsForSecondRow && Run.Options.SemiEmpiricalMethod == 1;
+    if (Run.Options.IncludeDOrbitalsForSecondRow && Run.Options.SemiEmpiricalMethod == 2) {
         Warning(16384);
     }
     std::fill(OrbitalCountTable + FirstThirdRow - 1, OrbitalCountTable + LastElement,
               withD ? OrbitalsWithD : OrbitalsWithoutD);
-    for (int place = 0; withD && place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; withD && place < Run.Molecule.SelectedAtomCount; ++place) {
         const int code = SelectedAtom(place).AtomicNumber;
         if (code >= FirstThirdRow && code <= LastElement) {
-            Run.QuantumSelection.LastOrbital += OrbitalsWithD - OrbitalsWithoutD;
-            Run.OrbitalCount += OrbitalsWithD - OrbitalsWithoutD;
+            Run.Molecule.QuantumSelection.LastOrbital += OrbitalsWithD - OrbitalsWithoutD;
+            Run.Basis.OrbitalCount += OrbitalsWithD - OrbitalsWithoutD;
         }
     }
 }
 
 // The flags beside method and multiplicity have no key in the input; they are tested all the same.
 static void CheckRequest() {
-    if (Run.SemiEmpiricalMethod != 1 && Run.SemiEmpiricalMethod != 2) {
+    if (Run.Options.SemiEmpiricalMethod != 1 && Run.Options.SemiEmpiricalMethod != 2) {
         FatalError(24640);
     }
-    if (Run.SpinMultiplicity != 1) {
+    if (Run.Options.SpinMultiplicity != 1) {
         FatalError(24641);
     }
-    if (Run.NextLowestState) {
+    if (Run.Options.NextLowestState) {
         FatalError(24642);
     }
-    if (Run.ConfigurationInteraction) {
+    if (Run.Options.ConfigurationInteraction) {
         FatalError(24643);
     }
-    if (Run.GeometryRun) {
+    if (Run.Options.GeometryRun) {
         FatalError(24644);
     }
-    if (Run.RestraintsPresent) {
+    if (Run.Options.RestraintsPresent) {
         Warning(16385);
     }
 }
 
 static void CheckRealAtoms() {
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         if (SelectedAtom(place).AtomicNumber > 0) {
             return;
         }
     }
-    if (Run.SelectedAtomCount == Run.AtomCount) {
+    if (Run.Molecule.SelectedAtomCount == Run.Molecule.AtomCount) {
         FatalError(24645);
     }
     FatalError(24646);
 }
 
 static void ListOptions() {
-    LogMessage(8192, static_cast<double>(Run.SCFConvergenceLimit), Run.SCFIterationLimit);
-    LogMessage(8193, YesOrNo(Run.SCFAccelerateConvergence));
-    LogMessage(8208, YesOrNo(Run.IncludeDOrbitalsForSecondRow));
-    if (Run.CalculateShielding) {
-        LogMessage(8209, YesOrNo(Run.ModifySlaterExponents));
-        LogMessage(8210, YesOrNo(Run.ComputeThreeCenterTerms));
+    LogMessage(8192, static_cast<double>(Run.Options.SCFConvergenceLimit), Run.Options.SCFIterationLimit);
+    LogMessage(8193, YesOrNo(Run.Options.SCFAccelerateConvergence));
+    LogMessage(8208, YesOrNo(Run.Options.IncludeDOrbitalsForSecondRow));
+    if (Run.Options.CalculateShielding) {
+        LogMessage(8209, YesOrNo(Run.Options.ModifySlaterExponents));
+        LogMessage(8210, YesOrNo(Run.Options.ComputeThreeCenterTerms));
     }
-    if (Run.CalculateSpectra) {
-        LogMessage(8212, Run.NMRFrequency);
+    if (Run.Options.CalculateSpectra) {
+        LogMessage(8212, Run.Options.NMRFrequency);
     }
 }
 
 static void ScaleCoordinates() {
-    for (int i = 0; i < Run.AtomCount; ++i) {
-        for (double& coordinate : Run.AtomCoordinates[i].Position) {
+    for (int i = 0; i < Run.Molecule.AtomCount; ++i) {
+        for (double& coordinate : Run.Molecule.AtomCoordinates[i].Position) {
             coordinate *= BohrsPerAngstrom;
         }
     }
@@ -106,35 +105,35 @@ static void CheckAtom(const AtomRecord& atom, int lastCode, int offset) {
     if (atom.AtomicNumber > lastCode) {
         FatalError(24647, atom.AtomicNumber - offset, LastElement);
     }
-    if (atom.AtomType >= Run.AtomTypeCount) {
+    if (atom.AtomType >= Run.Parameters.AtomTypeCount) {
         FatalError(24648, atom.AtomType, atom.AtomIndex + 1);
     }
 }
 
 static void CheckAtoms() {
-    for (int i = 0; i < Run.AtomCount; ++i) {
-        if (Run.AtomRecords[i].SelectionState == 1) {
-            CheckAtom(Run.AtomRecords[i], LastEnvironmentElement, 0);
+    for (int i = 0; i < Run.Molecule.AtomCount; ++i) {
+        if (Run.Molecule.AtomRecords[i].SelectionState == 1) {
+            CheckAtom(Run.Molecule.AtomRecords[i], LastEnvironmentElement, 0);
         }
         YieldMessages();
     }
-    const int selected = Run.SelectedAtomCount - Run.CappingAtomCount;
+    const int selected = Run.Molecule.SelectedAtomCount - Run.Molecule.CappingAtomCount;
     for (int place = 0; place < selected; ++place) {
         CheckAtom(SelectedAtom(place), LastElement, 0);
     }
-    for (int place = selected; place < Run.SelectedAtomCount; ++place) {
+    for (int place = selected; place < Run.Molecule.SelectedAtomCount; ++place) {
         CheckAtom(SelectedAtom(place), LastElementCode, LastElement);
-        SelectedAtom(place).AtomType += Run.AtomTypeCount;  // the capping half of the parameter tables
+        SelectedAtom(place).AtomType += Run.Parameters.AtomTypeCount;  // the capping half of the parameter tables
     }
 }
 
 static void CheckCouplingAtoms() {
-    for (int i = 0; i < Run.NMRAtomCount; ++i) {
-        const int number = Run.NMRAtomList[i];
-        if (number < 1 || number > Run.AtomCount) {
+    for (int i = 0; i < Run.Molecule.NMRAtomCount; ++i) {
+        const int number = Run.Molecule.NMRAtomList[i];
+        if (number < 1 || number > Run.Molecule.AtomCount) {
             FatalError(24650, number);
         }
-        if (Run.AtomRecords[number - 1].SelectionState == 1) {
+        if (Run.Molecule.AtomRecords[number - 1].SelectionState == 1) {
             Warning(16435, number);
         }
     }
@@ -143,137 +142,139 @@ static void CheckCouplingAtoms() {
 // Core charges and orbitals of the atoms of the list; a lone pair has neither.
 static double CountOrbitals() {
     double coreCharge = 0.0;
-    Run.OrbitalCount = 0;
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    Run.Basis.OrbitalCount = 0;
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const int code = SelectedAtom(place).AtomicNumber;
-        OrbitalRange& range = Run.OrbitalRanges[place];
+        OrbitalRange& range = Run.Basis.OrbitalRanges[place];
         const int orbitals = code > 0 ? OrbitalCountTable[code - 1] : 0;
-        range.First = Run.OrbitalCount + 1;
-        range.LastSP = Run.OrbitalCount + std::min(orbitals, OrbitalsWithoutD);
-        range.Last = Run.OrbitalCount + orbitals;
-        Run.OrbitalCount = range.Last;
+        range.First = Run.Basis.OrbitalCount + 1;
+        range.LastSP = Run.Basis.OrbitalCount + std::min(orbitals, OrbitalsWithoutD);
+        range.Last = Run.Basis.OrbitalCount + orbitals;
+        Run.Basis.OrbitalCount = range.Last;
         coreCharge += code > 0 ? CoreChargeTable[code - 1] : 0.0;
     }
     return coreCharge;
 }
 
 void CountElectrons() {
-    const long long electrons = static_cast<long long>(CountOrbitals()) - Run.TotalCharge;
+    const long long electrons = static_cast<long long>(CountOrbitals()) - Run.Options.TotalCharge;
     if (electrons < 0) {
         FatalError(24672);
     }
-    if (electrons + 1 < Run.SpinMultiplicity) {
+    if (electrons + 1 < Run.Options.SpinMultiplicity) {
         FatalError(24673);
     }
-    if ((electrons + 1) / 2 > Run.OrbitalCount) {
+    if ((electrons + 1) / 2 > Run.Basis.OrbitalCount) {
         FatalError(24674);
     }
-    Run.ElectronCount = static_cast<int>(electrons);
-    if (Run.SpinMultiplicity == 0) {
+    Run.Basis.ElectronCount = static_cast<int>(electrons);
+    if (Run.Options.SpinMultiplicity == 0) {
         FatalError(24675);
     }
-    if (Run.SpinMultiplicity == 1 && Run.ElectronCount % 2 != 0) {
+    if (Run.Options.SpinMultiplicity == 1 && Run.Basis.ElectronCount % 2 != 0) {
         FatalError(24676);
     }
-    if (Run.LogEnabled) {
+    if (Run.Report.LogEnabled) {
         LogMessage(8197);
-        LogMessage(8196, Run.ElectronCount);
+        LogMessage(8196, Run.Basis.ElectronCount);
     }
-    Run.DoublyOccupiedLevels = Run.ElectronCount / 2;
-    const int openLevels = Run.ElectronCount % 2;
-    if (Run.DoublyOccupiedLevels < 0) {
+    Run.Basis.DoublyOccupiedLevels = Run.Basis.ElectronCount / 2;
+    const int openLevels = Run.Basis.ElectronCount % 2;
+    if (Run.Basis.DoublyOccupiedLevels < 0) {
         FatalError(24677);
     }
-    if (Run.DoublyOccupiedLevels + openLevels > Run.OrbitalCount) {
+    if (Run.Basis.DoublyOccupiedLevels + openLevels > Run.Basis.OrbitalCount) {
         FatalError(24678);
     }
-    if (Run.LogEnabled) {
+    if (Run.Report.LogEnabled) {
         LogMessage(8194);
         LogMessage(8195);
-        LogMessage(8198, Run.DoublyOccupiedLevels);
-        LogMessage(8201, Run.TotalCharge, Run.OrbitalCount);
+        LogMessage(8198, Run.Basis.DoublyOccupiedLevels);
+        LogMessage(8201, Run.Options.TotalCharge, Run.Basis.OrbitalCount);
     }
-    Run.OccupiedLevels = Run.DoublyOccupiedLevels + openLevels;
+    Run.Basis.OccupiedLevels = Run.Basis.DoublyOccupiedLevels + openLevels;
 }
 
 void ValidateSystem() {
     CheckRequest();
     CheckRealAtoms();
-    if (Run.LogEnabled) {
+    if (Run.Report.LogEnabled) {
         ListOptions();
     }
     ScaleCoordinates();
     CheckAtoms();
-    if (Run.CalculateCoupling) {
+    if (Run.Options.CalculateCoupling) {
         CheckCouplingAtoms();
     }
-    if (Run.CalculateShielding) {
-        CheckParameters(Run.ParameterFileShielding, "nmr_shft.abp");
+    if (Run.Options.CalculateShielding) {
+        CheckParameters(Run.Parameters.ParameterFileShielding, "nmr_shft.abp");
     }
-    if (Run.CalculateCoupling) {
-        CheckParameters(Run.ParameterFileCoupling, "nmr_cupl.abp");
+    if (Run.Options.CalculateCoupling) {
+        CheckParameters(Run.Parameters.ParameterFileCoupling, "nmr_cupl.abp");
     }
     CountElectrons();
     LogMessage(8552);  // on purpose an id without text: an empty line
-    if (Run.SemiEmpiricalMethod == 1) {
-        LogProgress(4096, Run.OrbitalCount);
+    if (Run.Options.SemiEmpiricalMethod == 1) {
+        LogProgress(4096, Run.Basis.OrbitalCount);
     } else {
-        LogProgress(4097, Run.OrbitalCount);
+        LogProgress(4097, Run.Basis.OrbitalCount);
     }
     LogMessage(8552);
 }
 
 template <class Visitor> static void VisitWavefunction(Visitor& visit) {
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     const long long square = n * n;
     const long long padded = (n + n % 2) * n;
-    visit(Run.OrbitalExponents, n);
-    visit(Run.OrbitalAtoms, n);
-    visit(Run.OrbitalKinds, n);
-    visit(Run.OrbitalPrincipalNumbers, n);
-    visit(Run.CoreHamiltonian, square);
-    visit(Run.GammaMatrix, square);
-    visit(Run.FirstScratch, std::max(padded, static_cast<long long>(Run.NMRAtomCount) * Run.SelectedAtomCount));
-    visit(Run.SecondScratch, padded);
-    visit(Run.FockMatrix, padded);
-    visit(Run.MolecularOrbitals, padded);
-    visit(Run.HalfDensity, square);
-    visit(Run.TotalDensity, square);
-    visit(Run.PreviousDensity, square);
-    visit(Run.DiagonalHistory, n);
-    visit(Run.CoreDiagonal, n);
-    visit(Run.OrbitalEnergiesRaw, n);
-    visit(Run.OrbitalEnergies, n);
-    if (Run.SCFAccelerateConvergence) {
-        visit(Run.CommutatorHistory, HistoryLength * square);
-        visit(Run.FockHistory, HistoryLength * square);
+    visit(Run.Basis.OrbitalExponents, n);
+    visit(Run.Basis.OrbitalAtoms, n);
+    visit(Run.Basis.OrbitalKinds, n);
+    visit(Run.Basis.OrbitalPrincipalNumbers, n);
+    visit(Run.Field.CoreHamiltonian, square);
+    visit(Run.Field.GammaMatrix, square);
+    visit(Run.Field.FirstScratch,
+          std::max(padded, static_cast<long long>(Run.Molecule.NMRAtomCount) * Run.Molecule.SelectedAtomCount));
+    visit(Run.Field.SecondScratch, padded);
+    visit(Run.Field.FockMatrix, padded);
+    visit(Run.Field.MolecularOrbitals, padded);
+    visit(Run.Field.HalfDensity, square);
+    visit(Run.Field.TotalDensity, square);
+    visit(Run.Field.PreviousDensity, square);
+    visit(Run.Field.DiagonalHistory, n);
+    visit(Run.Field.CoreDiagonal, n);
+    visit(Run.Field.OrbitalEnergiesRaw, n);
+    visit(Run.Field.OrbitalEnergies, n);
+    if (Run.Options.SCFAccelerateConvergence) {
+        visit(Run.Field.CommutatorHistory, HistoryLength * square);
+        visit(Run.Field.FockHistory, HistoryLength * square);
     }
 }
 
 template <class Visitor> static void VisitShielding(Visitor& visit) {
-    const long long atoms = Run.SelectedAtomCount;
-    const long long n = Run.OrbitalCount;
-    for (double*& density : Run.MagneticDensities) {
+    const long long atoms = Run.Molecule.SelectedAtomCount;
+    const long long n = Run.Basis.OrbitalCount;
+    for (double*& density : Run.Shielding.MagneticDensities) {
         visit(density, n * n);
     }
-    for (double*& term : Run.ShieldingTerms) {
+    for (double*& term : Run.Shielding.ShieldingTerms) {
         visit(term, atoms);
     }
-    visit(Run.ShieldingExponents, 3 * atoms);
-    visit(Run.ShieldingTotal, atoms);
-    visit(Run.ShieldingTensor, 9 * atoms);
-    visit(Run.TensorDiamagneticTwoCentre, 9 * atoms);
-    visit(Run.TensorParamagneticOneCentre, 9 * atoms);
-    visit(Run.TensorParamagneticTwoCentre, 9 * atoms);
+    visit(Run.Shielding.ShieldingExponents, 3 * atoms);
+    visit(Run.Shielding.ShieldingTotal, atoms);
+    visit(Run.Shielding.ShieldingTensor, 9 * atoms);
+    visit(Run.Shielding.TensorDiamagneticTwoCentre, 9 * atoms);
+    visit(Run.Shielding.TensorParamagneticOneCentre, 9 * atoms);
+    visit(Run.Shielding.TensorParamagneticTwoCentre, 9 * atoms);
 }
 
 template <class Visitor> static void VisitArrays(Visitor& visit) {
     VisitWavefunction(visit);
-    if (Run.CalculateShielding) {
+    if (Run.Options.CalculateShielding) {
         VisitShielding(visit);
     }
-    if (Run.CalculateCoupling) {
-        visit(Run.CouplingMatrix, static_cast<long long>(Run.NMRAtomCount) * Run.SelectedAtomCount);
+    if (Run.Options.CalculateCoupling) {
+        visit(Run.Coupling.CouplingMatrix,
+              static_cast<long long>(Run.Molecule.NMRAtomCount) * Run.Molecule.SelectedAtomCount);
     }
 }
 
@@ -282,30 +283,28 @@ template <class Visitor> static void VisitArrays(Visitor& visit) {
 static void AllocateArrays() {
     ArraySum sum;
     VisitArrays(sum);
-    if (!MemoryCanServe(sum.Bytes + EigensolverWorkBytes(Run.OrbitalCount) + DipoleFactorBytes() +
+    if (!MemoryCanServe(sum.Bytes + EigensolverWorkBytes(Run.Basis.OrbitalCount) + DipoleFactorBytes() +
                         FirstOrderWorkBytes())) {
         FatalError(24576);
     }
     ArrayAllocator allocator;
     VisitArrays(allocator);
-    if (!allocator.Complete || !ReserveEigensolverWork(Run.OrbitalCount)) {
+    if (!allocator.Complete || !ReserveEigensolverWork(Run.Basis.OrbitalCount)) {
         FatalError(24576);
     }
-    if (Run.CalculateShielding) {
-        std::fill(Run.ShieldingTotal, Run.ShieldingTotal + Run.SelectedAtomCount, 0.0);
+    if (Run.Options.CalculateShielding) {
+        std::fill(Run.Shielding.ShieldingTotal, Run.Shielding.ShieldingTotal + Run.Molecule.SelectedAtomCount, 0.0);
     }
 }
 
 void PrepareSystem() {
-    Run.PollCounter = 0;
-    Run.PollShift = PollShiftOfParameterRun;
+    Run.Report.PollCounter = 0;
+    Run.Report.PollShift = PollShiftOfParameterRun;
     ChooseOrbitals();
-    ArrayAllocator ranges;
-    ranges(Run.OrbitalRanges, Run.SelectedAtomCount);
-    if (!ranges.Complete) {
+    if (!AllocateArray(Run.Basis.OrbitalRanges, Run.Molecule.SelectedAtomCount)) {
         FatalError(24576);
     }
     ValidateSystem();
     AllocateArrays();
-    Run.ScfPassCounter = -1;
+    Run.Field.ScfPassCounter = -1;
 }

@@ -21,26 +21,26 @@ static double SmallestRotation() {
 // Fock matrix elements between empty levels (rows) and occupied levels (columns), into the first scratch buffer; the
 // occupied coefficients pass through the second one transposed, after the products of the Fock matrix.
 static void BuildOccupiedVirtualBlock() {
-    const int n = Run.OrbitalCount;
-    const int occupied = Run.OccupiedLevels;
+    const int n = Run.Basis.OrbitalCount;
+    const int occupied = Run.Basis.OccupiedLevels;
     const int empty = n - occupied;
-    double* transposed = Run.FirstScratch;                              // [n][occupied]
-    double* products = Run.SecondScratch;                               // [empty][n]
+    double* transposed = Run.Field.FirstScratch;                        // [n][occupied]
+    double* products = Run.Field.SecondScratch;                         // [empty][n]
     double* block = transposed + static_cast<long long>(n) * occupied;  // [empty][occupied]
     for (int level = 0; level < occupied; ++level) {
         for (int a = 0; a < n; ++a) {
             transposed[static_cast<long long>(a) * occupied + level] =
-                Run.MolecularOrbitals[static_cast<long long>(level) * n + a];
+                Run.Field.MolecularOrbitals[static_cast<long long>(level) * n + a];
         }
     }
-    PollingProduct(Run.MolecularOrbitals + static_cast<long long>(occupied) * n, n, Run.FockMatrix, n, products, n,
-                   empty, n, n);
+    PollingProduct(Run.Field.MolecularOrbitals + static_cast<long long>(occupied) * n, n, Run.Field.FockMatrix, n,
+                   products, n, empty, n, n);
     PollingProduct(products, n, transposed, occupied, block, occupied, empty, occupied, n);
 }
 
 // Both rows from their old values.
 static void RotateLevels(double* occupied, double* empty, double alpha, double beta) {
-    for (int a = 0; a < Run.OrbitalCount; ++a) {
+    for (int a = 0; a < Run.Basis.OrbitalCount; ++a) {
         const double old = occupied[a];
         occupied[a] = alpha * old + beta * empty[a];
         empty[a] = alpha * empty[a] - beta * old;
@@ -48,7 +48,7 @@ static void RotateLevels(double* occupied, double* empty, double alpha, double b
 }
 
 static void RotatePair(int occupied, int empty, double element) {
-    const double difference = Run.OrbitalEnergiesRaw[occupied] - Run.OrbitalEnergiesRaw[empty];
+    const double difference = Run.Field.OrbitalEnergiesRaw[occupied] - Run.Field.OrbitalEnergiesRaw[empty];
     if (std::fabs(element / difference) < SmallestRotation()) {
         return;
     }
@@ -56,16 +56,16 @@ static void RotatePair(int occupied, int empty, double element) {
     const double signedRoot = difference >= 0.0 ? root : -root;
     const double alpha = std::sqrt(0.5 * (1.0 + difference / signedRoot));
     const double size = std::sqrt(1.0 - alpha * alpha);
-    const long long n = Run.OrbitalCount;
-    RotateLevels(Run.MolecularOrbitals + occupied * n, Run.MolecularOrbitals + empty * n, alpha,
+    const long long n = Run.Basis.OrbitalCount;
+    RotateLevels(Run.Field.MolecularOrbitals + occupied * n, Run.Field.MolecularOrbitals + empty * n, alpha,
                  element >= 0.0 ? -size : size);
 }
 
 void PseudoDiagonalise() {
     BuildOccupiedVirtualBlock();
-    const int n = Run.OrbitalCount;
-    const int occupied = Run.OccupiedLevels;
-    const double* block = Run.FirstScratch + static_cast<long long>(n) * occupied;
+    const int n = Run.Basis.OrbitalCount;
+    const int occupied = Run.Basis.OccupiedLevels;
+    const double* block = Run.Field.FirstScratch + static_cast<long long>(n) * occupied;
     const long long size = static_cast<long long>(n - occupied) * occupied;
     double largest = 0.0;
     for (long long k = 0; k < size; ++k) {

@@ -18,17 +18,18 @@ static constexpr int RowLength = 5;  // numbers in a line
 
 // Population of an orbital, 0-based: a 32-bit value, as it is listed.
 static float Population(long long orbital) {
-    return RoundToSingle(Run.TotalDensity[orbital * (Run.OrbitalCount + 1)]);
+    return RoundToSingle(Run.Field.TotalDensity[orbital * (Run.Basis.OrbitalCount + 1)]);
 }
 
 static void ComputeNetCharges() {
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         AtomRecord& atom = SelectedAtom(place);
         if (atom.AtomicNumber < 1) {
             continue;
         }
         double electrons = 0.0;
-        for (int orbital = Run.OrbitalRanges[place].First; orbital <= Run.OrbitalRanges[place].Last; ++orbital) {
+        for (int orbital = Run.Basis.OrbitalRanges[place].First; orbital <= Run.Basis.OrbitalRanges[place].Last;
+             ++orbital) {
             electrons += static_cast<double>(Population(orbital - 1));
         }
         atom.AtomCharge = RoundToSingle(CoreChargeTable[atom.AtomicNumber - 1] - electrons);
@@ -36,7 +37,7 @@ static void ComputeNetCharges() {
 }
 
 static double EigenvalueInElectronVolts(int level) {
-    const float energy = RoundToSingle(Run.OrbitalEnergies[level]) * ElectronVoltsPerHartree;
+    const float energy = RoundToSingle(Run.Field.OrbitalEnergies[level]) * ElectronVoltsPerHartree;
     return static_cast<double>(energy);
 }
 
@@ -48,8 +49,8 @@ static double PopulationOf(int orbital) {
 static void ListOrbitalNumbers(double (*number)(int)) {
     int first = 0;
     double v[RowLength];
-    for (; first < Run.OrbitalCount; first += RowLength) {
-        const int count = Run.OrbitalCount - first < RowLength ? Run.OrbitalCount - first : RowLength;
+    for (; first < Run.Basis.OrbitalCount; first += RowLength) {
+        const int count = Run.Basis.OrbitalCount - first < RowLength ? Run.Basis.OrbitalCount - first : RowLength;
         for (int k = 0; k < count; ++k) {
             v[k] = number(first + k);
         }
@@ -64,16 +65,16 @@ static void ListOrbitalNumbers(double (*number)(int)) {
 
 static void ListEnergies(double total, double electronic, double core) {
     LogMessage(8468);
-    LogMessage(8516, Run.ActiveParameterFile);
+    LogMessage(8516, Run.Parameters.ActiveParameterFile);
     LogMessage(8470);
     LogMessage(8213);
     LogMessage(8214, total);
     LogMessage(8215, total * HartreesPerKcal);
-    LogMessage(8216, total - Run.IsolatedEnergy);
-    LogMessage(8217, Run.IsolatedEnergy);
+    LogMessage(8216, total - Run.Basis.IsolatedEnergy);
+    LogMessage(8217, Run.Basis.IsolatedEnergy);
     LogMessage(8224, electronic);
     LogMessage(8225, core);
-    LogMessage(8226, Run.HeatOffset + core + electronic);
+    LogMessage(8226, Run.Basis.HeatOffset + core + electronic);
 }
 
 // The test is on 18 itself, on purpose: a capping atom shows as its negated atomic number, and argon as 0.
@@ -85,7 +86,7 @@ static void ListAtoms() {
     LogMessage(8230);
     LogMessage(8231);
     LogMessage(8232);
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
         const double* position = SelectedPosition(place);
         LogMessage(8233, SelectedAtomNumber(place), ListedAtomicNumber(atom.AtomicNumber),
@@ -96,17 +97,17 @@ static void ListAtoms() {
 
 void ReportWavefunction(double electronicEnergy) {
     ComputeNetCharges();
-    const double total = (electronicEnergy + Run.CoreRepulsion) * KcalPerHartree;
-    LogProgress(4128, total - Run.IsolatedEnergy);
-    if (Run.LogEnabled) {
-        ListEnergies(total, electronicEnergy * KcalPerHartree, Run.CoreRepulsion * KcalPerHartree);
+    const double total = (electronicEnergy + Run.Field.CoreRepulsion) * KcalPerHartree;
+    LogProgress(4128, total - Run.Basis.IsolatedEnergy);
+    if (Run.Report.LogEnabled) {
+        ListEnergies(total, electronicEnergy * KcalPerHartree, Run.Field.CoreRepulsion * KcalPerHartree);
         LogMessage(8227);
         ListOrbitalNumbers(EigenvalueInElectronVolts);
         LogMessage(8229);
         ListOrbitalNumbers(PopulationOf);
         ListAtoms();
     }
-    if (Run.LogPrintLevel != 10) {
+    if (Run.Options.LogPrintLevel != 10) {
         ComputeDipole();
         LogMessage(8552);  // on purpose an id without text: an empty line
         LogMessage(8470);

@@ -21,25 +21,25 @@ static constexpr int LargestValueLines = 10;   // of one quantity
 // What ended at the limit.
 static void AppendLimitLine(const char* what, int leastLimit, double difference, double limit, const char* unit) {
     char last[LineRoom / 3] = "no difference was formed";
-    if (Run.SCFIterationLimit >= leastLimit && std::isfinite(difference)) {
+    if (Run.Options.SCFIterationLimit >= leastLimit && std::isfinite(difference)) {
         std::snprintf(last, sizeof last, "last difference %.6g%s", difference, unit);
-    } else if (Run.SCFIterationLimit >= leastLimit) {
+    } else if (Run.Options.SCFIterationLimit >= leastLimit) {
         std::snprintf(last, sizeof last, "last difference not finite");
     }
     char line[LineRoom];
     std::snprintf(line, sizeof line, "CAUTION: %s ended at the limit of %d iterations: %s, limit %.6g%s.", what,
-                  Run.SCFIterationLimit, last, limit, unit);
+                  Run.Options.SCFIterationLimit, last, limit, unit);
     LogAppend(line);
 }
 
 void CautionAboutField(double difference, double limit) {
     char what[LineRoom / 3];
-    std::snprintf(what, sizeof what, "field with %s", Run.ActiveParameterFile);
+    std::snprintf(what, sizeof what, "field with %s", Run.Parameters.ActiveParameterFile);
     AppendLimitLine(what, FieldDifferences, difference, limit, " kcal/mol");
 }
 
 static bool LevelsCanRespond() {
-    return Run.DoublyOccupiedLevels > 0 && Run.DoublyOccupiedLevels < Run.OrbitalCount;
+    return Run.Basis.DoublyOccupiedLevels > 0 && Run.Basis.DoublyOccupiedLevels < Run.Basis.OrbitalCount;
 }
 
 void CautionAboutContactResponse(int atomNumber, double difference, double limit) {
@@ -87,12 +87,12 @@ static void AppendPairLine(const char* word, const DoubtfulPairs& pairs, const c
 
 // Lone pairs are left out: they belong near their atom, and have no overlaps.
 void CautionAboutDistances() {
-    if (!Run.LogEnabled) {
+    if (!Run.Report.LogEnabled) {
         return;
     }
     DoubtfulPairs farPairs = {};
     DoubtfulPairs nearPairs = {};
-    for (int i = 0; i < Run.SelectedAtomCount; ++i) {
+    for (int i = 0; i < Run.Molecule.SelectedAtomCount; ++i) {
         for (int j = 0; j < i; ++j) {
             if (!HasOrbitals(i) || !HasOrbitals(j)) {
                 continue;
@@ -114,9 +114,10 @@ void CautionAboutDistances() {
 // The row of the NMR atom at a place of the list; -1 if it is none, or has no values.
 static int NMRRowOf(int place) {
     const int number = SelectedAtomNumber(place);
-    const int* end = Run.NMRAtomList + Run.NMRAtomCount;
-    const int* found = HasOrbitals(place) ? std::find(static_cast<const int*>(Run.NMRAtomList), end, number) : end;
-    return found == end ? -1 : static_cast<int>(found - Run.NMRAtomList);
+    const int* end = Run.Molecule.NMRAtomList + Run.Molecule.NMRAtomCount;
+    const int* found =
+        HasOrbitals(place) ? std::find(static_cast<const int*>(Run.Molecule.NMRAtomList), end, number) : end;
+    return found == end ? -1 : static_cast<int>(found - Run.Molecule.NMRAtomList);
 }
 
 static bool AllFinite(const double* values, int count) {
@@ -124,17 +125,17 @@ static bool AllFinite(const double* values, int count) {
 }
 
 static bool ShieldingIsFinite(int, int place) {
-    return std::isfinite(Run.ShieldingTotal[place]);
+    return std::isfinite(Run.Shielding.ShieldingTotal[place]);
 }
 
 static bool TensorIsFinite(int, int place) {
-    return AllFinite(Run.ShieldingTensor + 9LL * place, 9) &&
-           AllFinite(Run.TensorDiamagneticTwoCentre + 9LL * place, 5);
+    return AllFinite(Run.Shielding.ShieldingTensor + 9LL * place, 9) &&
+           AllFinite(Run.Shielding.TensorDiamagneticTwoCentre + 9LL * place, 5);
 }
 
 static bool CouplingsAreFinite(int row, int) {
-    const double* values = Run.CouplingMatrix + static_cast<long long>(row) * Run.SelectedAtomCount;
-    for (int partner = 0; partner < Run.SelectedAtomCount; ++partner) {
+    const double* values = Run.Coupling.CouplingMatrix + static_cast<long long>(row) * Run.Molecule.SelectedAtomCount;
+    for (int partner = 0; partner < Run.Molecule.SelectedAtomCount; ++partner) {
         if (!std::isfinite(values[partner]) && NMRRowOf(partner) >= 0) {
             return false;
         }
@@ -145,14 +146,14 @@ static bool CouplingsAreFinite(int row, int) {
 static void CautionAboutValues(const char* quantity, bool (*isFinite)(int row, int place)) {
     int count = 0;
     char line[LineRoom];
-    for (int place = 0; place < Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const int row = NMRRowOf(place);
         if (row >= 0 && !isFinite(row, place) && ++count <= LargestValueLines) {
             std::snprintf(line, sizeof line, "CAUTION: value not finite: %s of atom %d.", quantity,
                           SelectedAtomNumber(place));
             LogAppend(line);
         }
-        PollMessages(Run.NMRAtomCount);
+        PollMessages(Run.Molecule.NMRAtomCount);
     }
     if (count > LargestValueLines) {
         std::snprintf(line, sizeof line, "CAUTION: value not finite: %s of %d more atoms.", quantity,
@@ -162,16 +163,16 @@ static void CautionAboutValues(const char* quantity, bool (*isFinite)(int row, i
 }
 
 void CautionAboutShieldings() {
-    if (Run.LogEnabled) {
+    if (Run.Report.LogEnabled) {
         CautionAboutValues("shielding", ShieldingIsFinite);
     }
-    if (Run.LogEnabled && Run.CalculateShieldTensor) {
+    if (Run.Report.LogEnabled && Run.Options.CalculateShieldTensor) {
         CautionAboutValues("shielding tensor", TensorIsFinite);
     }
 }
 
 void CautionAboutCouplings() {
-    if (Run.LogEnabled) {
+    if (Run.Report.LogEnabled) {
         CautionAboutValues("couplings", CouplingsAreFinite);
     }
 }

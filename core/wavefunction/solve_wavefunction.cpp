@@ -48,15 +48,15 @@ struct ScfState {
 };
 
 static long long SquareSize() {
-    return static_cast<long long>(Run.OrbitalCount) * Run.OrbitalCount;
+    return static_cast<long long>(Run.Basis.OrbitalCount) * Run.Basis.OrbitalCount;
 }
 
 static bool ListsMatrices() {
-    return Run.LogPrintLevel < LogOff;
+    return Run.Options.LogPrintLevel < LogOff;
 }
 
 static void SetUnitMatrix(double* matrix, double diagonal) {
-    const long long n = Run.OrbitalCount;
+    const long long n = Run.Basis.OrbitalCount;
     std::fill(matrix, matrix + n * n, 0.0);
     for (long long i = 0; i < n; ++i) {
         matrix[i * n + i] = diagonal;
@@ -65,11 +65,11 @@ static void SetUnitMatrix(double* matrix, double diagonal) {
 
 // One electron in every orbital, whatever the number of electrons.
 static void StartDensity() {
-    SetUnitMatrix(Run.TotalDensity, 1.0);
-    SetUnitMatrix(Run.HalfDensity, 0.5);
-    SetUnitMatrix(Run.MolecularOrbitals, 1.0);
-    SetUnitMatrix(Run.PreviousDensity, 0.5);
-    std::fill(Run.DiagonalHistory, Run.DiagonalHistory + Run.OrbitalCount, 0.0);
+    SetUnitMatrix(Run.Field.TotalDensity, 1.0);
+    SetUnitMatrix(Run.Field.HalfDensity, 0.5);
+    SetUnitMatrix(Run.Field.MolecularOrbitals, 1.0);
+    SetUnitMatrix(Run.Field.PreviousDensity, 0.5);
+    std::fill(Run.Field.DiagonalHistory, Run.Field.DiagonalHistory + Run.Basis.OrbitalCount, 0.0);
 }
 
 static void StartState(ScfState& state) {
@@ -77,17 +77,17 @@ static void StartState(ScfState& state) {
     state.PreviousEnergy = 99.0;
     state.DensityChange = 1.0;
     state.Extrapolation.ResetHistory = true;
-    state.ConvergenceLimit = static_cast<double>(Run.SCFConvergenceLimit);
+    state.ConvergenceLimit = static_cast<double>(Run.Options.SCFConvergenceLimit);
     state.ExactLimit = 100.0 * state.ConvergenceLimit;
     StartLevelShifter(state.Shifter);
 }
 
 static void SetUp() {
     ComputeReferencePoint();
-    ++Run.ScfPassCounter;
-    BuildOverlapMatrix(Run.CoreHamiltonian);
-    BuildGammaMatrix(Run.GammaMatrix);
-    BuildCoreHamiltonian(Run.CoreHamiltonian, Run.GammaMatrix);
+    ++Run.Field.ScfPassCounter;
+    BuildOverlapMatrix(Run.Field.CoreHamiltonian);
+    BuildGammaMatrix(Run.Field.GammaMatrix);
+    BuildCoreHamiltonian(Run.Field.CoreHamiltonian, Run.Field.GammaMatrix);
     StartDensity();
     if (ListsMatrices()) {
         ListScfStage(CoreStage);
@@ -100,28 +100,28 @@ static void FormFockMatrix(ScfState& state) {
     const ScfProgress progress = {state.IterationNumber, state.ScfConverged, state.PreviousEnergy,
                                   state.EnergyBeforeLast, state.DensityChange};
     UpdateLevelShift(state.Shifter, progress, &state.FastPhase);
-    std::copy(Run.CoreHamiltonian, Run.CoreHamiltonian + SquareSize(), Run.FockMatrix);
+    std::copy(Run.Field.CoreHamiltonian, Run.Field.CoreHamiltonian + SquareSize(), Run.Field.FockMatrix);
     ApplyLevelShift(state.Shifter);
-    if (state.IterationNumber == 1 && Run.ScfPassCounter < 1) {
-        for (long long i = 0; i < Run.OrbitalCount; ++i) {
-            Run.FockMatrix[i * Run.OrbitalCount + i] = Run.CoreDiagonal[i];
+    if (state.IterationNumber == 1 && Run.Field.ScfPassCounter < 1) {
+        for (long long i = 0; i < Run.Basis.OrbitalCount; ++i) {
+            Run.Field.FockMatrix[i * Run.Basis.OrbitalCount + i] = Run.Field.CoreDiagonal[i];
         }
     } else {
-        BuildFockMatrix(Run.FockMatrix);
+        BuildFockMatrix(Run.Field.FockMatrix);
     }
 }
 
 // Half the electronic energy: 0.5 times the sum over all elements of (H + F) Q, row by row.
 static double HalfEnergy() {
-    const int n = Run.OrbitalCount;
+    const int n = Run.Basis.OrbitalCount;
     const std::size_t stride = static_cast<std::size_t>(n);
     double sum = 0.0;
     for (std::size_t row = 0; row < stride; ++row) {
-        const double* density = Run.HalfDensity + row * stride;
+        const double* density = Run.Field.HalfDensity + row * stride;
         double core;
         double fock;
-        Kernels().DotRows(Run.CoreHamiltonian + row * stride, stride, 1, density, n, &core);
-        Kernels().DotRows(Run.FockMatrix + row * stride, stride, 1, density, n, &fock);
+        Kernels().DotRows(Run.Field.CoreHamiltonian + row * stride, stride, 1, density, n, &core);
+        Kernels().DotRows(Run.Field.FockMatrix + row * stride, stride, 1, density, n, &fock);
         sum += core + fock;
         PollMessages(n);
     }
@@ -130,7 +130,7 @@ static double HalfEnergy() {
 
 static void Diagonalise(ScfState& state) {
     if (state.FastPhase) {
-        if (Run.SCFAccelerateConvergence) {
+        if (Run.Options.SCFAccelerateConvergence) {
             state.DensityChange = ExtrapolateFock(state.Extrapolation);
         }
         if (!state.ExactPhase) {
@@ -138,24 +138,25 @@ static void Diagonalise(ScfState& state) {
             return;
         }
     }
-    SolveEigenproblem(Run.FockMatrix, Run.MolecularOrbitals, Run.OrbitalEnergiesRaw, Run.OrbitalCount);
+    SolveEigenproblem(Run.Field.FockMatrix, Run.Field.MolecularOrbitals, Run.Field.OrbitalEnergiesRaw,
+                      Run.Basis.OrbitalCount);
 }
 
 static void SplitDensity() {
     const long long size = SquareSize();
     for (long long i = 0; i < size; ++i) {
-        Run.TotalDensity[i] = Run.HalfDensity[i];
-        Run.HalfDensity[i] *= 0.5;
+        Run.Field.TotalDensity[i] = Run.Field.HalfDensity[i];
+        Run.Field.HalfDensity[i] *= 0.5;
     }
-    PollMessages(Run.OrbitalCount);
+    PollMessages(Run.Basis.OrbitalCount);
 }
 
 static void UpdateDensity(ScfState& state) {
-    BuildDensity(Run.HalfDensity);
+    BuildDensity(Run.Field.HalfDensity);
     if (ListsMatrices()) {
         ListScfStage(DensityStage);
     }
-    if (!state.ExactPhase && !(state.FastPhase && Run.SCFAccelerateConvergence)) {
+    if (!state.ExactPhase && !(state.FastPhase && Run.Options.SCFAccelerateConvergence)) {
         state.DensityChange = ExtrapolateDensity(state.IterationNumber, state.DensityChange);
     }
     SplitDensity();
@@ -172,7 +173,8 @@ static void UpdatePhases(ScfState& state) {
     if (state.EnergyChange < state.ConvergenceLimit) {
         state.ScfConverged = true;
     }
-    const bool nearEnd = state.IterationNumber >= static_cast<long long>(Run.SCFIterationLimit) - NearEndIterations;
+    const bool nearEnd =
+        state.IterationNumber >= static_cast<long long>(Run.Options.SCFIterationLimit) - NearEndIterations;
     if (state.EnergyChange < state.ExactLimit || nearEnd) {
         state.ExactPhase = true;
     }
@@ -192,7 +194,7 @@ static bool Iterate(ScfState& state) {
     Diagonalise(state);
     UpdateDensity(state);
     state.ElectronicEnergy = 2.0 * halfEnergy;
-    if (state.ScfConverged || state.IterationNumber > static_cast<long long>(Run.SCFIterationLimit) + 1) {
+    if (state.ScfConverged || state.IterationNumber > static_cast<long long>(Run.Options.SCFIterationLimit) + 1) {
         return false;
     }
     state.EnergyChange = std::fabs(state.ElectronicEnergy - state.PreviousEnergy) * KcalPerHartree;

@@ -163,26 +163,26 @@ bool TakePart(const std::uint8_t*& data, std::size_t& size, const std::uint8_t*&
 }
 
 void StartRun(int kind) {
-    Run.ConsoleMode = 0;
-    Run.LogFilePath = strdup("/dev/null");
-    Run.LogEnabled = 1;
-    Run.RunKind = Run.ActiveRunKind = kind;
+    Run.Process.ConsoleMode = 0;
+    Run.Job.LogFilePath = strdup("/dev/null");
+    Run.Report.LogEnabled = 1;
+    Run.Job.RunKind = Run.Job.ActiveRunKind = kind;
     const std::string directory = std::string(CaseDirectory()) + "\\";
-    Run.ParameterDirectory = strdup(directory.c_str());
-    std::snprintf(Run.InputFilePath, FilePathSize, "input");
-    std::snprintf(Run.OutputFilePath, FilePathSize, "/dev/null");
+    Run.Job.ParameterDirectory = strdup(directory.c_str());
+    std::snprintf(Run.Job.InputFilePath, FilePathSize, "input");
+    std::snprintf(Run.Job.OutputFilePath, FilePathSize, "/dev/null");
 }
 
 // What hangs on the process and not on the run, and the messages that nobody has taken.
 static void FreeProcessData() {
-    for (char** field :
-         {&Run.ParameterField, &Run.WorkField, &Run.LogFilePath, &Run.ParameterDirectory, &Run.WorkDirectory}) {
+    for (char** field : {&Run.Job.ParameterField, &Run.Job.WorkField, &Run.Job.LogFilePath, &Run.Job.ParameterDirectory,
+                         &Run.Job.WorkDirectory}) {
         FreeArray(*field);
     }
-    FreeArray(Run.AtomTypeNames);
-    FreeArray(Run.ParameterFileShielding);
-    FreeArray(Run.ParameterFileCoupling);
-    FreeArray(Run.CouplingConstants);
+    FreeArray(Run.Parameters.AtomTypeNames);
+    FreeArray(Run.Parameters.ParameterFileShielding);
+    FreeArray(Run.Parameters.ParameterFileCoupling);
+    FreeArray(Run.Parameters.CouplingConstants);
     PlatformMessage message;
     while (TakeMessage(&message)) {
     }
@@ -193,9 +193,9 @@ void RunCase(void (*steps)()) {
     Inside = true;
     if (setjmp(Return) == 0) {
         steps();
-        Demand(Run.QuitRequested || std::count(Streams, Streams + MostStreams, nullptr) == MostStreams,
+        Demand(Run.Process.QuitRequested || std::count(Streams, Streams + MostStreams, nullptr) == MostStreams,
                "no stream is left open but by a stop");
-    } else if (Run.RunActive) {
+    } else if (Run.Process.RunActive) {
         LeaveWindowProcedure();  // the run was within the handling of its start message
     }
     Inside = false;
@@ -205,7 +205,7 @@ void RunCase(void (*steps)()) {
             file = nullptr;
         }
     }
-    Run.ActiveRunKind = SpectrumRun;  // the first call of a process would free nothing
+    Run.Job.ActiveRunKind = SpectrumRun;  // the first call of a process would free nothing
     FreeRunData();
     FreeProcessData();
 }

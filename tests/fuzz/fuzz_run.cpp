@@ -26,7 +26,7 @@ extern "C" void __real__Z22CalculateNmrParametersv();
 extern "C" int __real__Z11TakeMessageP15PlatformMessage(PlatformMessage* message);
 
 extern "C" void __wrap__Z22CalculateNmrParametersv() {
-    AsksNothing = !Run.CalculateShielding && !Run.CalculateCoupling && !Run.CalculateSpectra;
+    AsksNothing = !Run.Options.CalculateShielding && !Run.Options.CalculateCoupling && !Run.Options.CalculateSpectra;
     LeftOut = !IsSmall();
     if (LeftOut) {
         LeaveCase();
@@ -35,9 +35,9 @@ extern "C" void __wrap__Z22CalculateNmrParametersv() {
 }
 
 extern "C" int __wrap__Z11TakeMessageP15PlatformMessage(PlatformMessage* message) {
-    if (Run.RunActive && --LooksLeft == 0) {
+    if (Run.Process.RunActive && --LooksLeft == 0) {
         Stopped = true;
-        PostWindowMessage(Run.MainWindow, CloseMessage);
+        PostWindowMessage(Run.Process.MainWindow, CloseMessage);
     }
     return __real__Z11TakeMessageP15PlatformMessage(message);
 }

@@ -26,19 +26,19 @@ static void DemandFinite(const double* values, std::size_t count) {
 }
 
 static void DemandWholeTables() {
-    Demand(Run.AtomTypeCount > 0, "there are types");
-    for (int i = 0; i < Run.AtomTypeCount; ++i) {
-        const char* const name = Run.AtomTypeNames[i].Text;
+    Demand(Run.Parameters.AtomTypeCount > 0, "there are types");
+    for (int i = 0; i < Run.Parameters.AtomTypeCount; ++i) {
+        const char* const name = Run.Parameters.AtomTypeNames[i].Text;
         Demand(strnlen(name, sizeof(AtomTypeName)) <= 3, "a type has a short name");
         for (const char* c = name; *c != '\0'; ++c) {
             Demand(std::islower(static_cast<unsigned char>(*c)) == 0, "a name is in upper case");
         }
     }
-    const std::size_t entries = 2 * static_cast<std::size_t>(Run.AtomTypeCount);
+    const std::size_t entries = 2 * static_cast<std::size_t>(Run.Parameters.AtomTypeCount);
     const std::size_t numbers = sizeof(AtomTypeParameters) / sizeof(double);
-    DemandFinite(&Run.ParameterFileShielding->OrbitalEnergyS, entries * numbers);
-    DemandFinite(&Run.ParameterFileCoupling->OrbitalEnergyS, entries * numbers);
-    DemandFinite(&Run.CouplingConstants->GFactor, entries * sizeof(NuclearConstants) / sizeof(double));
+    DemandFinite(&Run.Parameters.ParameterFileShielding->OrbitalEnergyS, entries * numbers);
+    DemandFinite(&Run.Parameters.ParameterFileCoupling->OrbitalEnergyS, entries * numbers);
+    DemandFinite(&Run.Parameters.CouplingConstants->GFactor, entries * sizeof(NuclearConstants) / sizeof(double));
 }
 
 static void ReadAndPrepare() {
@@ -49,9 +49,9 @@ static void ReadAndPrepare() {
     BuildCappingAtoms();
     BuildSelectedAtomList();
     PrepareSystem();
-    Run.SemiEmpiricalMethod = 2;  // which has parameters of its own
-    CheckParameters(Run.ParameterFileShielding, "nmr_shft.abp");
-    CheckParameters(Run.ParameterFileCoupling, "nmr_cupl.abp");
+    Run.Options.SemiEmpiricalMethod = 2;  // which has parameters of its own
+    CheckParameters(Run.Parameters.ParameterFileShielding, "nmr_shft.abp");
+    CheckParameters(Run.Parameters.ParameterFileCoupling, "nmr_cupl.abp");
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -22,17 +22,18 @@ static void DemandWholeAtom(const AtomRecord& atom, const AtomPosition& position
     }
     Demand(atom.BondCount <= LargestBondCount, "an atom has few neighbours");
     for (int k = 0; k < atom.BondCount; ++k) {
-        Demand(atom.BondedAtoms[k] >= 0 && atom.BondedAtoms[k] < Run.AtomCount, "a neighbour is an atom");
+        Demand(atom.BondedAtoms[k] >= 0 && atom.BondedAtoms[k] < Run.Molecule.AtomCount, "a neighbour is an atom");
     }
 }
 
 static void DemandWholeMolecule() {
-    Demand(Run.AtomCount > 0 && Run.NMRAtomCount > 0, "there are atoms");
-    for (int i = 0; i < Run.AtomCount; ++i) {
-        DemandWholeAtom(Run.AtomRecords[i], Run.AtomCoordinates[i]);
+    Demand(Run.Molecule.AtomCount > 0 && Run.Molecule.NMRAtomCount > 0, "there are atoms");
+    for (int i = 0; i < Run.Molecule.AtomCount; ++i) {
+        DemandWholeAtom(Run.Molecule.AtomRecords[i], Run.Molecule.AtomCoordinates[i]);
     }
-    for (int i = 0; i < Run.NMRAtomCount; ++i) {
-        Demand(Run.NMRAtomList[i] >= 1 && Run.NMRAtomList[i] <= Run.AtomCount, "a selected nucleus is an atom");
+    for (int i = 0; i < Run.Molecule.NMRAtomCount; ++i) {
+        Demand(Run.Molecule.NMRAtomList[i] >= 1 && Run.Molecule.NMRAtomList[i] <= Run.Molecule.AtomCount,
+               "a selected nucleus is an atom");
     }
 }
 

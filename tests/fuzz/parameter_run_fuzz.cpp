@@ -14,10 +14,10 @@ static constexpr int MostNuclei = 6;
 static constexpr int MostIterations = 12;
 
 static bool IsSmall() {
-    Run.SCFIterationLimit = std::min(Run.SCFIterationLimit, MostIterations);
-    const bool threeCentres = Run.CalculateShielding && Run.ComputeThreeCenterTerms;
-    return Run.AtomCount <= MostAtoms && Run.NMRAtomCount <= MostNuclei &&
-           Run.OrbitalCount <= (threeCentres ? MostOrbitalsOfThreeCentres : MostOrbitals);
+    Run.Options.SCFIterationLimit = std::min(Run.Options.SCFIterationLimit, MostIterations);
+    const bool threeCentres = Run.Options.CalculateShielding && Run.Options.ComputeThreeCenterTerms;
+    return Run.Molecule.AtomCount <= MostAtoms && Run.Molecule.NMRAtomCount <= MostNuclei &&
+           Run.Basis.OrbitalCount <= (threeCentres ? MostOrbitalsOfThreeCentres : MostOrbitals);
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -12,16 +12,19 @@ static const std::uint8_t* Data;
 static std::size_t Size;
 
 static void DemandWholeSystem() {
-    const int n = Run.SpinGroupCount;
+    const int n = Run.Spins.SpinGroupCount;
     Demand(n > 0, "there are groups");
-    Demand(Run.NMRFrequency != 0.0, "there is a frequency");
-    Demand(Run.MinimalIntensity > 1e-8 && std::isfinite(Run.MinimalIntensity), "the minimal intensity is in its range");
+    Demand(Run.Options.NMRFrequency != 0.0, "there is a frequency");
+    Demand(Run.Options.MinimalIntensity > 1e-8 && std::isfinite(Run.Options.MinimalIntensity),
+           "the minimal intensity is in its range");
     for (int i = 0; i < n; ++i) {
-        Demand(Run.NucleiInGroup[i] >= 0 && Run.NucleiInGroup[i] <= LargestGroup, "a group has a size in range");
-        Demand(CanBeRounded(Run.ChemicalShifts[i]), "a shift can be rounded");
+        Demand(Run.Spins.NucleiInGroup[i] >= 0 && Run.Spins.NucleiInGroup[i] <= LargestGroup,
+               "a group has a size in range");
+        Demand(CanBeRounded(Run.Spins.ChemicalShifts[i]), "a shift can be rounded");
         for (int j = 0; j < n; ++j) {
-            Demand(CanBeRounded(Run.CouplingMatrix[i * n + j]), "a coupling can be rounded");
-            Demand(Run.CouplingMatrix[i * n + j] == Run.CouplingMatrix[j * n + i], "couplings are symmetric");
+            Demand(CanBeRounded(Run.Spins.CouplingMatrix[i * n + j]), "a coupling can be rounded");
+            Demand(Run.Spins.CouplingMatrix[i * n + j] == Run.Spins.CouplingMatrix[j * n + i],
+                   "couplings are symmetric");
         }
     }
 }

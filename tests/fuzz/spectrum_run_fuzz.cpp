@@ -11,14 +11,15 @@ static constexpr double ManyStates = 1e13;        // more than any memory holds
 
 // Counts the states of all combinations of total spins, for all groups, and those of the highest total spins alone.
 static bool IsSmallOrRefused() {
-    double states = Run.SpinGroupCount;
+    double states = Run.Spins.SpinGroupCount;
     double productStates = 1.0;
-    for (int g = 0; g < Run.SpinGroupCount; ++g) {
-        const double n = Run.NucleiInGroup[g];
+    for (int g = 0; g < Run.Spins.SpinGroupCount; ++g) {
+        const double n = Run.Spins.NucleiInGroup[g];
         states *= (n + 2.0) * (n + 2.0) / 4.0;
         productStates *= n + 1.0;
     }
-    return states <= MostStates || states >= ManyStates || (!Run.UseWeakCoupling && productStates >= ManyProductStates);
+    return states <= MostStates || states >= ManyStates ||
+           (!Run.Options.UseWeakCoupling && productStates >= ManyProductStates);
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -83,11 +83,11 @@ void DestroyPlatformWindow(PlatformWindow* window) {
 void RunAboutDialog(PlatformWindow* owner) {
     Ask("RunAboutDialog");
     Dialog.Alive = true;
-    Run.AboutDialog = &Dialog;
+    Run.Process.AboutDialog = &Dialog;
     for (const unsigned id : Fake.DialogMessages) {
         MainWindowProc(owner, id, 0, 0);
     }
-    Run.AboutDialog = nullptr;
+    Run.Process.AboutDialog = nullptr;
 }
 
 std::intptr_t DefaultWindowProc(PlatformWindow* window, unsigned id, std::uintptr_t, std::intptr_t) {

@@ -11,11 +11,11 @@
 #include <unistd.h>
 
 static void StartAfresh() {
-    FreeArray(Run.ParameterField);
-    FreeArray(Run.WorkField);
-    FreeArray(Run.LogFilePath);
-    FreeArray(Run.ParameterDirectory);
-    FreeArray(Run.WorkDirectory);
+    FreeArray(Run.Job.ParameterField);
+    FreeArray(Run.Job.WorkField);
+    FreeArray(Run.Job.LogFilePath);
+    FreeArray(Run.Job.ParameterDirectory);
+    FreeArray(Run.Job.WorkDirectory);
     Run = RunState();
     Fake = FakePlatformState();
 }
@@ -57,11 +57,11 @@ TEST_F(InstanceSetup, AsksThePlatformInOrder) {
                                                "ShowWindowMinimised",
                                                "PostWindowMessage 1024"};
     EXPECT_EQ(Fake.Calls, expected);
-    EXPECT_STREQ(::Run.ParameterField, "p");
-    EXPECT_STREQ(::Run.WorkField, "w");
-    EXPECT_STREQ(::Run.LogFilePath, "l");
-    EXPECT_EQ(::Run.RunKind, SpectrumRun);
-    EXPECT_EQ(::Run.PacketFormat, 49152u);
+    EXPECT_STREQ(::Run.Job.ParameterField, "p");
+    EXPECT_STREQ(::Run.Job.WorkField, "w");
+    EXPECT_STREQ(::Run.Job.LogFilePath, "l");
+    EXPECT_EQ(::Run.Job.RunKind, SpectrumRun);
+    EXPECT_EQ(::Run.Process.PacketFormat, 49152u);
 }
 
 TEST_F(InstanceSetup, EndsAtOnceWithoutSockets) {
@@ -75,7 +75,7 @@ TEST_F(InstanceSetup, RegistersNoFormatWhenSocketsAreUsed) {
     Fake.RegistryValue = 5;
     Fake.Messages = {QuitMessage};
     ProcessEntry("");
-    EXPECT_EQ(::Run.UseSockets, 1u);
+    EXPECT_EQ(::Run.Process.UseSockets, 1u);
     EXPECT_FALSE(WasAsked("RegisterFormat Packet"));
 }
 
@@ -86,7 +86,7 @@ TEST_F(InstanceSetup, RegistersTheFormatWhenTheValueIsZeroOrUnreadable) {
         Fake.RegistryValue = answer == 0 ? 5 : 0;  // a value that couldn't be read doesn't count
         Fake.Messages = {QuitMessage};
         ProcessEntry("");
-        EXPECT_EQ(::Run.UseSockets, 0u);
+        EXPECT_EQ(::Run.Process.UseSockets, 0u);
         EXPECT_TRUE(WasAsked("RegisterFormat Packet"));
     }
 }
@@ -113,9 +113,9 @@ TEST_F(InstanceSetup, AnswersTheMessagesOfTheWindow) {
     EXPECT_EQ(MainWindowProc(window, SystemCommandMessage, 61536, 0), 77);
     EXPECT_EQ(MainWindowProc(window, 5, 0, 0), 77);
     EXPECT_EQ(MainWindowProc(window, ExternalEventMessage, 0, 0x00070009), 0);
-    EXPECT_EQ(::Run.ExternalEventSeen, 1);
-    EXPECT_EQ(::Run.ExternalEventHigh, 7u);
-    EXPECT_EQ(::Run.ExternalEventLow, 9u);
+    EXPECT_EQ(::Run.Process.ExternalEventSeen, 1);
+    EXPECT_EQ(::Run.Process.ExternalEventHigh, 7u);
+    EXPECT_EQ(::Run.Process.ExternalEventLow, 9u);
 }
 
 TEST_F(InstanceSetup, ClosesTheWindowWhenNoAboutBoxIsOpen) {
@@ -129,7 +129,7 @@ TEST_F(InstanceSetup, KeepsACloseRequestUntilTheAboutBoxIsClosed) {
     PlatformWindow* window = CreateMainWindow("braisag", "Velkoran");
     Fake.DialogMessages = {CloseMessage};
     EXPECT_EQ(MainWindowProc(window, SystemCommandMessage, 100, 0), 0);
-    EXPECT_EQ(::Run.CloseAfterAbout, 1);
+    EXPECT_EQ(::Run.Process.CloseAfterAbout, 1);
     const std::vector<std::string> expected = {"CreateMainWindow braisag Velkoran", "RunAboutDialog",
                                                "DestroyPlatformWindow main", "PostQuit"};
     EXPECT_EQ(Fake.Calls, expected);

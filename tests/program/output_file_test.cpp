@@ -51,9 +51,9 @@ protected:
                 _exit(96);
             }
             UseFilesIn(Work.Path);
-            ::Run.CalculateSpectra = 1;
+            ::Run.Options.CalculateSpectra = 1;
             LoadLines({{125.0f, 1.0f, 1}});
-            ::Run.SpectrumLineCount = 1;
+            ::Run.Lines.SpectrumLineCount = 1;
             WriteResults();
         });
     }

@@ -140,12 +140,12 @@ void ReadMolecule(const std::string& directory, const Molecule& molecule) {
     }
     WriteText(directory + "/nmrparam.in", MoleculeInput(molecule));
     UseFilesIn(directory);
-    std::snprintf(::Run.InputFilePath, FilePathSize, "%s/nmrparam.in", directory.c_str());
-    std::snprintf(::Run.OutputFilePath, FilePathSize, "%s/nmrparam.out", directory.c_str());
+    std::snprintf(::Run.Job.InputFilePath, FilePathSize, "%s/nmrparam.in", directory.c_str());
+    std::snprintf(::Run.Job.OutputFilePath, FilePathSize, "%s/nmrparam.out", directory.c_str());
     std::snprintf(folder, FilePathSize, "%s\\", directory.c_str());
-    ::Run.ParameterDirectory = folder;
-    ::Run.RunKind = ParameterRun;
-    ::Run.ActiveRunKind = ParameterRun;
+    ::Run.Job.ParameterDirectory = folder;
+    ::Run.Job.RunKind = ParameterRun;
+    ::Run.Job.ActiveRunKind = ParameterRun;
     ReadParameterFiles();
     ReadRunInput();
     BuildCappingAtoms();
@@ -153,8 +153,8 @@ void ReadMolecule(const std::string& directory, const Molecule& molecule) {
 }
 
 void UseCouplingTable() {
-    ::Run.ActiveParameters = ::Run.ParameterFileCoupling;
-    ::Run.ActiveParameterFile = "nmr_cupl.abp";
+    ::Run.Parameters.ActiveParameters = ::Run.Parameters.ParameterFileCoupling;
+    ::Run.Parameters.ActiveParameterFile = "nmr_cupl.abp";
     PrepareDipoleFactors();
     PrepareOrbitalTables();
 }
@@ -167,10 +167,10 @@ LoadedMolecule::LoadedMolecule(const Molecule& molecule) {
 }
 
 static void FreeMolecule() {
-    FreeArray(::Run.AtomTypeNames);
-    FreeArray(::Run.ParameterFileShielding);
-    FreeArray(::Run.ParameterFileCoupling);
-    FreeArray(::Run.CouplingConstants);
+    FreeArray(::Run.Parameters.AtomTypeNames);
+    FreeArray(::Run.Parameters.ParameterFileShielding);
+    FreeArray(::Run.Parameters.ParameterFileCoupling);
+    FreeArray(::Run.Parameters.CouplingConstants);
     ResetRun();
 }
 
@@ -211,13 +211,13 @@ std::string LoadedMolecule::Output() const {
 }
 
 void BuildIntegrals() {
-    BuildOverlapMatrix(::Run.CoreHamiltonian);
-    BuildGammaMatrix(::Run.GammaMatrix);
-    BuildCoreHamiltonian(::Run.CoreHamiltonian, ::Run.GammaMatrix);
+    BuildOverlapMatrix(::Run.Field.CoreHamiltonian);
+    BuildGammaMatrix(::Run.Field.GammaMatrix);
+    BuildCoreHamiltonian(::Run.Field.CoreHamiltonian, ::Run.Field.GammaMatrix);
 }
 
 std::vector<double> SquareOf(const double* matrix) {
-    return {matrix, matrix + static_cast<long long>(::Run.OrbitalCount) * ::Run.OrbitalCount};
+    return {matrix, matrix + static_cast<long long>(::Run.Basis.OrbitalCount) * ::Run.Basis.OrbitalCount};
 }
 
 void SetSquare(double* matrix, const std::vector<double>& values) {
@@ -225,7 +225,7 @@ void SetSquare(double* matrix, const std::vector<double>& values) {
 }
 
 AtomTypeParameters& ParametersAt(int place) {
-    return ::Run.ParameterFileCoupling[SelectedAtom(place).AtomType];
+    return ::Run.Parameters.ParameterFileCoupling[SelectedAtom(place).AtomType];
 }
 
 // Two-electron integral (ab|cd) of one atom above F0 (which gamma holds); 0 s, 1 to 3 p.
@@ -240,16 +240,16 @@ static double OneCentreIntegral(int a, int b, int c, int d, double g, double f) 
 }
 
 std::vector<double> PlainFock(const std::vector<double>& alpha, const std::vector<double>& beta) {
-    const std::size_t n = static_cast<std::size_t>(::Run.OrbitalCount);
-    std::vector<double> fock(::Run.CoreHamiltonian, ::Run.CoreHamiltonian + n * n);
+    const std::size_t n = static_cast<std::size_t>(::Run.Basis.OrbitalCount);
+    std::vector<double> fock(::Run.Field.CoreHamiltonian, ::Run.Field.CoreHamiltonian + n * n);
     for (std::size_t i = 0; i < n; ++i) {
         for (std::size_t j = 0; j < n; ++j) {
-            fock[i * n + j] -= alpha[i * n + j] * ::Run.GammaMatrix[i * n + j];
-            fock[i * n + i] += (alpha[j * n + j] + beta[j * n + j]) * ::Run.GammaMatrix[i * n + j];
+            fock[i * n + j] -= alpha[i * n + j] * ::Run.Field.GammaMatrix[i * n + j];
+            fock[i * n + i] += (alpha[j * n + j] + beta[j * n + j]) * ::Run.Field.GammaMatrix[i * n + j];
         }
     }
-    for (int place = 0; ::Run.SemiEmpiricalMethod == 2 && place < ::Run.SelectedAtomCount; ++place) {
-        const std::size_t s = static_cast<std::size_t>(::Run.OrbitalRanges[place].First - 1);
+    for (int place = 0; ::Run.Options.SemiEmpiricalMethod == 2 && place < ::Run.Molecule.SelectedAtomCount; ++place) {
+        const std::size_t s = static_cast<std::size_t>(::Run.Basis.OrbitalRanges[place].First - 1);
         if (SelectedAtom(place).AtomicNumber < 3) {
             continue;
         }
@@ -276,7 +276,7 @@ double PlainElectronicEnergy(const std::vector<double>& density) {
     const std::vector<double> fock = PlainFock(half, half);
     double sum = 0.0;
     for (std::size_t i = 0; i < density.size(); ++i) {
-        sum += 0.5 * density[i] * (::Run.CoreHamiltonian[i] + fock[i]);
+        sum += 0.5 * density[i] * (::Run.Field.CoreHamiltonian[i] + fock[i]);
     }
     return sum;
 }

@@ -9,12 +9,12 @@
 
 TEST(MoleculeSupport, TheReadersGetTheMolecule) {
     const LoadedMolecule loaded(With(HeliumHydride(0.8), {"SemiEmpiricalMethod = TNDO2"}));
-    EXPECT_EQ(::Run.AtomCount, 2);
-    EXPECT_EQ(::Run.OrbitalCount, 2);
-    EXPECT_EQ(::Run.ElectronCount, 2);
-    EXPECT_EQ(::Run.SemiEmpiricalMethod, 2);
-    EXPECT_EQ(::Run.NMRAtomCount, 2);
-    EXPECT_DOUBLE_EQ(::Run.AtomCoordinates[1].Position[2], 0.8 * 1.889725985);
+    EXPECT_EQ(::Run.Molecule.AtomCount, 2);
+    EXPECT_EQ(::Run.Basis.OrbitalCount, 2);
+    EXPECT_EQ(::Run.Basis.ElectronCount, 2);
+    EXPECT_EQ(::Run.Options.SemiEmpiricalMethod, 2);
+    EXPECT_EQ(::Run.Molecule.NMRAtomCount, 2);
+    EXPECT_DOUBLE_EQ(::Run.Molecule.AtomCoordinates[1].Position[2], 0.8 * 1.889725985);
     EXPECT_EQ(loaded.Output(), "(no file)");
 }
 

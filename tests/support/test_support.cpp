@@ -32,28 +32,27 @@ SpinSystem LikeSpins(const std::vector<double>& shifts, const std::vector<double
     return system;
 }
 
-template <class Record> static Record* CopyToArray(const std::vector<Record>& values) {
-    Record* array = AllocateArray<Record>(static_cast<long long>(values.size()));
+template <class Record> static void CopyToArray(const std::vector<Record>& values, Record*& array) {
+    AllocateArray(array, static_cast<long long>(values.size()));
     std::copy(values.begin(), values.end(), array);
-    return array;
 }
 
 static void FreeRunArrays() {
-    Run.ActiveRunKind = SpectrumRun;  // the first call of a process would free nothing
+    Run.Job.ActiveRunKind = SpectrumRun;  // the first call of a process would free nothing
     FreeRunData();
 }
 
 void LoadSpinSystem(const SpinSystem& system) {
     FreeRunArrays();
-    Run.CalculateSpectra = 1;
-    Run.SpinGroupCount = static_cast<int>(system.Nuclei.size());
-    Run.IsotopicNumbers = CopyToArray(system.Isotopes);
-    Run.NucleiInGroup = CopyToArray(system.Nuclei);
-    Run.ChemicalShifts = CopyToArray(system.Shifts);
-    Run.CouplingMatrix = CopyToArray(system.Couplings);
-    Run.NMRFrequency = system.Frequency;
-    Run.MinimalIntensity = system.MinimalIntensity;
-    Run.UseWeakCoupling = system.Weak;
+    Run.Options.CalculateSpectra = 1;
+    Run.Spins.SpinGroupCount = static_cast<int>(system.Nuclei.size());
+    CopyToArray(system.Isotopes, Run.Spins.IsotopicNumbers);
+    CopyToArray(system.Nuclei, Run.Spins.NucleiInGroup);
+    CopyToArray(system.Shifts, Run.Spins.ChemicalShifts);
+    CopyToArray(system.Couplings, Run.Spins.CouplingMatrix);
+    Run.Options.NMRFrequency = system.Frequency;
+    Run.Options.MinimalIntensity = system.MinimalIntensity;
+    Run.Options.UseWeakCoupling = system.Weak;
 }
 
 std::vector<SpectrumLine> Simulate(const SpinSystem& system) {
@@ -65,14 +64,14 @@ std::vector<SpectrumLine> Simulate(const SpinSystem& system) {
 }
 
 void LoadLines(const std::vector<SpectrumLine>& lines) {
-    FreeArray(Run.SpectrumLines);
-    Run.SpectrumLineCapacity = 0;
+    FreeArray(Run.Lines.SpectrumLines);
+    Run.Lines.SpectrumLineCapacity = 0;
     ReserveLines(static_cast<long long>(lines.size()));
-    std::copy(lines.begin(), lines.end(), Run.SpectrumLines);
+    std::copy(lines.begin(), lines.end(), Run.Lines.SpectrumLines);
 }
 
 std::vector<SpectrumLine> FinishedLines() {
-    return {Run.SpectrumLines, Run.SpectrumLines + Run.SpectrumLineCount};
+    return {Run.Lines.SpectrumLines, Run.Lines.SpectrumLines + Run.Lines.SpectrumLineCount};
 }
 
 double TotalIntensity(const std::vector<SpectrumLine>& lines) {
@@ -138,13 +137,13 @@ int ExitCodeOfChild(const std::function<void()>& steps) {
 
 void UseFilesIn(const std::string& directory) {
     static char logPath[FilePathSize];
-    std::snprintf(Run.InputFilePath, FilePathSize, "%s/nmrspect.in", directory.c_str());
-    std::snprintf(Run.OutputFilePath, FilePathSize, "%s/nmrspect.out", directory.c_str());
+    std::snprintf(Run.Job.InputFilePath, FilePathSize, "%s/nmrspect.in", directory.c_str());
+    std::snprintf(Run.Job.OutputFilePath, FilePathSize, "%s/nmrspect.out", directory.c_str());
     std::snprintf(logPath, FilePathSize, "%s/run.log", directory.c_str());
-    Run.LogFilePath = logPath;
-    Run.LogEnabled = 1;
-    Run.ConsoleMode = 0;
-    Run.RunKind = SpectrumRun;
+    Run.Job.LogFilePath = logPath;
+    Run.Report.LogEnabled = 1;
+    Run.Process.ConsoleMode = 0;
+    Run.Job.RunKind = SpectrumRun;
 }
 
 void ResetRun() {

@@ -18,13 +18,13 @@ struct ReadAtom {
 };
 
 static void LoadAtoms(const std::vector<ReadAtom>& atoms) {
-    ::Run.ActiveRunKind = ParameterRun;
+    ::Run.Job.ActiveRunKind = ParameterRun;
     FreeRunData();
-    ::Run.AtomCount = static_cast<int>(atoms.size());
-    ::Run.SelectedAtomCount = 0;
-    ::Run.AtomRecords = AllocateZeroed<AtomRecord>(::Run.AtomCount);
+    ::Run.Molecule.AtomCount = static_cast<int>(atoms.size());
+    ::Run.Molecule.SelectedAtomCount = 0;
+    AllocateZeroed(::Run.Molecule.AtomRecords, ::Run.Molecule.AtomCount);
     for (std::size_t i = 0; i < atoms.size(); ++i) {
-        AtomRecord& record = ::Run.AtomRecords[i];
+        AtomRecord& record = ::Run.Molecule.AtomRecords[i];
         record.AtomIndex = static_cast<int>(i);
         record.AtomicNumber = atoms[i].Element;
         record.SelectionState = atoms[i].State;
@@ -36,31 +36,31 @@ static void LoadAtoms(const std::vector<ReadAtom>& atoms) {
 
 static std::vector<int> Codes() {
     std::vector<int> codes;
-    for (int i = 0; i < ::Run.AtomCount; ++i) {
-        codes.push_back(::Run.AtomRecords[i].AtomicNumber);
+    for (int i = 0; i < ::Run.Molecule.AtomCount; ++i) {
+        codes.push_back(::Run.Molecule.AtomRecords[i].AtomicNumber);
     }
     return codes;
 }
 
 static std::vector<int> States() {
     std::vector<int> states;
-    for (int i = 0; i < ::Run.AtomCount; ++i) {
-        states.push_back(::Run.AtomRecords[i].SelectionState);
+    for (int i = 0; i < ::Run.Molecule.AtomCount; ++i) {
+        states.push_back(::Run.Molecule.AtomRecords[i].SelectionState);
     }
     return states;
 }
 
 static std::vector<float> Charges() {
     std::vector<float> charges;
-    for (int i = 0; i < ::Run.AtomCount; ++i) {
-        charges.push_back(::Run.AtomRecords[i].AtomCharge);
+    for (int i = 0; i < ::Run.Molecule.AtomCount; ++i) {
+        charges.push_back(::Run.Molecule.AtomRecords[i].AtomCharge);
     }
     return charges;
 }
 
 static std::vector<int> List() {
-    const int* list = ::Run.QuantumSelection.SelectedAtomList;
-    return {list, list + ::Run.SelectedAtomCount};
+    const int* list = ::Run.Molecule.QuantumSelection.SelectedAtomList;
+    return {list, list + ::Run.Molecule.SelectedAtomCount};
 }
 
 using Ints = std::vector<int>;
@@ -74,17 +74,17 @@ protected:
 TEST_F(AtomSelection, WholeSystem) {
     LoadAtoms({{8, 0, {1, 2}}, {1, 0, {0}}, {1, 0, {0}}});
     BuildCappingAtoms();
-    EXPECT_EQ(::Run.SelectedAtomCount, 3);
-    EXPECT_EQ(::Run.CappingAtomCount, 0);
+    EXPECT_EQ(::Run.Molecule.SelectedAtomCount, 3);
+    EXPECT_EQ(::Run.Molecule.CappingAtomCount, 0);
     EXPECT_EQ(Charges(), std::vector<float>({0, 0, 0}));
     BuildSelectedAtomList();
     EXPECT_EQ(List(), Ints({1, 2, 3}));
-    EXPECT_EQ(::Run.QuantumSelection.FirstAtom, 1);
-    EXPECT_EQ(::Run.QuantumSelection.LastAtom, 3);
-    EXPECT_EQ(::Run.QuantumSelection.FirstOrbital, 1);
-    EXPECT_EQ(::Run.QuantumSelection.LastOrbital, 6);
-    EXPECT_EQ(::Run.OrbitalCount, 6);
-    EXPECT_EQ(::Run.LevelShiftStartIteration, -1);
+    EXPECT_EQ(::Run.Molecule.QuantumSelection.FirstAtom, 1);
+    EXPECT_EQ(::Run.Molecule.QuantumSelection.LastAtom, 3);
+    EXPECT_EQ(::Run.Molecule.QuantumSelection.FirstOrbital, 1);
+    EXPECT_EQ(::Run.Molecule.QuantumSelection.LastOrbital, 6);
+    EXPECT_EQ(::Run.Basis.OrbitalCount, 6);
+    EXPECT_EQ(::Run.Field.LevelShiftStartIteration, -1);
 }
 
 // Selected atoms first, then the capping atoms, each in file order; the charge of a capping atom stays.
@@ -94,14 +94,14 @@ TEST_F(AtomSelection, CappingAtomsStandBehindTheSelectedOnes) {
     EXPECT_EQ(Codes(), Ints({24, 6, 19, 17, 2}));
     EXPECT_EQ(States(), Ints({-1, 0, -1, 1, 0}));
     EXPECT_EQ(Charges(), std::vector<float>({0.5f, 0, 0.5f, 0.5f, 0}));
-    EXPECT_EQ(::Run.SelectedAtomCount, 2);
-    EXPECT_EQ(::Run.CappingAtomCount, 2);
+    EXPECT_EQ(::Run.Molecule.SelectedAtomCount, 2);
+    EXPECT_EQ(::Run.Molecule.CappingAtomCount, 2);
     BuildSelectedAtomList();
-    EXPECT_EQ(::Run.SelectedAtomCount, 4);
+    EXPECT_EQ(::Run.Molecule.SelectedAtomCount, 4);
     EXPECT_EQ(List(), Ints({2, 5, 1, 3}));
-    EXPECT_EQ(::Run.QuantumSelection.LastAtom, 4);
-    EXPECT_EQ(::Run.OrbitalCount, 4 + 1 + 4 + 4);  // four orbitals also on the capping hydrogen
-    EXPECT_EQ(::Run.QuantumSelection.LastOrbital, 13);
+    EXPECT_EQ(::Run.Molecule.QuantumSelection.LastAtom, 4);
+    EXPECT_EQ(::Run.Basis.OrbitalCount, 4 + 1 + 4 + 4);  // four orbitals also on the capping hydrogen
+    EXPECT_EQ(::Run.Molecule.QuantumSelection.LastOrbital, 13);
 }
 
 // The negation is a toggle on purpose: one bond and three bonds make a capping atom, two and four don't.
@@ -113,9 +113,9 @@ TEST_F(AtomSelection, BondsToTheSelectionToggle) {
         }
         LoadAtoms(atoms);
         BuildCappingAtoms();
-        EXPECT_EQ(::Run.AtomRecords[0].AtomicNumber, bonds % 2 == 1 ? 25 : 7) << bonds;
-        EXPECT_EQ(::Run.AtomRecords[0].SelectionState, bonds % 2 == 1 ? -1 : 1) << bonds;
-        EXPECT_EQ(::Run.CappingAtomCount, bonds % 2) << bonds;
+        EXPECT_EQ(::Run.Molecule.AtomRecords[0].AtomicNumber, bonds % 2 == 1 ? 25 : 7) << bonds;
+        EXPECT_EQ(::Run.Molecule.AtomRecords[0].SelectionState, bonds % 2 == 1 ? -1 : 1) << bonds;
+        EXPECT_EQ(::Run.Molecule.CappingAtomCount, bonds % 2) << bonds;
     }
 }
 
@@ -123,10 +123,10 @@ TEST_F(AtomSelection, BondsToTheSelectionToggle) {
 TEST_F(AtomSelection, BondsAreTakenFromTheSelectedAtoms) {
     LoadAtoms({{6, 0, {}}, {6, 1, {0}}, {6, 1, {0, 1}}});
     BuildCappingAtoms();
-    EXPECT_EQ(::Run.CappingAtomCount, 0);
+    EXPECT_EQ(::Run.Molecule.CappingAtomCount, 0);
     LoadAtoms({{6, 0, {1, 1}}, {6, 1, {}}});  // listed twice by one atom
     BuildCappingAtoms();
-    EXPECT_EQ(::Run.CappingAtomCount, 0);
+    EXPECT_EQ(::Run.Molecule.CappingAtomCount, 0);
     EXPECT_EQ(Codes(), Ints({6, 6}));
 }
 
@@ -135,10 +135,10 @@ TEST_F(AtomSelection, LonePairs) {
     LoadAtoms({{8, 0, {1}}, {0, 1, {0}}, {0, 0, {0}}});
     BuildCappingAtoms();
     EXPECT_EQ(States(), Ints({0, 1, 0}));
-    EXPECT_EQ(::Run.CappingAtomCount, 0);
+    EXPECT_EQ(::Run.Molecule.CappingAtomCount, 0);
     BuildSelectedAtomList();
     EXPECT_EQ(List(), Ints({1, 3}));
-    EXPECT_EQ(::Run.OrbitalCount, 4);
+    EXPECT_EQ(::Run.Basis.OrbitalCount, 4);
 }
 
 // Elements aren't tested against their limit here: 18 is added to any.
@@ -153,16 +153,16 @@ TEST_F(AtomSelection, OrbitalsByElement) {
         LoadAtoms({{code, 0, {}}});
         BuildCappingAtoms();
         BuildSelectedAtomList();
-        EXPECT_EQ(::Run.OrbitalCount, code == 0 ? 0 : code <= 2 ? 1 : 4) << code;
+        EXPECT_EQ(::Run.Basis.OrbitalCount, code == 0 ? 0 : code <= 2 ? 1 : 4) << code;
     }
 }
 
 TEST_F(AtomSelection, EachListLowersTheLevelShift) {
     LoadAtoms({{1, 0, {}}});
-    ::Run.LevelShiftStartIteration = 0;
+    ::Run.Field.LevelShiftStartIteration = 0;
     BuildCappingAtoms();
     BuildSelectedAtomList();
-    EXPECT_EQ(::Run.LevelShiftStartIteration, -1);
+    EXPECT_EQ(::Run.Field.LevelShiftStartIteration, -1);
 }
 
 // The tables, by row: period and group of each element, seven electrons on each capping atom.

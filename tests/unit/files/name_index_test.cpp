@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Names found by hash: the first of a name wins, case doesn't count, and a full set is found as a map finds it.
 #include "files/name_index.h"
+#include "ground/memory.h"
 
 #include <gtest/gtest.h>
 
@@ -29,7 +30,7 @@ TEST(NameIndex, FirstOfANameWins) {
     EXPECT_EQ(FindName(index, ""), -1);
     AddName(index, 3);
     EXPECT_EQ(FindName(index, ""), 3);
-    FreeNameIndex(index);
+    FreeArray(index.Records);
     EXPECT_EQ(index.Records, nullptr);
 }
 
@@ -38,7 +39,7 @@ TEST(NameIndex, NoNames) {
     NameIndex index = {};
     PrepareNameIndex(index, record.Name, sizeof(NamedRecord), 0);
     EXPECT_EQ(FindName(index, "C"), -1);
-    FreeNameIndex(index);
+    FreeArray(index.Records);
 }
 
 // Bytes of all kinds, each name about four times.
@@ -61,5 +62,5 @@ TEST(NameIndex, FindsWhatAMapFinds) {
         EXPECT_EQ(FindName(index, name.c_str()), record);
         EXPECT_EQ(FindName(index, (name + "z").c_str()), -1);
     }
-    FreeNameIndex(index);
+    FreeArray(index.Records);
 }

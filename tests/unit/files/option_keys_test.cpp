@@ -45,35 +45,35 @@ TEST_F(OptionKeys, PlaceOfTheValue) {
 
 static const struct {
     const char* Key;
-    int RunState::*Field;
+    int RunOptions::*Field;
 } BooleanOptions[] = {
-    {"SCFAccelerateConvergence", &RunState::SCFAccelerateConvergence},
-    {"ModifySlaterExponents", &RunState::ModifySlaterExponents},
-    {"ComputeThreeCenterTerms", &RunState::ComputeThreeCenterTerms},
-    {"IncludeDOrbitalsForSecondRow", &RunState::IncludeDOrbitalsForSecondRow},
-    {"CalculateShielding", &RunState::CalculateShielding},
-    {"CalculateCoupling", &RunState::CalculateCoupling},
-    {"CalculateSpectra", &RunState::CalculateSpectra},
-    {"CalculateShieldTensor", &RunState::CalculateShieldTensor},
+    {"SCFAccelerateConvergence", &RunOptions::SCFAccelerateConvergence},
+    {"ModifySlaterExponents", &RunOptions::ModifySlaterExponents},
+    {"ComputeThreeCenterTerms", &RunOptions::ComputeThreeCenterTerms},
+    {"IncludeDOrbitalsForSecondRow", &RunOptions::IncludeDOrbitalsForSecondRow},
+    {"CalculateShielding", &RunOptions::CalculateShielding},
+    {"CalculateCoupling", &RunOptions::CalculateCoupling},
+    {"CalculateSpectra", &RunOptions::CalculateSpectra},
+    {"CalculateShieldTensor", &RunOptions::CalculateShieldTensor},
 };
 
 TEST_F(OptionKeys, BooleanValues) {
     for (const auto& option : BooleanOptions) {
         const std::string key = std::string(option.Key) + " = ";
         for (const char* word : {"1", "yes", "y", "true", "t", "YES", "Y", "TRUE", "T", "yEs"}) {
-            ::Run.*option.Field = 7;
+            ::Run.Options.*option.Field = 7;
             EXPECT_TRUE(Offer(key + word));
-            EXPECT_EQ(::Run.*option.Field, 1) << key << word;
+            EXPECT_EQ(::Run.Options.*option.Field, 1) << key << word;
         }
         for (const char* word : {"0", "no", "n", "false", "f", "NO", "N", "FALSE", "F", "fAlse"}) {
-            ::Run.*option.Field = 7;
+            ::Run.Options.*option.Field = 7;
             EXPECT_TRUE(Offer(key + word));
-            EXPECT_EQ(::Run.*option.Field, 0) << key << word;
+            EXPECT_EQ(::Run.Options.*option.Field, 0) << key << word;
         }
         for (const char* word : {"", "2", "01", "on", "off", "yes!", "yes no", "1 ", "y;", "-1"}) {
-            ::Run.*option.Field = 7;
+            ::Run.Options.*option.Field = 7;
             EXPECT_TRUE(Offer(key + word));
-            EXPECT_EQ(::Run.*option.Field, 7) << key << word;  // without a word
+            EXPECT_EQ(::Run.Options.*option.Field, 7) << key << word;  // without a word
         }
     }
 }
@@ -81,31 +81,31 @@ TEST_F(OptionKeys, BooleanValues) {
 // An unknown method is taken silently, and the method stays.
 TEST_F(OptionKeys, Methods) {
     for (const char* word : {"1", "c", "cndo", "tndo1", "C", "CNDO", "TNDO1"}) {
-        ::Run.SemiEmpiricalMethod = 7;
+        ::Run.Options.SemiEmpiricalMethod = 7;
         EXPECT_TRUE(Offer(std::string("SemiEmpiricalMethod=") + word));
-        EXPECT_EQ(::Run.SemiEmpiricalMethod, 1) << word;
+        EXPECT_EQ(::Run.Options.SemiEmpiricalMethod, 1) << word;
     }
     for (const char* word : {"2", "i", "indo", "tndo2", "I", "INDO", "TNDO2"}) {
-        ::Run.SemiEmpiricalMethod = 7;
+        ::Run.Options.SemiEmpiricalMethod = 7;
         EXPECT_TRUE(Offer(std::string("SemiEmpiricalMethod=") + word));
-        EXPECT_EQ(::Run.SemiEmpiricalMethod, 2) << word;
+        EXPECT_EQ(::Run.Options.SemiEmpiricalMethod, 2) << word;
     }
     for (const char* word : {"", "3", "tndo3", "tndo", "tndo/1", "12", "1.0", "cn"}) {
-        ::Run.SemiEmpiricalMethod = 7;
+        ::Run.Options.SemiEmpiricalMethod = 7;
         EXPECT_TRUE(Offer(std::string("SemiEmpiricalMethod=") + word));
-        EXPECT_EQ(::Run.SemiEmpiricalMethod, 7) << word;
+        EXPECT_EQ(::Run.Options.SemiEmpiricalMethod, 7) << word;
     }
 }
 
 TEST_F(OptionKeys, IntegerValues) {
     static const struct {
         const char* Key;
-        int RunState::*Field;
+        int RunOptions::*Field;
     } options[] = {
-        {"TotalCharge", &RunState::TotalCharge},
-        {"SpinMultiplicity", &RunState::SpinMultiplicity},
-        {"SCFIterationLimit", &RunState::SCFIterationLimit},
-        {"LogPrintLevel", &RunState::LogPrintLevel},
+        {"TotalCharge", &RunOptions::TotalCharge},
+        {"SpinMultiplicity", &RunOptions::SpinMultiplicity},
+        {"SCFIterationLimit", &RunOptions::SCFIterationLimit},
+        {"LogPrintLevel", &RunOptions::LogPrintLevel},
     };
     static const struct {
         const char* Value;
@@ -125,9 +125,9 @@ TEST_F(OptionKeys, IntegerValues) {
                   {"-99999999999999999999", INT_MIN}};
     for (const auto& option : options) {
         for (const auto& value : values) {
-            ::Run.*option.Field = 77;
+            ::Run.Options.*option.Field = 77;
             EXPECT_TRUE(Offer(std::string(option.Key) + " = " + value.Value));
-            EXPECT_EQ(::Run.*option.Field, value.Number) << option.Key << value.Value;
+            EXPECT_EQ(::Run.Options.*option.Field, value.Number) << option.Key << value.Value;
         }
     }
 }
@@ -141,32 +141,32 @@ TEST_F(OptionKeys, RealValues) {
                   {"5 MHz", 5.0}, {"1e", 1.0},    {"1d5", 1.0}, {"", 0.0},      {"x1", 0.0},    {"inf", 0.0},
                   {"nan", 0.0},   {"0x10", 0.0},  {".", 0.0},   {"-", 0.0},     {"1e999", 0.0}, {"-0X1p4", 0.0}};
     for (const auto& value : values) {
-        ::Run.FinitePerturbation = ::Run.NMRFrequency = 77.0;
+        ::Run.Options.FinitePerturbation = ::Run.Options.NMRFrequency = 77.0;
         EXPECT_TRUE(Offer(std::string("FinitePerturbation = ") + value.Value));
         EXPECT_TRUE(Offer(std::string("NMRFrequency = ") + value.Value));
-        EXPECT_EQ(::Run.FinitePerturbation, value.Number) << value.Value;
-        EXPECT_EQ(::Run.NMRFrequency, value.Number) << value.Value;
+        EXPECT_EQ(::Run.Options.FinitePerturbation, value.Number) << value.Value;
+        EXPECT_EQ(::Run.Options.NMRFrequency, value.Number) << value.Value;
     }
 }
 
 TEST_F(OptionKeys, ConvergenceLimitIsKeptIn32Bits) {
     EXPECT_TRUE(Offer("SCFConvergenceLimit = 0.1"));
-    EXPECT_EQ(::Run.SCFConvergenceLimit, 0.1f);
+    EXPECT_EQ(::Run.Options.SCFConvergenceLimit, 0.1f);
     EXPECT_TRUE(Offer("SCFConvergenceLimit = 0.02 kcal"));
-    EXPECT_EQ(::Run.SCFConvergenceLimit, 0.02f);
+    EXPECT_EQ(::Run.Options.SCFConvergenceLimit, 0.02f);
     EXPECT_TRUE(Offer("SCFConvergenceLimit = -1"));  // no bound is tested
-    EXPECT_EQ(::Run.SCFConvergenceLimit, -1.0f);
+    EXPECT_EQ(::Run.Options.SCFConvergenceLimit, -1.0f);
     EXPECT_TRUE(Offer("SCFConvergenceLimit = abc"));
-    EXPECT_EQ(::Run.SCFConvergenceLimit, 0.0f);
+    EXPECT_EQ(::Run.Options.SCFConvergenceLimit, 0.0f);
 }
 
 TEST_F(OptionKeys, LaterKeyWins) {
     EXPECT_TRUE(Offer("TotalCharge = 1"));
     EXPECT_TRUE(Offer("TotalCharge = 2"));
-    EXPECT_EQ(::Run.TotalCharge, 2);
+    EXPECT_EQ(::Run.Options.TotalCharge, 2);
     EXPECT_TRUE(Offer("SemiEmpiricalMethod = 2"));
     EXPECT_TRUE(Offer("SemiEmpiricalMethod = tndo3"));
-    EXPECT_EQ(::Run.SemiEmpiricalMethod, 2);
+    EXPECT_EQ(::Run.Options.SemiEmpiricalMethod, 2);
 }
 
 TEST_F(OptionKeys, OtherLinesAreLeftAlone) {
@@ -175,56 +175,58 @@ TEST_F(OptionKeys, OtherLinesAreLeftAlone) {
           "CalculateShieldings = no", "UnrestrictedWavefunction = 1", "= 1", "", "; TotalCharge = 1"}) {
         EXPECT_FALSE(Offer(line)) << line;
     }
-    EXPECT_EQ(::Run.TotalCharge, 0);
+    EXPECT_EQ(::Run.Options.TotalCharge, 0);
     EXPECT_TRUE(Offer(" \t TotalCharge = 1"));
-    EXPECT_EQ(::Run.TotalCharge, 1);
+    EXPECT_EQ(::Run.Options.TotalCharge, 1);
 }
 
 // CalculateShield... and SCF... share beginnings: each key sets its own field only.
 TEST_F(OptionKeys, KeysWithTheSameBeginning) {
     EXPECT_TRUE(Offer("CalculateShieldTensor = yes"));
-    EXPECT_EQ(::Run.CalculateShieldTensor, 1);
-    EXPECT_EQ(::Run.CalculateShielding, 0);
+    EXPECT_EQ(::Run.Options.CalculateShieldTensor, 1);
+    EXPECT_EQ(::Run.Options.CalculateShielding, 0);
     EXPECT_TRUE(Offer("CalculateShielding = yes"));
     EXPECT_TRUE(Offer("CalculateShieldTensor = no"));
-    EXPECT_EQ(::Run.CalculateShieldTensor, 0);
-    EXPECT_EQ(::Run.CalculateShielding, 1);
+    EXPECT_EQ(::Run.Options.CalculateShieldTensor, 0);
+    EXPECT_EQ(::Run.Options.CalculateShielding, 1);
 }
 
 TEST_F(OptionKeys, Defaults) {
-    ::Run.TotalCharge = ::Run.SCFAccelerateConvergence = ::Run.LogPrintLevel = ::Run.ModifySlaterExponents = 5;
-    ::Run.ComputeThreeCenterTerms = ::Run.IncludeDOrbitalsForSecondRow = ::Run.CalculateSpectra = 5;
-    ::Run.UnrestrictedWavefunction = ::Run.NextLowestState = ::Run.GeometryRun = 5;
+    ::Run.Options.TotalCharge = ::Run.Options.SCFAccelerateConvergence = ::Run.Options.LogPrintLevel =
+        ::Run.Options.ModifySlaterExponents = 5;
+    ::Run.Options.ComputeThreeCenterTerms = ::Run.Options.IncludeDOrbitalsForSecondRow =
+        ::Run.Options.CalculateSpectra = 5;
+    ::Run.Options.UnrestrictedWavefunction = ::Run.Options.NextLowestState = ::Run.Options.GeometryRun = 5;
     SetDefaultOptions();
-    EXPECT_EQ(::Run.SemiEmpiricalMethod, 1);
-    EXPECT_EQ(::Run.TotalCharge, 0);
-    EXPECT_EQ(::Run.SpinMultiplicity, 1);
-    EXPECT_EQ(::Run.SCFConvergenceLimit, 0.01f);
-    EXPECT_EQ(::Run.SCFIterationLimit, 50);
-    EXPECT_EQ(::Run.SCFAccelerateConvergence, 0);
-    EXPECT_EQ(::Run.LogPrintLevel, 0);
-    EXPECT_EQ(::Run.ModifySlaterExponents, 0);
-    EXPECT_EQ(::Run.ComputeThreeCenterTerms, 0);
-    EXPECT_EQ(::Run.IncludeDOrbitalsForSecondRow, 0);
-    EXPECT_EQ(::Run.FinitePerturbation, 0.001);
-    EXPECT_EQ(::Run.CalculateShielding, 1);
-    EXPECT_EQ(::Run.CalculateCoupling, 1);
-    EXPECT_EQ(::Run.CalculateSpectra, 0);
-    EXPECT_EQ(::Run.UnrestrictedWavefunction, 0);
-    EXPECT_EQ(::Run.NextLowestState, 0);
-    EXPECT_EQ(::Run.GeometryRun, 0);
+    EXPECT_EQ(::Run.Options.SemiEmpiricalMethod, 1);
+    EXPECT_EQ(::Run.Options.TotalCharge, 0);
+    EXPECT_EQ(::Run.Options.SpinMultiplicity, 1);
+    EXPECT_EQ(::Run.Options.SCFConvergenceLimit, 0.01f);
+    EXPECT_EQ(::Run.Options.SCFIterationLimit, 50);
+    EXPECT_EQ(::Run.Options.SCFAccelerateConvergence, 0);
+    EXPECT_EQ(::Run.Options.LogPrintLevel, 0);
+    EXPECT_EQ(::Run.Options.ModifySlaterExponents, 0);
+    EXPECT_EQ(::Run.Options.ComputeThreeCenterTerms, 0);
+    EXPECT_EQ(::Run.Options.IncludeDOrbitalsForSecondRow, 0);
+    EXPECT_EQ(::Run.Options.FinitePerturbation, 0.001);
+    EXPECT_EQ(::Run.Options.CalculateShielding, 1);
+    EXPECT_EQ(::Run.Options.CalculateCoupling, 1);
+    EXPECT_EQ(::Run.Options.CalculateSpectra, 0);
+    EXPECT_EQ(::Run.Options.UnrestrictedWavefunction, 0);
+    EXPECT_EQ(::Run.Options.NextLowestState, 0);
+    EXPECT_EQ(::Run.Options.GeometryRun, 0);
 }
 
 // On purpose these have no default: they are what they were, 0 at process start.
 TEST_F(OptionKeys, OptionsWithoutADefault) {
     SetDefaultOptions();
-    EXPECT_EQ(::Run.NMRFrequency, 0.0);
-    EXPECT_EQ(::Run.CalculateShieldTensor, 0);
-    ::Run.NMRFrequency = 5.0;
-    ::Run.CalculateShieldTensor = ::Run.ConfigurationInteraction = ::Run.RestraintsPresent = 1;
+    EXPECT_EQ(::Run.Options.NMRFrequency, 0.0);
+    EXPECT_EQ(::Run.Options.CalculateShieldTensor, 0);
+    ::Run.Options.NMRFrequency = 5.0;
+    ::Run.Options.CalculateShieldTensor = ::Run.Options.ConfigurationInteraction = ::Run.Options.RestraintsPresent = 1;
     SetDefaultOptions();
-    EXPECT_EQ(::Run.NMRFrequency, 5.0);
-    EXPECT_EQ(::Run.CalculateShieldTensor, 1);
-    EXPECT_EQ(::Run.ConfigurationInteraction, 1);
-    EXPECT_EQ(::Run.RestraintsPresent, 1);
+    EXPECT_EQ(::Run.Options.NMRFrequency, 5.0);
+    EXPECT_EQ(::Run.Options.CalculateShieldTensor, 1);
+    EXPECT_EQ(::Run.Options.ConfigurationInteraction, 1);
+    EXPECT_EQ(::Run.Options.RestraintsPresent, 1);
 }

@@ -22,10 +22,10 @@ static std::string Record(const std::string& name, int first) {
 }
 
 static void FreeParameterTables() {
-    FreeArray(::Run.AtomTypeNames);
-    FreeArray(::Run.ParameterFileShielding);
-    FreeArray(::Run.ParameterFileCoupling);
-    FreeArray(::Run.CouplingConstants);
+    FreeArray(::Run.Parameters.AtomTypeNames);
+    FreeArray(::Run.Parameters.ParameterFileShielding);
+    FreeArray(::Run.Parameters.ParameterFileCoupling);
+    FreeArray(::Run.Parameters.CouplingConstants);
 }
 
 // Reads the files of a directory; "" when they are taken, else the line in the output file.
@@ -33,9 +33,9 @@ static std::string ReadFilesOf(const std::string& directory) {
     std::string field = directory + "\\";
     const auto read = [&] {
         UseFilesIn(directory);
-        ::Run.ParameterDirectory = field.data();
+        ::Run.Job.ParameterDirectory = field.data();
         ReadParameterFiles();
-        ::Run.ParameterDirectory = nullptr;
+        ::Run.Job.ParameterDirectory = nullptr;
     };
     const int exitCode = ExitCodeOfChild(read);
     if (exitCode == 98) {
@@ -56,8 +56,8 @@ static std::string ReadFiles(const std::string& types, const std::string& shield
 
 static std::vector<std::string> Names() {
     std::vector<std::string> names;
-    for (int i = 0; i < ::Run.AtomTypeCount; ++i) {
-        names.emplace_back(::Run.AtomTypeNames[i].Text);
+    for (int i = 0; i < ::Run.Parameters.AtomTypeCount; ++i) {
+        names.emplace_back(::Run.Parameters.AtomTypeNames[i].Text);
     }
     return names;
 }
@@ -86,11 +86,11 @@ static std::vector<double> FieldsOfRecord(double first) {
 }
 
 static std::vector<double> Shielding(int entry) {
-    return Fields(::Run.ParameterFileShielding[entry]);
+    return Fields(::Run.Parameters.ParameterFileShielding[entry]);
 }
 
 static std::vector<double> Coupling(int entry) {
-    return Fields(::Run.ParameterFileCoupling[entry]);
+    return Fields(::Run.Parameters.ParameterFileCoupling[entry]);
 }
 
 class ParameterFiles : public testing::Test {
@@ -104,7 +104,7 @@ protected:
 
 TEST_F(ParameterFiles, ColumnsGoToTheirFields) {
     EXPECT_EQ(ReadFiles("h\nH 1\n", Record("H", 0), Record("H", 100)), "");
-    const AtomTypeParameters& shielding = ::Run.ParameterFileShielding[0];
+    const AtomTypeParameters& shielding = ::Run.Parameters.ParameterFileShielding[0];
     EXPECT_EQ(shielding.SlaterExponentS, 1);
     EXPECT_EQ(shielding.SlaterExponentP, 2);
     EXPECT_EQ(shielding.SlaterExponentD, 3);
@@ -118,8 +118,8 @@ TEST_F(ParameterFiles, ColumnsGoToTheirFields) {
     EXPECT_EQ(shielding.IsolatedEnergyTndo2, 13);
     EXPECT_EQ(shielding.AtomHeat, 14);
     EXPECT_EQ(Coupling(0), FieldsOfRecord(100));
-    EXPECT_EQ(::Run.CouplingConstants[0].GFactor, 111);
-    EXPECT_EQ(::Run.CouplingConstants[0].SDensity, 110);
+    EXPECT_EQ(::Run.Parameters.CouplingConstants[0].GFactor, 111);
+    EXPECT_EQ(::Run.Parameters.CouplingConstants[0].SDensity, 110);
 }
 
 // The capping record is independent of the ordinary one, and either may exist alone.
@@ -135,17 +135,17 @@ TEST_F(ParameterFiles, CappingRecordsFillTheSecondHalf) {
     EXPECT_EQ(Coupling(1), FieldsOfRecord(500));
     EXPECT_EQ(Coupling(2), FieldsOfRecord(400));
     EXPECT_EQ(Coupling(3), Zeros);
-    EXPECT_EQ(::Run.CouplingConstants[0].GFactor, 0);
-    EXPECT_EQ(::Run.CouplingConstants[0].SDensity, 0);
-    EXPECT_EQ(::Run.CouplingConstants[2].GFactor, 411);
-    EXPECT_EQ(::Run.CouplingConstants[2].SDensity, 410);
+    EXPECT_EQ(::Run.Parameters.CouplingConstants[0].GFactor, 0);
+    EXPECT_EQ(::Run.Parameters.CouplingConstants[0].SDensity, 0);
+    EXPECT_EQ(::Run.Parameters.CouplingConstants[2].GFactor, 411);
+    EXPECT_EQ(::Run.Parameters.CouplingConstants[2].SDensity, 410);
 }
 
 TEST_F(ParameterFiles, FirstRecordOfANameWins) {
     EXPECT_EQ(ReadFiles(TwoTypes, Record("C", 100) + Record("C", 200), Record("-c", 300) + Record("-C", 400)), "");
     EXPECT_EQ(Shielding(1), FieldsOfRecord(100));
     EXPECT_EQ(Coupling(3), FieldsOfRecord(300));
-    EXPECT_EQ(::Run.CouplingConstants[3].GFactor, 311);
+    EXPECT_EQ(::Run.Parameters.CouplingConstants[3].GFactor, 311);
 }
 
 TEST_F(ParameterFiles, CaseOfNamesDoesNotMatter) {
@@ -212,7 +212,7 @@ TEST_F(ParameterFiles, LastRecordKeepsItsPart) {
     part = Zeros;
     part[3] = 7;
     EXPECT_EQ(Coupling(1), part);
-    EXPECT_EQ(::Run.CouplingConstants[1].GFactor, 0);
+    EXPECT_EQ(::Run.Parameters.CouplingConstants[1].GFactor, 0);
 }
 
 TEST_F(ParameterFiles, NumbersThatAreNotFiniteStopTheReading) {
@@ -323,7 +323,7 @@ TEST_F(ParameterFiles, EmptyDirectory) {
         EXPECT_EQ(ExitCodeOfChild([&] {
                       std::string directory = field;
                       UseFilesIn(work.Path);
-                      ::Run.ParameterDirectory = directory.data();
+                      ::Run.Job.ParameterDirectory = directory.data();
                       ReadParameterFiles();
                   }),
                   0);

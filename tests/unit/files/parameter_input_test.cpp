@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The reader of nmrparam.in within the process: blocks, atom lines, selections, crooked markers, long lines, damaged
 // streams. Each refusal is also a whole run (parameter_runs/).
-#include "files/parameter_files.h"
 #include "files/parameter_input.h"
 #include "files/run_input.h"
 #include "ground/memory.h"
@@ -33,17 +32,17 @@ static std::string Hydrogens(int count, const std::vector<int>& molecules) {
 }
 
 static void LoadTypes(const std::vector<std::string>& names) {
-    ::Run.AtomTypeCount = static_cast<int>(names.size());
-    FreeArray(::Run.AtomTypeNames);
-    ::Run.AtomTypeNames = AllocateZeroed<AtomTypeName>(::Run.AtomTypeCount);
+    ::Run.Parameters.AtomTypeCount = static_cast<int>(names.size());
+    FreeArray(::Run.Parameters.AtomTypeNames);
+    ::Run.Parameters.AtomTypeNames = AllocateForProcess<AtomTypeName>(::Run.Parameters.AtomTypeCount);
     for (std::size_t i = 0; i < names.size(); ++i) {
-        std::strcpy(::Run.AtomTypeNames[i].Text, names[i].c_str());
+        std::strcpy(::Run.Parameters.AtomTypeNames[i].Text, names[i].c_str());
     }
 }
 
 static void PrepareReading(const std::string& directory) {
     UseFilesIn(directory);
-    ::Run.RunKind = ParameterRun;
+    ::Run.Job.RunKind = ParameterRun;
 }
 
 // Warnings of the reading that has been taken.
@@ -87,19 +86,19 @@ protected:
         LoadTypes({"H", "C", "O", "CT", "H"});
     }
     void TearDown() override {
-        FreeArray(::Run.AtomTypeNames);
+        FreeArray(::Run.Parameters.AtomTypeNames);
         ResetRun();
     }
 };
 
 TEST_F(ParameterInput, FillsTheSystem) {
     EXPECT_EQ(ReadInput("TotalCharge = -1\n" + NMRBlock + Water), "");
-    EXPECT_EQ(::Run.TotalCharge, -1);
-    EXPECT_EQ(::Run.AtomCount, 3);
-    EXPECT_EQ(::Run.NMRAtomCount, 1);
-    EXPECT_EQ(::Run.NMRAtomList[0], 1);
-    EXPECT_EQ(::Run.SelectedAtomCount, -1);
-    const AtomRecord& oxygen = ::Run.AtomRecords[0];
+    EXPECT_EQ(::Run.Options.TotalCharge, -1);
+    EXPECT_EQ(::Run.Molecule.AtomCount, 3);
+    EXPECT_EQ(::Run.Molecule.NMRAtomCount, 1);
+    EXPECT_EQ(::Run.Molecule.NMRAtomList[0], 1);
+    EXPECT_EQ(::Run.Molecule.SelectedAtomCount, -1);
+    const AtomRecord& oxygen = ::Run.Molecule.AtomRecords[0];
     EXPECT_EQ(oxygen.AtomIndex, 0);
     EXPECT_EQ(oxygen.AtomicNumber, 8);
     EXPECT_EQ(oxygen.AtomType, 2);
@@ -109,14 +108,14 @@ TEST_F(ParameterInput, FillsTheSystem) {
     EXPECT_EQ(oxygen.BondedAtoms[0], 1);
     EXPECT_EQ(oxygen.BondedAtoms[1], 2);
     EXPECT_EQ(oxygen.AtomCharge, -0.5f);
-    EXPECT_EQ(::Run.AtomCoordinates[0].Position[0], 1.5);
-    EXPECT_EQ(::Run.AtomCoordinates[0].Position[1], -2.5);
-    EXPECT_EQ(::Run.AtomCoordinates[0].Position[2], 3.5);
-    EXPECT_EQ(::Run.AtomRecords[2].AtomIndex, 2);
-    EXPECT_EQ(::Run.AtomRecords[1].AtomType, 4);  // the last of the names that match
-    EXPECT_EQ(::Run.AtomRecords[1].AtomCharge, 0.25f);
-    EXPECT_EQ(::Run.ActiveRunKind, ParameterRun);
-    EXPECT_EQ(::Run.ErrorFrameTop, nullptr);
+    EXPECT_EQ(::Run.Molecule.AtomCoordinates[0].Position[0], 1.5);
+    EXPECT_EQ(::Run.Molecule.AtomCoordinates[0].Position[1], -2.5);
+    EXPECT_EQ(::Run.Molecule.AtomCoordinates[0].Position[2], 3.5);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[2].AtomIndex, 2);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[1].AtomType, 4);  // the last of the names that match
+    EXPECT_EQ(::Run.Molecule.AtomRecords[1].AtomCharge, 0.25f);
+    EXPECT_EQ(::Run.Job.ActiveRunKind, ParameterRun);
+    EXPECT_EQ(::Run.Report.ErrorFrameTop, nullptr);
     EXPECT_EQ(LogText, "(no file)");
 }
 
@@ -124,13 +123,13 @@ TEST_F(ParameterInput, FillsTheSystem) {
 TEST_F(ParameterInput, FlagsAreWithoutEffect) {
     EXPECT_EQ(ReadInput(NMRBlock + Water), "");
     for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(::Run.AtomRecords[i].SelectionState, 0);
+        EXPECT_EQ(::Run.Molecule.AtomRecords[i].SelectionState, 0);
     }
     EXPECT_EQ(ReadInput(NMRBlock + "QuantumSelectionBegin\n1\nmol 1 atom 3\nQuantumSelectionEnd\n" + Water), "");
-    EXPECT_EQ(::Run.AtomRecords[0].SelectionState, 1);
-    EXPECT_EQ(::Run.AtomRecords[1].SelectionState, 1);  // in spite of its "s"
-    EXPECT_EQ(::Run.AtomRecords[2].SelectionState, 0);
-    EXPECT_EQ(::Run.SelectedAtomCount, 0);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[0].SelectionState, 1);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[1].SelectionState, 1);  // in spite of its "s"
+    EXPECT_EQ(::Run.Molecule.AtomRecords[2].SelectionState, 0);
+    EXPECT_EQ(::Run.Molecule.SelectedAtomCount, 0);
 }
 
 TEST_F(ParameterInput, BlocksStandInAnyOrder) {
@@ -138,18 +137,19 @@ TEST_F(ParameterInput, BlocksStandInAnyOrder) {
     for (const std::string& text : {Water + quantum + NMRBlock, quantum + Water + NMRBlock, NMRBlock + Water + quantum,
                                     Water + NMRBlock + quantum + "TotalCharge = 4\n"}) {
         EXPECT_EQ(ReadInput(text), "");
-        EXPECT_EQ(::Run.NMRAtomList[0], 1);
-        EXPECT_EQ(::Run.AtomRecords[1].SelectionState, 0);
-        EXPECT_EQ(::Run.AtomRecords[0].SelectionState, 1);
+        EXPECT_EQ(::Run.Molecule.NMRAtomList[0], 1);
+        EXPECT_EQ(::Run.Molecule.AtomRecords[1].SelectionState, 0);
+        EXPECT_EQ(::Run.Molecule.AtomRecords[0].SelectionState, 1);
     }
-    EXPECT_EQ(::Run.TotalCharge, 4);
+    EXPECT_EQ(::Run.Options.TotalCharge, 4);
 }
 
 TEST_F(ParameterInput, PositionsCountWithinAMolecule) {
     const std::string nmr =
         "NMRSelectionBegin\n4\nmol 2 atom 1\nx 3 y 2\nmol 1 atom 2\nmol 2 atom 1\nNMRSelectionEnd\n";
     EXPECT_EQ(ReadInput(nmr + Hydrogens(5, {2, 1, 2})), "");
-    EXPECT_EQ(std::vector<int>(::Run.NMRAtomList, ::Run.NMRAtomList + 4), std::vector<int>({3, 5, 2, 3}));
+    EXPECT_EQ(std::vector<int>(::Run.Molecule.NMRAtomList, ::Run.Molecule.NMRAtomList + 4),
+              std::vector<int>({3, 5, 2, 3}));
     EXPECT_EQ(ReadInput(Replaced(nmr, "x 3 y 2", "mol 2 atom 2") + Hydrogens(5, {2, 1, 2})),
               "ERRMSG: NMR atom 2 in mol 2 in the input file <INPUT> isn't presented in the current systems.\n");
 }
@@ -158,9 +158,9 @@ TEST_F(ParameterInput, PositionsCountWithinAMolecule) {
 TEST_F(ParameterInput, AtomsBeforeTheFirstMolecule) {
     const std::string atoms = "AtomsBegin\n2\natom 1 C C C - 0 0 0 0 0\nmol\natom 1 H H H - 0 0 0 0 0\nAtomsEnd\n";
     EXPECT_EQ(ReadInput(NMRBlock + atoms), "");
-    EXPECT_EQ(::Run.AtomRecords[0].MoleculeIndex, 0);
-    EXPECT_EQ(::Run.AtomRecords[1].MoleculeIndex, 1);
-    EXPECT_EQ(::Run.NMRAtomList[0], 2);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[0].MoleculeIndex, 0);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[1].MoleculeIndex, 1);
+    EXPECT_EQ(::Run.Molecule.NMRAtomList[0], 2);
     EXPECT_EQ(
         ReadInput(Replaced(NMRBlock, "mol 1", "mol 0") + atoms),
         "ERRMSG: The indices of the NMR atoms (in the input file <INPUT>) cann't be less than or equal to zero.\n");
@@ -170,10 +170,10 @@ TEST_F(ParameterInput, NeighboursCountWithinTheirMolecule) {
     EXPECT_EQ(ReadInput(NMRBlock + "AtomsBegin\n4\nmol\n" + "atom 1 H H H - 0 0 0 0 1 2 h\natom 7 H H H - 0 0 0 0 0\n" +
                         "mol\natom 1 H H H - 0 0 0 0 2 2 t 1 a\natom 9 H H H - 0 0 0 0 1 1 s extra\nAtomsEnd\n"),
               "");
-    EXPECT_EQ(::Run.AtomRecords[0].BondedAtoms[0], 1);
-    EXPECT_EQ(::Run.AtomRecords[2].BondedAtoms[0], 3);
-    EXPECT_EQ(::Run.AtomRecords[2].BondedAtoms[1], 2);
-    EXPECT_EQ(::Run.AtomRecords[3].BondedAtoms[0], 2);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[0].BondedAtoms[0], 1);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[2].BondedAtoms[0], 3);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[2].BondedAtoms[1], 2);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[3].BondedAtoms[0], 2);
 }
 
 TEST_F(ParameterInput, NeighboursOutsideTheSystem) {
@@ -196,13 +196,13 @@ TEST_F(ParameterInput, NeighboursInOtherMolecules) {
     };
     for (int number = -1; number <= 3; ++number) {
         EXPECT_EQ(third(std::to_string(number)), "");
-        EXPECT_EQ(::Run.AtomRecords[2].BondedAtoms[0], 2 + number - 1);
+        EXPECT_EQ(::Run.Molecule.AtomRecords[2].BondedAtoms[0], 2 + number - 1);
     }
     for (const std::string number : {"-2", "4", "-2147483648", "2147483647"}) {
         EXPECT_EQ(third(number), BadRecord(3));
     }
     EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 1 2 s\nmol"), "");
-    EXPECT_EQ(::Run.AtomRecords[0].BondedAtoms[0], 1);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[0].BondedAtoms[0], 1);
 }
 
 // What else is wrong with an input explains more than a neighbour outside the system, and comes first.
@@ -243,8 +243,8 @@ TEST_F(ParameterInput, CountsOfNeighbours) {
         twelve += " 2 s";
     }
     EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 12" + twelve), "");
-    EXPECT_EQ(::Run.AtomRecords[0].BondCount, 12);
-    EXPECT_EQ(::Run.AtomRecords[0].BondedAtoms[11], 1);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[0].BondCount, 12);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[0].BondedAtoms[11], 1);
     EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 13" + twelve + " 2 s"), BadRecord(1));
     EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 2147483647" + twelve), BadRecord(1));
     EXPECT_EQ(AtomLine("atom 1 H H H - 0 0 0 0 0 5 z"), "");  // what is beyond the count isn't looked at
@@ -273,10 +273,10 @@ TEST_F(ParameterInput, WidthsOfTheWords) {
     EXPECT_EQ(AtomLine("atom 1 HYDROGEN H 0 0 0 0 0"),
               "ERRMSG: Input file <INPUT> has an undefined element OGE for atom 1.\n");
     EXPECT_EQ(AtomLine("atom 1 HYDRO H - 0 0 0 0 0"), "");  // name HYDR, element O, type H
-    EXPECT_EQ(::Run.AtomRecords[0].AtomicNumber, 8);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[0].AtomicNumber, 8);
     EXPECT_EQ(AtomLine("atom 1 H   008C flagsx0 0 0 0 0"), "");  // element 008, type C, flags of six letters
-    EXPECT_EQ(::Run.AtomRecords[0].AtomicNumber, 8);
-    EXPECT_EQ(::Run.AtomRecords[0].AtomType, 1);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[0].AtomicNumber, 8);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[0].AtomType, 1);
 }
 
 // The names of many types are found as one of few is: the last that matches, in any case.
@@ -289,9 +289,9 @@ TEST_F(ParameterInput, ManyTypes) {
     EXPECT_EQ(ReadInput(NMRBlock + "AtomsBegin\n3\nmol\natom 1 H H q7 - 0 0 0 0 0\natom 1 H H Q107 - 0 0 0 0 0\n" +
                         "atom 1 H H q899 - 0 0 0 0 0\nAtomsEnd\n"),
               "");
-    EXPECT_EQ(::Run.AtomRecords[0].AtomType, 907);
-    EXPECT_EQ(::Run.AtomRecords[1].AtomType, 107);
-    EXPECT_EQ(::Run.AtomRecords[2].AtomType, 899);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[0].AtomType, 907);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[1].AtomType, 107);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[2].AtomType, 899);
 }
 
 TEST_F(ParameterInput, BondLetters) {
@@ -309,7 +309,7 @@ TEST_F(ParameterInput, BondLetters) {
 TEST_F(ParameterInput, ElementsByNameOrNumber) {
     const auto element = [](const std::string& name) {
         EXPECT_EQ(AtomLine("atom 1 H " + name + " H - 0 0 0 0 0"), "") << name;
-        return ::Run.AtomRecords[0].AtomicNumber;
+        return ::Run.Molecule.AtomRecords[0].AtomicNumber;
     };
     EXPECT_EQ(element("cL"), 17);
     EXPECT_EQ(element("LP"), 0);
@@ -327,7 +327,7 @@ TEST_F(ParameterInput, ElementsByNameOrNumber) {
 TEST_F(ParameterInput, TypesByNameOrNumber) {
     const auto type = [](const std::string& name) {
         EXPECT_EQ(AtomLine("atom 1 H H " + name + " - 0 0 0 0 0"), "") << name;
-        return ::Run.AtomRecords[0].AtomType;
+        return ::Run.Molecule.AtomRecords[0].AtomType;
     };
     EXPECT_EQ(type("c"), 1);
     EXPECT_EQ(type("ct"), 3);
@@ -342,13 +342,13 @@ TEST_F(ParameterInput, TypesByNameOrNumber) {
 // Missing records stay cleared; they are atoms of the system as far as neighbours go.
 TEST_F(ParameterInput, FewerAtomLinesThanTheCount) {
     EXPECT_EQ(ReadInput(NMRBlock + Hydrogens(4, {1})), "");
-    EXPECT_EQ(::Run.AtomCount, 4);
-    EXPECT_EQ(::Run.AtomRecords[3].AtomicNumber, 0);
-    EXPECT_EQ(::Run.AtomRecords[3].MoleculeIndex, 0);
-    EXPECT_EQ(::Run.AtomRecords[3].BondCount, 0);
-    EXPECT_EQ(::Run.AtomCoordinates[3].Position[0], 0.0);
+    EXPECT_EQ(::Run.Molecule.AtomCount, 4);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[3].AtomicNumber, 0);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[3].MoleculeIndex, 0);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[3].BondCount, 0);
+    EXPECT_EQ(::Run.Molecule.AtomCoordinates[3].Position[0], 0.0);
     EXPECT_EQ(ReadInput(NMRBlock + "AtomsBegin\n3\nmol\natom 1 H H H - 0 0 0 0 1 3 s\nAtomsEnd\n"), "");
-    EXPECT_EQ(::Run.AtomRecords[0].BondedAtoms[0], 2);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[0].BondedAtoms[0], 2);
     EXPECT_EQ(ReadInput(NMRBlock + Hydrogens(2, {3})),
               "ERRMSG: The number of atoms in the current system is bigger than you specified in the input file "
               "<INPUT>.\n");
@@ -357,36 +357,36 @@ TEST_F(ParameterInput, FewerAtomLinesThanTheCount) {
 TEST_F(ParameterInput, RepeatedBlocksReplaceTheEarlierOnes) {
     const std::string other = "nmrselectionbegin\n2\nmol 1 atom 3\nmol 1 atom 2\nNMRSELECTIONEND\n";
     EXPECT_EQ(ReadInput(NMRBlock + Water + other), "");
-    EXPECT_EQ(::Run.NMRAtomCount, 2);
-    EXPECT_EQ(::Run.NMRAtomList[0], 3);
+    EXPECT_EQ(::Run.Molecule.NMRAtomCount, 2);
+    EXPECT_EQ(::Run.Molecule.NMRAtomList[0], 3);
     EXPECT_EQ(ReadInput(NMRBlock + Water + Hydrogens(2, {1, 1})), "");
-    EXPECT_EQ(::Run.AtomCount, 2);
-    EXPECT_EQ(::Run.AtomRecords[1].MoleculeIndex, 2);
+    EXPECT_EQ(::Run.Molecule.AtomCount, 2);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[1].MoleculeIndex, 2);
     const std::string quantum = "QuantumSelectionBegin\n1\nmol 1 atom 1\nQuantumSelectionEnd\n";
     EXPECT_EQ(ReadInput(quantum + Replaced(quantum, "atom 1", "atom 2") + NMRBlock + Water), "");
-    EXPECT_EQ(::Run.AtomRecords[0].SelectionState, 1);
-    EXPECT_EQ(::Run.AtomRecords[1].SelectionState, 0);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[0].SelectionState, 1);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[1].SelectionState, 0);
 }
 
 TEST_F(ParameterInput, CountsAndEntriesStandInAnySpacing) {
     EXPECT_EQ(ReadInput("NMRSelectionBegin\n\n  2 mol 1\natom\n\n3 a 1b 1\n\nNMRSelectionEnd\n" + Water), "");
-    EXPECT_EQ(::Run.NMRAtomList[0], 3);
-    EXPECT_EQ(::Run.NMRAtomList[1], 1);
+    EXPECT_EQ(::Run.Molecule.NMRAtomList[0], 3);
+    EXPECT_EQ(::Run.Molecule.NMRAtomList[1], 1);
     // Behind the count all white space is swallowed, and so a first line within the block may begin with blanks.
     const std::string spaced = Replaced(Water, "\n3\nmol 1", "\n\n\t3\n\n mol\n mol\nmol 2");
     EXPECT_EQ(ReadInput(Replaced(NMRBlock, "mol 1", "mol 2") + spaced), "");
-    EXPECT_EQ(::Run.AtomRecords[0].MoleculeIndex, 2);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[0].MoleculeIndex, 2);
     const std::string longWords =
         "NMRSelectionBegin\n1\n" + std::string(900, 'm') + " 1 " + std::string(900, 'a') + " 2\nNMRSelectionEnd\n";
     EXPECT_EQ(ReadInput(longWords + Water), "");
-    EXPECT_EQ(::Run.NMRAtomList[0], 2);
+    EXPECT_EQ(::Run.Molecule.NMRAtomList[0], 2);
 }
 
 // Trailing blanks of a marker are removed, leading ones aren't; those before an option key are skipped.
 TEST_F(ParameterInput, BlanksAroundMarkersAndKeys) {
     const std::string trailing = Replaced(Replaced(NMRBlock, "Begin", "Begin \t\f"), "End", "End  \x01");
     EXPECT_EQ(ReadInput("  TotalCharge = 2  \n" + trailing + Replaced(Water, "AtomsBegin", "ATOMSBEGIN   ")), "");
-    EXPECT_EQ(::Run.TotalCharge, 2);
+    EXPECT_EQ(::Run.Options.TotalCharge, 2);
     EXPECT_EQ(ReadInput(std::string(" ") + NMRBlock + Water),
               "ERRMSG: Input file <INPUT> doesn't have NMR selection of atoms beginning with NMRSelectionBegin and "
               "ending with NMRSelectionEnd.\n");
@@ -400,15 +400,15 @@ TEST_F(ParameterInput, BlanksAroundMarkersAndKeys) {
               "ending with AtomEnd.\n");
     // The end of the atoms isn't seen: the block ends with the file, and the option in it isn't read.
     EXPECT_EQ(ReadInput(NMRBlock + Replaced(Water, "AtomsEnd", " AtomsEnd") + "TotalCharge = 5\n"), "");
-    EXPECT_EQ(::Run.TotalCharge, 0);
+    EXPECT_EQ(::Run.Options.TotalCharge, 0);
 }
 
 TEST_F(ParameterInput, BeginningsOfLinesWithinTheAtoms) {
     EXPECT_EQ(ReadInput(NMRBlock + Replaced(Water, "AtomsEnd", "atomsENDED here\nTotalCharge = 3")), "");
-    EXPECT_EQ(::Run.TotalCharge, 3);
+    EXPECT_EQ(::Run.Options.TotalCharge, 3);
     EXPECT_EQ(ReadInput(NMRBlock + Replaced(Water, "AtomsEnd", "endmol 1\n atom x\nTotalCharge = 3\n; mol\nAtomsEnd")),
               "");
-    EXPECT_EQ(::Run.TotalCharge, 0);
+    EXPECT_EQ(::Run.Options.TotalCharge, 0);
     EXPECT_EQ(ReadInput(NMRBlock + Replaced(Water, "mol 1\n", "molecule\nMOL\nMolten\n") + ""),
               "ERRMSG: NMR atom 1 in mol 1 in the input file <INPUT> isn't presented in the current systems.\n");
     EXPECT_EQ(ReadInput(NMRBlock + Replaced(Water, "AtomsEnd", "Atoms")),
@@ -420,10 +420,10 @@ TEST_F(ParameterInput, BeginningsOfLinesWithinTheAtoms) {
 TEST_F(ParameterInput, SelectionsWithoutAnEnd) {
     const std::string open = "NMRSelectionBegin\n1\nmol 1 atom 1\n; comment\nTotalCharge = 3\n";
     EXPECT_EQ(ReadInput(Water + open + "NMRSelectionEnd\n"), "");
-    EXPECT_EQ(::Run.TotalCharge, 0);
+    EXPECT_EQ(::Run.Options.TotalCharge, 0);
     EXPECT_EQ(LogText, "(no file)");
     EXPECT_EQ(ReadInput(Water + open), "");
-    EXPECT_EQ(::Run.TotalCharge, 0);
+    EXPECT_EQ(::Run.Options.TotalCharge, 0);
     EXPECT_EQ(LogText, Unknown("TotalCharge = 3"));  // the last line, met as no option
     EXPECT_EQ(ReadInput(Water + open + "QuantumSelectionBegin"),
               "ERRMSG: Velkoran has met troubles when reading in the number of selected atoms from the input file "
@@ -438,11 +438,11 @@ TEST_F(ParameterInput, SelectionsWithoutAnEnd) {
 
 TEST_F(ParameterInput, UnknownOptions) {
     EXPECT_EQ(ReadInput("totalcharge = 1\nno sign\n; a = b\n\n = \n x=1 \t\n" + NMRBlock + Water), "");
-    EXPECT_EQ(::Run.TotalCharge, 0);
+    EXPECT_EQ(::Run.Options.TotalCharge, 0);
     EXPECT_EQ(LogText, Unknown("totalcharge = 1") + Unknown(" =") + Unknown(" x=1"));
     EXPECT_EQ(ReadInput("SemiEmpiricalMethod = tndo3\nTotalCharge = 1\nTotalCharge = 2\n" + NMRBlock + Water), "");
-    EXPECT_EQ(::Run.SemiEmpiricalMethod, 1);
-    EXPECT_EQ(::Run.TotalCharge, 2);
+    EXPECT_EQ(::Run.Options.SemiEmpiricalMethod, 1);
+    EXPECT_EQ(::Run.Options.TotalCharge, 2);
     EXPECT_EQ(LogText, "(no file)");
     EXPECT_EQ(ReadInput(" ; x = 1\n" + NMRBlock + Water), "");  // a comment has its sign first
     EXPECT_EQ(LogText, Unknown(" ; x = 1"));
@@ -452,11 +452,11 @@ TEST_F(ParameterInput, UnknownOptions) {
 TEST_F(ParameterInput, LongLinesAreReadInPieces) {
     const std::string start = "TotalCharge = 3" + std::string(496, ' ');
     EXPECT_EQ(ReadInput(start + "TotalCharge = 4" + std::string(85, ' ') + "\n" + NMRBlock + Water), "");
-    EXPECT_EQ(::Run.TotalCharge, 4);
+    EXPECT_EQ(::Run.Options.TotalCharge, 4);
     EXPECT_EQ(ReadInput(std::string(";") + std::string(510, 'x') + "TotalCharge = 5\n" + NMRBlock + Water), "");
-    EXPECT_EQ(::Run.TotalCharge, 5);
+    EXPECT_EQ(::Run.Options.TotalCharge, 5);
     EXPECT_EQ(ReadInput(std::string(";") + std::string(509, 'x') + "\nTotalCharge = 6\n" + NMRBlock + Water), "");
-    EXPECT_EQ(::Run.TotalCharge, 6);
+    EXPECT_EQ(::Run.Options.TotalCharge, 6);
     EXPECT_EQ(ReadInput(std::string(511, ' ') + NMRBlock + std::string(511, 'x') + Water), "");
     EXPECT_EQ(ReadInput(std::string(510, 'x') + "=" + std::string(89, 'y') + "\n" + NMRBlock + Water), "");
     EXPECT_EQ(LogText, ("Unknown initialization: " + std::string(400, 'x')).substr(0, 399) + "\n");
@@ -467,9 +467,9 @@ TEST_F(ParameterInput, LongLinesAreReadInPieces) {
 
 TEST_F(ParameterInput, CarriageReturns) {
     EXPECT_EQ(ReadInput(Replaced("TotalCharge = 2\nCalculateCoupling = no\n" + NMRBlock + Water, "\n", "\r\n")), "");
-    EXPECT_EQ(::Run.TotalCharge, 2);
-    EXPECT_EQ(::Run.CalculateCoupling, 0);
-    EXPECT_EQ(::Run.AtomRecords[2].AtomicNumber, 1);
+    EXPECT_EQ(::Run.Options.TotalCharge, 2);
+    EXPECT_EQ(::Run.Options.CalculateCoupling, 0);
+    EXPECT_EQ(::Run.Molecule.AtomRecords[2].AtomicNumber, 1);
     EXPECT_EQ(LogText, "(no file)");
 }
 
@@ -477,7 +477,7 @@ TEST_F(ParameterInput, CarriageReturns) {
 TEST_F(ParameterInput, NullBytes) {
     using namespace std::string_literals;
     EXPECT_EQ(ReadInput("\0x = 1\nTotalCharge = 2\0 3\ny\0 = 1\n"s + NMRBlock + Water), "");
-    EXPECT_EQ(::Run.TotalCharge, 2);
+    EXPECT_EQ(::Run.Options.TotalCharge, 2);
     EXPECT_EQ(LogText, "(no file)");
 }
 
@@ -510,9 +510,9 @@ TEST_F(ParameterInput, SpectraNeedTheOtherTwoOff) {
 
 TEST_F(ParameterInput, LogPrintLevelOfTenSwitchesTheLogOff) {
     EXPECT_EQ(ReadInput("LogPrintLevel = 9\n" + NMRBlock + Water), "");
-    EXPECT_EQ(::Run.LogEnabled, 1);
+    EXPECT_EQ(::Run.Report.LogEnabled, 1);
     EXPECT_EQ(ReadInput("LogPrintLevel = 10\nx = 1\n" + NMRBlock + Water), "");
-    EXPECT_EQ(::Run.LogEnabled, 0);
+    EXPECT_EQ(::Run.Report.LogEnabled, 0);
     EXPECT_EQ(LogText, Unknown("x = 1"));  // what came while reading stays
 }
 

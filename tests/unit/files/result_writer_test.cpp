@@ -18,11 +18,11 @@ static constexpr char Labels[] = "FREQUNCY INTENSITY DEGENERACY LINEWIDTH\n";  /
 static std::string Written(const std::vector<SpectrumLine>& lines) {
     TemporaryDirectory work;
     UseFilesIn(work.Path);
-    ::Run.CalculateSpectra = 1;
+    ::Run.Options.CalculateSpectra = 1;
     LoadLines(lines);
-    ::Run.SpectrumLineCount = static_cast<int>(lines.size());
+    ::Run.Lines.SpectrumLineCount = static_cast<int>(lines.size());
     WriteResults();
-    EXPECT_EQ(::Run.SpectrumLines, nullptr);
+    EXPECT_EQ(::Run.Lines.SpectrumLines, nullptr);
     const std::string text = ReadText(work.Path + "/nmrspect.out");
     ResetRun();
     return text;
@@ -125,7 +125,7 @@ TEST(ListTable, BlocksOfSixEndInAnEmptyLine) {
 TEST(Listing, NothingIsListedWithoutALog) {
     TemporaryDirectory work;
     UseFilesIn(work.Path);
-    ::Run.LogEnabled = 0;
+    ::Run.Report.LogEnabled = 0;
     Simulate(LikeSpins({1.0, 2.0}, {3.0}));
     EXPECT_TRUE(std::filesystem::is_empty(work.Path));
     ResetRun();

@@ -62,47 +62,47 @@ protected:
 
 TEST_F(SpectrumInput, FillsTheSpinSystem) {
     EXPECT_EQ(ReadInput(Joined(TwoGroups())), "");
-    EXPECT_EQ(::Run.SpinGroupCount, 2);
-    EXPECT_EQ(::Run.IsotopicNumbers[0], 1);
-    EXPECT_EQ(::Run.IsotopicNumbers[1], 19);
-    EXPECT_EQ(::Run.NucleiInGroup[0], 3);
-    EXPECT_EQ(::Run.NucleiInGroup[1], 2);
-    EXPECT_EQ(::Run.NMRFrequency, 300.0);
-    EXPECT_EQ(::Run.ChemicalShifts[0], 1.5);
-    EXPECT_EQ(::Run.ChemicalShifts[1], -2.25);
-    EXPECT_EQ(::Run.CouplingMatrix[1], 7.0);
-    EXPECT_EQ(::Run.CouplingMatrix[2], 7.0);  // the upper triangle's, the file has 99
-    EXPECT_EQ(::Run.MinimalIntensity, 0.5);
-    EXPECT_EQ(::Run.UseWeakCoupling, 0);
-    EXPECT_EQ(::Run.CalculateSpectra, 1);
-    EXPECT_EQ(::Run.CalculateShielding, 0);
-    EXPECT_EQ(::Run.CalculateCoupling, 0);
-    EXPECT_EQ(::Run.LogPrintLevel, 0);
-    EXPECT_EQ(::Run.LogEnabled, 1);
-    EXPECT_EQ(::Run.ActiveRunKind, SpectrumRun);
-    EXPECT_EQ(::Run.ErrorFrameTop, nullptr);
+    EXPECT_EQ(::Run.Spins.SpinGroupCount, 2);
+    EXPECT_EQ(::Run.Spins.IsotopicNumbers[0], 1);
+    EXPECT_EQ(::Run.Spins.IsotopicNumbers[1], 19);
+    EXPECT_EQ(::Run.Spins.NucleiInGroup[0], 3);
+    EXPECT_EQ(::Run.Spins.NucleiInGroup[1], 2);
+    EXPECT_EQ(::Run.Options.NMRFrequency, 300.0);
+    EXPECT_EQ(::Run.Spins.ChemicalShifts[0], 1.5);
+    EXPECT_EQ(::Run.Spins.ChemicalShifts[1], -2.25);
+    EXPECT_EQ(::Run.Spins.CouplingMatrix[1], 7.0);
+    EXPECT_EQ(::Run.Spins.CouplingMatrix[2], 7.0);  // the upper triangle's, the file has 99
+    EXPECT_EQ(::Run.Options.MinimalIntensity, 0.5);
+    EXPECT_EQ(::Run.Options.UseWeakCoupling, 0);
+    EXPECT_EQ(::Run.Options.CalculateSpectra, 1);
+    EXPECT_EQ(::Run.Options.CalculateShielding, 0);
+    EXPECT_EQ(::Run.Options.CalculateCoupling, 0);
+    EXPECT_EQ(::Run.Options.LogPrintLevel, 0);
+    EXPECT_EQ(::Run.Report.LogEnabled, 1);
+    EXPECT_EQ(::Run.Job.ActiveRunKind, SpectrumRun);
+    EXPECT_EQ(::Run.Report.ErrorFrameTop, nullptr);
 }
 
 TEST_F(SpectrumInput, MissingNumbersOfNucleiAreOne) {
     EXPECT_EQ(WithLine(3, "1 1"), "");
-    EXPECT_EQ(::Run.NucleiInGroup[0], 1);
-    EXPECT_EQ(::Run.NucleiInGroup[1], 1);
+    EXPECT_EQ(::Run.Spins.NucleiInGroup[0], 1);
+    EXPECT_EQ(::Run.Spins.NucleiInGroup[1], 1);
     EXPECT_EQ(WithLine(3, "1 1 4"), "");
-    EXPECT_EQ(::Run.NucleiInGroup[0], 4);
-    EXPECT_EQ(::Run.NucleiInGroup[1], 1);
+    EXPECT_EQ(::Run.Spins.NucleiInGroup[0], 4);
+    EXPECT_EQ(::Run.Spins.NucleiInGroup[1], 1);
     EXPECT_EQ(WithLine(3, "1 1 4 x 5"), "");
-    EXPECT_EQ(::Run.NucleiInGroup[1], 1);
+    EXPECT_EQ(::Run.Spins.NucleiInGroup[1], 1);
     EXPECT_EQ(WithLine(3, "1 1 x 5"), "");  // from the first that is missing on
-    EXPECT_EQ(::Run.NucleiInGroup[0], 1);
-    EXPECT_EQ(::Run.NucleiInGroup[1], 1);
+    EXPECT_EQ(::Run.Spins.NucleiInGroup[0], 1);
+    EXPECT_EQ(::Run.Spins.NucleiInGroup[1], 1);
     EXPECT_EQ(WithLine(3, "1"), Troubles(3));
 }
 
 TEST_F(SpectrumInput, SizesOfGroups) {
     EXPECT_EQ(WithLine(3, "1 1 0 0"), "");
-    EXPECT_EQ(::Run.NucleiInGroup[0], 0);
+    EXPECT_EQ(::Run.Spins.NucleiInGroup[0], 0);
     EXPECT_EQ(WithLine(3, "1 1 25 169"), "");
-    EXPECT_EQ(::Run.NucleiInGroup[1], LargestGroup);
+    EXPECT_EQ(::Run.Spins.NucleiInGroup[1], LargestGroup);
     EXPECT_EQ(WithLine(3, "1 1 1 170"), Troubles(3));
     EXPECT_EQ(WithLine(3, "1 1 -1 1"), Troubles(3));
     EXPECT_EQ(WithLine(3, "-7 2147483647 1 1"), "");  // isotopes are compared for equality only
@@ -173,13 +173,13 @@ TEST_F(SpectrumInput, WholeNumbersStopAtTheirFraction) {
     EXPECT_EQ(WithLine(5, "300.7"),
               Troubles(7));  // ".7" is taken for the heading, and the heading for the shifts
     EXPECT_EQ(WithLine(14, "1.7"), "");
-    EXPECT_EQ(::Run.UseWeakCoupling, 1);
+    EXPECT_EQ(::Run.Options.UseWeakCoupling, 1);
     EXPECT_EQ(WithLine(14, "-3"), "");
-    EXPECT_EQ(::Run.UseWeakCoupling, -3);
+    EXPECT_EQ(::Run.Options.UseWeakCoupling, -3);
     EXPECT_EQ(WithLine(5, "-300"), "");
-    EXPECT_EQ(::Run.NMRFrequency, -300.0);
+    EXPECT_EQ(::Run.Options.NMRFrequency, -300.0);
     EXPECT_EQ(WithLine(5, "99999999999"), "");
-    EXPECT_EQ(::Run.NMRFrequency, 2147483647.0);
+    EXPECT_EQ(::Run.Options.NMRFrequency, 2147483647.0);
 }
 
 // A stream that gives a text and then an error instead of its end.
@@ -222,7 +222,7 @@ TEST_F(SpectrumInput, ReadErrorWithinAStepFailsTheStep) {
 TEST_F(SpectrumInput, SecondReadingReplacesTheFirst) {
     EXPECT_EQ(ReadInput(Joined(TwoGroups())), "");
     EXPECT_EQ(ReadInput("title\n1\n13\nh\n75\nh\n9\nh\n0\nh\n1\nh\n1\n"), "");
-    EXPECT_EQ(::Run.SpinGroupCount, 1);
-    EXPECT_EQ(::Run.IsotopicNumbers[0], 13);
-    EXPECT_EQ(::Run.UseWeakCoupling, 1);
+    EXPECT_EQ(::Run.Spins.SpinGroupCount, 1);
+    EXPECT_EQ(::Run.Spins.IsotopicNumbers[0], 13);
+    EXPECT_EQ(::Run.Options.UseWeakCoupling, 1);
 }

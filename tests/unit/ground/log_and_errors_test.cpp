@@ -42,7 +42,7 @@ TEST(Log, DisabledLogWritesNothingAndLosesWarnings) {
     TemporaryDirectory work;
     EXPECT_EQ(InChild(work.Path,
                       [] {
-                          ::Run.LogEnabled = 0;
+                          ::Run.Report.LogEnabled = 0;
                           LogAppend("one");
                           LogProgress(4148);
                           LogMessage(8536, 3);
@@ -76,8 +76,8 @@ TEST(Log, UnopenableLogAndOutputEndTheRun) {
     EXPECT_EQ(InChild(work.Path,
                       [&] {
                           RedirectTo(work.Path + "/stderr", stderr);
-                          std::strcpy(::Run.OutputFilePath, "/no/such/place");
-                          ::Run.LogFilePath = ::Run.OutputFilePath;
+                          std::strcpy(::Run.Job.OutputFilePath, "/no/such/place");
+                          ::Run.Job.LogFilePath = ::Run.Job.OutputFilePath;
                           LogAppend("one");
                       }),
               0);
@@ -116,7 +116,7 @@ TEST(FatalError, ReplacesTheOutputFileAndNotTheLog) {
     EXPECT_EQ(InChild(work.Path,
                       [] {
                           LogAppend("so far");
-                          const char* path = ::Run.InputFilePath;
+                          const char* path = ::Run.Job.InputFilePath;
                           FatalError(24626, 7, path);
                       }),
               0);
@@ -164,7 +164,7 @@ TEST(FatalError, DuringSetUpGoesToStandardOutput) {
     TemporaryDirectory work;
     EXPECT_EQ(InChild(work.Path,
                       [&] {
-                          ::Run.ConsoleMode = 1;
+                          ::Run.Process.ConsoleMode = 1;
                           RedirectTo(work.Path + "/stdout", stdout);
                           FatalError(24577);
                       }),
@@ -176,7 +176,7 @@ TEST(FatalError, DuringSetUpGoesToStandardOutput) {
 TEST(FatalError, ConsoleModeShowsWarningsToo) {
     TemporaryDirectory work;
     InChild(work.Path, [&] {
-        ::Run.ConsoleMode = 1;
+        ::Run.Process.ConsoleMode = 1;
         RedirectTo(work.Path + "/stdout", stdout);
         Warning(16385);
         const char* word = "\x1b[31m";

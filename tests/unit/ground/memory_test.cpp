@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Large blocks of memory lie on large pages where the system has them, also after they have grown.
 #include "ground/memory.h"
+#include "tests/support/test_support.h"
 
 #include <gtest/gtest.h>
 
@@ -59,19 +60,18 @@ protected:
 };
 
 TEST_F(LargePages, AreAskedForBehindLargeBlocks) {
-    char* block = AllocateArray<char>(Large);
-    ASSERT_NE(block, nullptr);
+    char* block = nullptr;
+    ASSERT_TRUE(AllocateArray(block, Large));
     EXPECT_TRUE(AsksForLargePages(block, Large));
     FreeArray(block);
-    block = AllocateZeroed<char>(Large);
-    ASSERT_NE(block, nullptr);
+    ASSERT_TRUE(AllocateZeroed(block, Large));
     EXPECT_TRUE(AsksForLargePages(block, Large));
     FreeArray(block);
 }
 
 TEST_F(LargePages, AreNotAskedForBehindSmallerOnes) {
-    char* block = AllocateArray<char>(Small);
-    ASSERT_NE(block, nullptr);
+    char* block = nullptr;
+    ASSERT_TRUE(AllocateArray(block, Small));
     EXPECT_NE(MappingFlags(block, Small), "");
     EXPECT_FALSE(AsksForLargePages(block, Small));
     FreeArray(block);
@@ -79,13 +79,12 @@ TEST_F(LargePages, AreNotAskedForBehindSmallerOnes) {
 
 // One mapping before and after: a split one couldn't grow without a copy, and would need both blocks at once.
 TEST_F(LargePages, StayBehindAGrowingBlock) {
-    char* block = AllocateArray<char>(Large);
-    ASSERT_NE(block, nullptr);
+    char* block = nullptr;
+    ASSERT_TRUE(AllocateArray(block, Large));
     block[0] = 'a';
     block[Large - 1] = 'z';
     ASSERT_NE(MappingFlags(block, Large), "");
-    block = static_cast<char*>(ReallocateBytes(block, Larger, 1));
-    ASSERT_NE(block, nullptr);
+    ASSERT_TRUE(GrowArray(block, Larger));
     EXPECT_EQ(block[0], 'a');
     EXPECT_EQ(block[Large - 1], 'z');
     EXPECT_TRUE(AsksForLargePages(block, Larger));
@@ -143,11 +142,70 @@ TEST(TouchedPages, CountAsTaken) {
     if (Sanitized) {
         GTEST_SKIP() << "an allocator that touches pages itself";
     }
-    char* block = AllocateArray<char>(Small);
-    ASSERT_NE(block, nullptr);
+    char* block = nullptr;
+    ASSERT_TRUE(AllocateArray(block, Small));
     EXPECT_LT(ResidentBytes(block), Small / 2);
     ArrayToucher toucher;
     toucher(block, Small);
     EXPECT_GE(ResidentBytes(block), Small);
     FreeArray(block);
+}
+
+// A stage's own work, and a field of the run.
+static struct {
+    double* Numbers;
+    int* Places;
+} Stage;
+
+TEST(NotedArrays, AreFreedByRecord) {
+    ResetRun();
+    ASSERT_TRUE(AllocateArray(Stage.Numbers, 3));
+    ASSERT_TRUE(AllocateZeroed(Stage.Places, 5));
+    ASSERT_TRUE(GrowArray(::Run.Lines.SpectrumLines, 2));
+    EXPECT_EQ(Stage.Places[4], 0);
+    FreeArraysOf(Stage);
+    EXPECT_EQ(Stage.Numbers, nullptr);
+    EXPECT_EQ(Stage.Places, nullptr);
+    EXPECT_NE(::Run.Lines.SpectrumLines, nullptr);
+    FreeNotedArrays();
+    EXPECT_EQ(::Run.Lines.SpectrumLines, nullptr);
+}
+
+// What is freed by hand is no longer noted: its place may be anything afterwards.
+TEST(NotedArrays, AreForgottenOnceFreed) {
+    ResetRun();
+    ASSERT_TRUE(AllocateArray(Stage.Numbers, 3));
+    FreeArray(Stage.Numbers);
+    double elsewhere = 1.0;
+    Stage.Numbers = &elsewhere;
+    FreeNotedArrays();
+    EXPECT_EQ(Stage.Numbers, &elsewhere);
+    Stage.Numbers = nullptr;
+}
+
+TEST(NotedArrays, ReplaceTheArrayBefore) {
+    ResetRun();
+    ASSERT_TRUE(AllocateArray(Stage.Numbers, 3));
+    EXPECT_FALSE(AllocateArray(Stage.Numbers, 1LL << 50));
+    EXPECT_EQ(Stage.Numbers, nullptr);
+    ASSERT_TRUE(AllocateArray(Stage.Numbers, 3));
+    const double* before = Stage.Numbers;
+    EXPECT_FALSE(GrowArray(Stage.Numbers, 1LL << 50));
+    EXPECT_EQ(Stage.Numbers, before);
+    FreeNotedArrays();
+}
+
+TEST(NotedArrays, TooManyAreRefused) {
+    ResetRun();
+    static char* places[300];
+    int taken = 0;
+    while (taken < 300 && AllocateArray(places[taken], 1)) {
+        ++taken;
+    }
+    EXPECT_GE(taken, 200);
+    EXPECT_LT(taken, 300);
+    FreeArraysOf(places);
+    EXPECT_EQ(places[0], nullptr);
+    EXPECT_TRUE(AllocateArray(places[299], 1));
+    FreeNotedArrays();
 }

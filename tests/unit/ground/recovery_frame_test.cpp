@@ -36,12 +36,12 @@ static void GuardedScope(const char* name, void (*inner)()) {
 }
 
 static void Raise() {
-    ::Run.LastErrorCode = 24834;
+    ::Run.Report.LastErrorCode = 24834;
     RaiseError();
 }
 
 static void RaiseWithoutCode() {
-    ::Run.LastErrorCode = 0;
+    ::Run.Report.LastErrorCode = 0;
     RaiseError();
 }
 
@@ -61,8 +61,8 @@ static void OutermostScope(void (*inner)()) {
 TEST_F(RecoveryFrames, ChainUnwindsFromTheNewestToTheOldest) {
     OutermostScope([] { GuardedScope("run", [] { GuardedScope("reader", Raise); }); });
     EXPECT_EQ(Trace, "reader run process ");
-    EXPECT_EQ(::Run.LastErrorCode, 0);
-    EXPECT_EQ(::Run.ErrorFrameTop, nullptr);
+    EXPECT_EQ(::Run.Report.LastErrorCode, 0);
+    EXPECT_EQ(::Run.Report.ErrorFrameTop, nullptr);
 }
 
 TEST_F(RecoveryFrames, ErrorWithoutCodeIsNotPassedOn) {
@@ -71,9 +71,9 @@ TEST_F(RecoveryFrames, ErrorWithoutCodeIsNotPassedOn) {
 }
 
 TEST_F(RecoveryFrames, OrdinaryWayOutRaisesNothing) {
-    OutermostScope([] { GuardedScope("run", [] { ::Run.LastErrorCode = 24834; }); });
+    OutermostScope([] { GuardedScope("run", [] { ::Run.Report.LastErrorCode = 24834; }); });
     EXPECT_EQ(Trace, "");
-    EXPECT_EQ(::Run.LastErrorCode, 0);  // the last frame clears it
+    EXPECT_EQ(::Run.Report.LastErrorCode, 0);  // the last frame clears it
 }
 
 TEST_F(RecoveryFrames, FinalPopKeepsTheCodeWhileAnOlderFrameIsRaised) {
@@ -82,23 +82,23 @@ TEST_F(RecoveryFrames, FinalPopKeepsTheCodeWhileAnOlderFrameIsRaised) {
     PushRecoveryFrame(older);
     PushRecoveryFrame(newer);
     older.Raised = 1;
-    ::Run.LastErrorCode = 24834;
+    ::Run.Report.LastErrorCode = 24834;
     PopRecoveryFrame(1);
-    EXPECT_EQ(::Run.LastErrorCode, 24834);
-    EXPECT_EQ(::Run.ErrorFrameTop, &older);
+    EXPECT_EQ(::Run.Report.LastErrorCode, 24834);
+    EXPECT_EQ(::Run.Report.ErrorFrameTop, &older);
     PopRecoveryFrame(1);
-    EXPECT_EQ(::Run.LastErrorCode, 0);
+    EXPECT_EQ(::Run.Report.LastErrorCode, 0);
 }
 
 TEST_F(RecoveryFrames, FinalPopKeepsTheCodeUnderAGuard) {
     RecoveryFrame frame;
     RecoveryFrame guard;
     PushRecoveryFrame(frame);
-    ::Run.FatalGuardFrame = &guard;
-    ::Run.LastErrorCode = 24834;
+    ::Run.Report.FatalGuardFrame = &guard;
+    ::Run.Report.LastErrorCode = 24834;
     PopRecoveryFrame(0);
-    EXPECT_EQ(::Run.LastErrorCode, 24834);
-    ::Run.FatalGuardFrame = nullptr;
+    EXPECT_EQ(::Run.Report.LastErrorCode, 24834);
+    ::Run.Report.FatalGuardFrame = nullptr;
 }
 
 TEST_F(RecoveryFrames, PushFillsTheFrame) {
@@ -109,8 +109,8 @@ TEST_F(RecoveryFrames, PushFillsTheFrame) {
     PushRecoveryFrame(newer);
     EXPECT_EQ(newer.Previous, &older);
     EXPECT_EQ(newer.Raised, 0);
-    EXPECT_EQ(::Run.ErrorFrameTop, &newer);
-    ::Run.ErrorFrameTop = nullptr;
+    EXPECT_EQ(::Run.Report.ErrorFrameTop, &newer);
+    ::Run.Report.ErrorFrameTop = nullptr;
 }
 
 // An error raised within the reporting of one resumes the guard, not the run: the frame of the run is only
@@ -119,12 +119,12 @@ static void RaiseUnderANewerGuard() {
     RecoveryFrame guard = {};
     if (SAVE_CONTEXT(guard)) {
         Trace += "guard ";
-        ::Run.FatalGuardFrame = nullptr;
-        EXPECT_EQ(::Run.ErrorFrameTop->Raised, 1);
+        ::Run.Report.FatalGuardFrame = nullptr;
+        EXPECT_EQ(::Run.Report.ErrorFrameTop->Raised, 1);
         return;
     }
-    ::Run.FatalGuardFrame = &guard;
-    ::Run.LastErrorCode = 1;
+    ::Run.Report.FatalGuardFrame = &guard;
+    ::Run.Report.LastErrorCode = 1;
     RaiseError();
 }
 
@@ -142,17 +142,17 @@ TEST_F(RecoveryFrames, SilentFatalErrorUnwindsAndResetsItsFlag) {
     UseFilesIn(work.Path);
     OutermostScope([] {
         GuardedScope("run", [] {
-            ::Run.ReportFatalFlag = 0;
+            ::Run.Report.ReportFatalFlag = 0;
             FatalError(24834);
         });
     });
     EXPECT_EQ(Trace, "run process ");
-    EXPECT_EQ(::Run.ReportFatalFlag, 1);
-    EXPECT_EQ(::Run.FatalGuardFrame, nullptr);
-    EXPECT_EQ(::Run.LastErrorCode, 0);
+    EXPECT_EQ(::Run.Report.ReportFatalFlag, 1);
+    EXPECT_EQ(::Run.Report.FatalGuardFrame, nullptr);
+    EXPECT_EQ(::Run.Report.LastErrorCode, 0);
     EXPECT_EQ(ReadText(work.Path + "/nmrspect.out"), "(no file)");
     EXPECT_EQ(ReadText(work.Path + "/run.log"), "(no file)");
-    ::Run.LogFilePath = nullptr;
+    ::Run.Job.LogFilePath = nullptr;
 }
 
 class Polling : public RecoveryFrames {
@@ -165,33 +165,33 @@ protected:
 };
 
 TEST_F(Polling, YieldsOnceEnoughWorkHasComeTogether) {
-    ::Run.PollShift = 13;
+    ::Run.Report.PollShift = 13;
     PostWindowMessage(Window, ExternalEventMessage);
     PollMessages(8191);
     PollMessages(1);
-    EXPECT_EQ(::Run.ExternalEventSeen, 0);
-    EXPECT_EQ(::Run.PollCounter, 8192);
+    EXPECT_EQ(::Run.Process.ExternalEventSeen, 0);
+    EXPECT_EQ(::Run.Report.PollCounter, 8192);
     PollMessages(5);
-    EXPECT_EQ(::Run.ExternalEventSeen, 1);
-    EXPECT_EQ(::Run.PollCounter, 5);
+    EXPECT_EQ(::Run.Process.ExternalEventSeen, 1);
+    EXPECT_EQ(::Run.Report.PollCounter, 5);
 }
 
 TEST_F(Polling, WithoutAShiftEveryCallWithACounterYields) {
     PostWindowMessage(Window, ExternalEventMessage);
     PollMessages(1);
-    EXPECT_EQ(::Run.ExternalEventSeen, 0);
+    EXPECT_EQ(::Run.Process.ExternalEventSeen, 0);
     PollMessages(0);
-    EXPECT_EQ(::Run.ExternalEventSeen, 1);
-    EXPECT_EQ(::Run.PollCounter, 0);
+    EXPECT_EQ(::Run.Process.ExternalEventSeen, 1);
+    EXPECT_EQ(::Run.Report.PollCounter, 0);
 }
 
 TEST_F(Polling, CounterIsShiftedArithmetically) {
-    ::Run.PollShift = 13;
-    ::Run.PollCounter = -1;
+    ::Run.Report.PollShift = 13;
+    ::Run.Report.PollCounter = -1;
     PostWindowMessage(Window, ExternalEventMessage);
     PollMessages(2);
-    EXPECT_EQ(::Run.ExternalEventSeen, 1);
-    EXPECT_EQ(::Run.PollCounter, 2);
+    EXPECT_EQ(::Run.Process.ExternalEventSeen, 1);
+    EXPECT_EQ(::Run.Report.PollCounter, 2);
 }
 
 TEST_F(Polling, OneYieldHandlesOneMessage) {
@@ -199,11 +199,11 @@ TEST_F(Polling, OneYieldHandlesOneMessage) {
     PostWindowMessage(Window, QuitMessage + 1);
     PostQuit();
     YieldMessages();
-    EXPECT_EQ(::Run.ExternalEventSeen, 1);
+    EXPECT_EQ(::Run.Process.ExternalEventSeen, 1);
     PlatformMessage message;
     ASSERT_TRUE(TakeMessage(&message));
     EXPECT_EQ(message.Id, QueryOpenMessage);
-    EXPECT_EQ(::Run.QuitRequested, 0);
+    EXPECT_EQ(::Run.Process.QuitRequested, 0);
 }
 
 TEST_F(Polling, QuitMessageUnwindsSilently) {
@@ -212,9 +212,9 @@ TEST_F(Polling, QuitMessageUnwindsSilently) {
     PostQuit();
     OutermostScope([] { GuardedScope("run", YieldMessages); });
     EXPECT_EQ(Trace, "run process ");
-    EXPECT_EQ(::Run.QuitRequested, 1);
+    EXPECT_EQ(::Run.Process.QuitRequested, 1);
     EXPECT_EQ(ReadText(work.Path + "/nmrspect.out"), "(no file)");
-    ::Run.LogFilePath = nullptr;
+    ::Run.Job.LogFilePath = nullptr;
 }
 
 TEST_F(Polling, CloseMessageDestroysTheWindowAndTheNextPollStops) {

@@ -219,13 +219,13 @@ TEST(ExponentialIntegral, TheSeriesEndsWhereItOverflows) {
 }
 
 static int UnitsOf(void (*work)()) {
-    const int shift = ::Run.PollShift;
-    ::Run.PollShift = 30;
-    ::Run.PollCounter = 0;
+    const int shift = ::Run.Report.PollShift;
+    ::Run.Report.PollShift = 30;
+    ::Run.Report.PollCounter = 0;
     work();
-    const int units = ::Run.PollCounter;
-    ::Run.PollShift = shift;
-    ::Run.PollCounter = 0;
+    const int units = ::Run.Report.PollCounter;
+    ::Run.Report.PollShift = shift;
+    ::Run.Report.PollCounter = 0;
     return units;
 }
 

@@ -23,7 +23,7 @@ TEST_F(GammaMatrixTest, HydrogenMolecule) {
     EXPECT_EQ(At(gamma, 0, 1), At(gamma, 1, 0));
     const double closed = 0.5 * (1.0 - (1.0 + 11.0 / 4 + 3.0 + 4.0 / 3) * std::exp(-4.0));
     EXPECT_NEAR(At(gamma, 0, 1), closed, 1e-12);
-    EXPECT_EQ(::Run.PollCounter, 200);  // one class
+    EXPECT_EQ(::Run.Report.PollCounter, 200);  // one class
 }
 
 // Property: each block has the class and the exponents of its row and column clouds. Set-up: hydrogen, carbon,
@@ -39,7 +39,7 @@ TEST_F(GammaMatrixTest, EveryBlockHasItsOwnClass) {
     Place();
     std::vector<double> gamma = Square(77.0);
     BuildGammaMatrix(gamma.data());
-    for (int a = 0; a < ::Run.SelectedAtomCount; ++a) {
+    for (int a = 0; a < ::Run.Molecule.SelectedAtomCount; ++a) {
         for (int b = 0; b <= a; ++b) {
             const double* pa = Positions[static_cast<std::size_t>(a)].Position;
             const double* pb = Positions[static_cast<std::size_t>(b)].Position;
@@ -119,7 +119,7 @@ TEST_F(GammaMatrixTest, ReadsTheTableInForce) {
     Place();
     AtomTypeParameters other = Parameters[0];
     other.SlaterExponentD = 1.4;
-    ::Run.ActiveParameters = &other;
+    ::Run.Parameters.ActiveParameters = &other;
     std::vector<double> gamma = Square(77.0);
     BuildGammaMatrix(gamma.data());
     EXPECT_EQ(At(gamma, 8, 8), OneCentreCoulomb(3, 3, 1.4, 1.4));
@@ -182,7 +182,7 @@ TEST_F(EnvironmentTermsTest, RepulsionByDistance) {
         Add(line.Code, b, 0.0, line.Distance, 0.0, 0, 1, static_cast<float>(Charge));
         Place();
         std::vector<double> h = Square(3.0);
-        ::Run.EnvironmentEnergy = 77.0;
+        ::Run.Field.EnvironmentEnergy = 77.0;
         BuildEnvironmentTerms(h.data());
         const double v = ValenceElectronTable[line.Code - 1];
         for (int i = 0; i < 4; ++i) {
@@ -191,7 +191,7 @@ TEST_F(EnvironmentTermsTest, RepulsionByDistance) {
             }
         }
         const double energy = 4.0 * (v / line.Distance - (v - Charge) * line.G);
-        EXPECT_NEAR(::Run.EnvironmentEnergy, energy, 1e-14 * v * 4.0 / line.Distance) << line.Code;
+        EXPECT_NEAR(::Run.Field.EnvironmentEnergy, energy, 1e-14 * v * 4.0 / line.Distance) << line.Code;
     }
 }
 
@@ -248,7 +248,7 @@ TEST_F(EnvironmentTermsTest, CoincidentAtoms) {
         std::vector<double> h = Square(0.0);
         BuildEnvironmentTerms(h.data());
         EXPECT_EQ(At(h, 0, 0), -500000.0);
-        EXPECT_EQ(::Run.EnvironmentEnergy, 500000.0);
+        EXPECT_EQ(::Run.Field.EnvironmentEnergy, 500000.0);
     }
 }
 
@@ -272,7 +272,7 @@ TEST_F(EnvironmentTermsTest, WhoIsOfTheEnvironment) {
         std::vector<double> h = Square(0.0);
         BuildEnvironmentTerms(h.data());
         EXPECT_EQ(At(h, 0, 0) != 0.0, line.Counts) << line.Code << " " << line.State << " " << line.Charge;
-        EXPECT_EQ(::Run.EnvironmentEnergy != 0.0, line.Counts);
+        EXPECT_EQ(::Run.Field.EnvironmentEnergy != 0.0, line.Counts);
     }
 }
 
@@ -295,5 +295,5 @@ TEST_F(EnvironmentTermsTest, FarChargesActAsPoints) {
     }
     EXPECT_NEAR(At(h, 4, 4), -second, 1e-16);
     EXPECT_EQ(At(h, 4, 0), 0.0);
-    EXPECT_NEAR(::Run.EnvironmentEnergy, 6.0 * first + second, 1e-14);
+    EXPECT_NEAR(::Run.Field.EnvironmentEnergy, 6.0 * first + second, 1e-14);
 }

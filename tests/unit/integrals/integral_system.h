@@ -3,7 +3,6 @@
 // of a run leaves them there.
 #pragma once
 
-#include "files/parameter_files.h"
 #include "ground/run_state.h"
 #include "molecule/element_tables.h"
 
@@ -48,18 +47,19 @@ protected:
                 AddOrbitals(Records[k], Orbitals[k]);
             }
         }
-        ::Run.AtomCount = static_cast<int>(Records.size());
-        ::Run.AtomRecords = Records.data();
-        ::Run.AtomCoordinates = Positions.data();
-        ::Run.SelectedAtomCount = static_cast<int>(List.size());
-        ::Run.OrbitalCount = static_cast<int>(Exponents.size());
-        ::Run.QuantumSelection = {1, ::Run.SelectedAtomCount, 1, ::Run.OrbitalCount, List.data()};
-        ::Run.OrbitalRanges = Ranges.data();
-        ::Run.OrbitalExponents = Exponents.data();
-        ::Run.OrbitalPrincipalNumbers = Shells.data();
-        ::Run.ActiveParameters = Parameters.data();
-        ::Run.PollShift = 30;
-        ::Run.PollCounter = 0;
+        ::Run.Molecule.AtomCount = static_cast<int>(Records.size());
+        ::Run.Molecule.AtomRecords = Records.data();
+        ::Run.Molecule.AtomCoordinates = Positions.data();
+        ::Run.Molecule.SelectedAtomCount = static_cast<int>(List.size());
+        ::Run.Basis.OrbitalCount = static_cast<int>(Exponents.size());
+        ::Run.Molecule.QuantumSelection = {1, ::Run.Molecule.SelectedAtomCount, 1, ::Run.Basis.OrbitalCount,
+                                           List.data()};
+        ::Run.Basis.OrbitalRanges = Ranges.data();
+        ::Run.Basis.OrbitalExponents = Exponents.data();
+        ::Run.Basis.OrbitalPrincipalNumbers = Shells.data();
+        ::Run.Parameters.ActiveParameters = Parameters.data();
+        ::Run.Report.PollShift = 30;
+        ::Run.Report.PollCounter = 0;
     }
 
     std::vector<double> Square(double value) const {

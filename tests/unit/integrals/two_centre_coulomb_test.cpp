@@ -146,17 +146,17 @@ TEST(TwoCentreCoulomb, TheOrderOfTheClassChoosesTheSeries) {
 }
 
 TEST(TwoCentreCoulomb, EveryClassPolls) {
-    const int shift = ::Run.PollShift;
-    ::Run.PollShift = 30;
+    const int shift = ::Run.Report.PollShift;
+    ::Run.Report.PollShift = 30;
     for (const auto& line : Classes) {
         for (const double distance : {2.0, 90.0}) {
-            ::Run.PollCounter = 0;
+            ::Run.Report.PollCounter = 0;
             TwoCentreCoulomb(line.N1, line.N2, 1.4, 1.1, distance);
-            EXPECT_EQ(::Run.PollCounter, 200) << line.N1 << line.N2;
+            EXPECT_EQ(::Run.Report.PollCounter, 200) << line.N1 << line.N2;
         }
     }
-    ::Run.PollShift = shift;
-    ::Run.PollCounter = 0;
+    ::Run.Report.PollShift = shift;
+    ::Run.Report.PollCounter = 0;
 }
 
 // Property: the repulsion of two clouds on one centre. The reference is a quadrature of the potential of one over

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Coupling by the contact response: against finite differences of an unrestricted field in plain loops, symmetry, and
 // the rules of the iteration that are kept on purpose.
-#include "files/parameter_files.h"
 #include "molecule/selected_atoms.h"
 #include "nmr/contact_coupling.h"
 #include "nmr/coupling_table.h"
@@ -29,21 +28,21 @@ static Molecule Coupled(const Molecule& molecule, const char* method) {
 }
 
 static double Response(int row, int place) {
-    return ::Run.CouplingMatrix[row * ::Run.SelectedAtomCount + place];
+    return ::Run.Coupling.CouplingMatrix[row * ::Run.Molecule.SelectedAtomCount + place];
 }
 
 static std::size_t SOrbital(int place) {
-    return static_cast<std::size_t>(::Run.OrbitalRanges[place].First - 1);
+    return static_cast<std::size_t>(::Run.Basis.OrbitalRanges[place].First - 1);
 }
 
 // One spin's density of the lowest levels of a field that a step h on one s orbital disturbs.
 static std::vector<double> SpinDensity(std::vector<double> fock, std::size_t s, double h) {
-    const std::size_t n = static_cast<std::size_t>(::Run.OrbitalCount);
+    const std::size_t n = static_cast<std::size_t>(::Run.Basis.OrbitalCount);
     std::vector<double> values, vectors, density(n * n, 0.0);
     fock[s * (n + 1)] += h;
-    JacobiEigen(fock, ::Run.OrbitalCount, &values, &vectors);
+    JacobiEigen(fock, ::Run.Basis.OrbitalCount, &values, &vectors);
     for (std::size_t k = 0; k < n * n; ++k) {
-        for (std::size_t m = 0; m < static_cast<std::size_t>(::Run.DoublyOccupiedLevels); ++m) {
+        for (std::size_t m = 0; m < static_cast<std::size_t>(::Run.Basis.DoublyOccupiedLevels); ++m) {
             density[k] += vectors[m * n + k / n] * vectors[m * n + k % n];
         }
     }
@@ -52,8 +51,8 @@ static std::vector<double> SpinDensity(std::vector<double> fock, std::size_t s, 
 
 // Spin population of every orbital per Hartree: an unrestricted field with +h for one spin and -h for the other.
 static std::vector<double> FiniteResponse(std::size_t s, double h) {
-    const std::size_t n = static_cast<std::size_t>(::Run.OrbitalCount);
-    std::vector<double> alpha = SquareOf(::Run.HalfDensity), beta = alpha;
+    const std::size_t n = static_cast<std::size_t>(::Run.Basis.OrbitalCount);
+    std::vector<double> alpha = SquareOf(::Run.Field.HalfDensity), beta = alpha;
     double change = 1.0;
     for (int iteration = 0; iteration < 400 && change > 1e-14; ++iteration) {
         const std::vector<double> a = SpinDensity(PlainFock(alpha, beta), s, h);
@@ -83,7 +82,7 @@ TEST(ContactCoupling, EqualsTheFiniteDifference) {
             const LoadedMolecule loaded(Coupled(molecule, method));
             SolveWavefunction();
             std::vector<std::vector<double>> finite;
-            for (int place = 0; place < ::Run.SelectedAtomCount; ++place) {
+            for (int place = 0; place < ::Run.Molecule.SelectedAtomCount; ++place) {
                 const std::vector<double> one = FiniteResponse(SOrbital(place), 1e-4);
                 const std::vector<double> two = FiniteResponse(SOrbital(place), 2e-4);
                 finite.push_back(one);
@@ -92,8 +91,8 @@ TEST(ContactCoupling, EqualsTheFiniteDifference) {
                 }
             }
             ComputeCouplingResponses();
-            for (int a = 0; a < ::Run.SelectedAtomCount; ++a) {
-                for (int b = 0; b < ::Run.SelectedAtomCount; ++b) {
+            for (int a = 0; a < ::Run.Molecule.SelectedAtomCount; ++a) {
+                for (int b = 0; b < ::Run.Molecule.SelectedAtomCount; ++b) {
                     const double expected = a == b ? 0.0 : finite[static_cast<std::size_t>(a)][SOrbital(b)];
                     EXPECT_NEAR(Response(a, b), expected, 2e-5) << method << " " << a << " " << b;
                 }
@@ -108,22 +107,22 @@ TEST(ContactCoupling, OneIterationIsTheUncoupledSum) {
     for (const char* method : {Tndo1, Tndo2}) {
         const LoadedMolecule loaded(With(FormaldehydeMolecule(), {method, NoShielding}));
         SolveWavefunction();
-        ::Run.SCFIterationLimit = 1;
+        ::Run.Options.SCFIterationLimit = 1;
         loaded.ClearLog();
         ComputeCouplingResponses();
         EXPECT_EQ(CountOf(loaded.Log(), "Perturbed"), 0);
-        const std::size_t n = static_cast<std::size_t>(::Run.OrbitalCount);
+        const std::size_t n = static_cast<std::size_t>(::Run.Basis.OrbitalCount);
         const auto c = [&](std::size_t level, std::size_t orbital) {
-            return ::Run.MolecularOrbitals[level * n + orbital];
+            return ::Run.Field.MolecularOrbitals[level * n + orbital];
         };
-        const std::size_t occupied = static_cast<std::size_t>(::Run.DoublyOccupiedLevels);
+        const std::size_t occupied = static_cast<std::size_t>(::Run.Basis.DoublyOccupiedLevels);
         for (int a = 0; a < 4; ++a) {
             for (int b = 0; b < 4; ++b) {
                 double sum = 0.0;
                 for (std::size_t i = 0; a != b && i < occupied; ++i) {
                     for (std::size_t v = occupied; v < n; ++v) {
                         sum += 4.0 * c(i, SOrbital(a)) * c(v, SOrbital(a)) * c(i, SOrbital(b)) * c(v, SOrbital(b)) /
-                               (::Run.OrbitalEnergiesRaw[i] - ::Run.OrbitalEnergiesRaw[v]);
+                               (::Run.Field.OrbitalEnergiesRaw[i] - ::Run.Field.OrbitalEnergiesRaw[v]);
                     }
                 }
                 EXPECT_NEAR(Response(a, b), sum, 1e-14);
@@ -139,8 +138,8 @@ TEST(ContactCoupling, HydrogenMoleculeByHand) {
     for (const char* method : {Tndo1, Tndo2}) {
         const LoadedMolecule loaded(Coupled(HydrogenMolecule(0.74), method));
         SolveWavefunction();
-        const double d = ::Run.OrbitalEnergiesRaw[0] - ::Run.OrbitalEnergiesRaw[1];
-        const double w = 1.0 / (2.0 * d + 2.0 * ::Run.GammaMatrix[0]);
+        const double d = ::Run.Field.OrbitalEnergiesRaw[0] - ::Run.Field.OrbitalEnergiesRaw[1];
+        const double w = 1.0 / (2.0 * d + 2.0 * ::Run.Field.GammaMatrix[0]);
         ComputeCouplingResponses();
         EXPECT_NEAR(Response(0, 1), -2.0 * w, 1e-9);
         EXPECT_NEAR(Response(1, 0), -2.0 * w, 1e-9);
@@ -153,7 +152,7 @@ TEST(ContactCoupling, HydrogenMoleculeByHand) {
 static void ComputeCouplings() {
     SolveWavefunction();
     ComputeCouplingResponses();
-    ConvertCouplingConstants(::Run.FirstScratch);
+    ConvertCouplingConstants(::Run.Field.FirstScratch);
 }
 
 // Property: methane: four equal 1J, twelve equal 2J, (A, B) equals (B, A). Set-up: exact tetrahedron along the
@@ -200,9 +199,9 @@ TEST(ContactCoupling, Rotation) {
         ComputeCouplings();
         for (int k = 0; k < 16; ++k) {
             if (plain.size() < 16) {
-                plain.push_back(::Run.CouplingMatrix[k]);
+                plain.push_back(::Run.Coupling.CouplingMatrix[k]);
             } else {
-                EXPECT_NEAR(::Run.CouplingMatrix[k], plain[static_cast<std::size_t>(k)], 0.01);
+                EXPECT_NEAR(::Run.Coupling.CouplingMatrix[k], plain[static_cast<std::size_t>(k)], 0.01);
             }
         }
     }
@@ -214,13 +213,13 @@ TEST(ContactCoupling, IterationLimits) {
         const LoadedMolecule loaded(With(WaterMolecule(), {NoShielding, Limit("SCFIterationLimit", limit)}));
         ComputeCouplings();
         for (int k = 0; k < 9; ++k) {
-            EXPECT_EQ(::Run.CouplingMatrix[k], 0.0);
+            EXPECT_EQ(::Run.Coupling.CouplingMatrix[k], 0.0);
         }
     }
     const LoadedMolecule loaded(With(FormaldehydeMolecule(), {NoShielding}));
     SolveWavefunction();
-    ::Run.SCFIterationLimit = 7;
-    ::Run.SCFConvergenceLimit = 0.0f;
+    ::Run.Options.SCFIterationLimit = 7;
+    ::Run.Options.SCFConvergenceLimit = 0.0f;
     loaded.ClearLog();
     ComputeCouplingResponses();
     EXPECT_EQ(CountOf(loaded.Log(), "Perturbed atom 1:"), 6);
@@ -256,24 +255,24 @@ TEST(ContactCoupling, ChangeIsDividedByTheSquareOfN) {
 TEST(ContactCoupling, StoredConstantsInOrder) {
     const LoadedMolecule loaded(With(WaterMolecule(), {NoShielding}));
     ComputeCouplings();
-    const NuclearConstants o = ::Run.CouplingConstants[SelectedAtom(0).AtomType];
-    const NuclearConstants h = ::Run.CouplingConstants[SelectedAtom(1).AtomType];
+    const NuclearConstants o = ::Run.Parameters.CouplingConstants[SelectedAtom(0).AtomType];
+    const NuclearConstants h = ::Run.Parameters.CouplingConstants[SelectedAtom(1).AtomType];
     for (int k = 0; k < 9; ++k) {
-        ::Run.CouplingMatrix[k] = 0.0123456789 * (k + 1);
+        ::Run.Coupling.CouplingMatrix[k] = 0.0123456789 * (k + 1);
     }
-    ConvertCouplingConstants(::Run.FirstScratch);
+    ConvertCouplingConstants(::Run.Field.FirstScratch);
     const double t = 0.0123456789 * 2 * 1.2438805210547523e-8 * o.SDensity * h.SDensity * 5.069040731147547e29;
-    EXPECT_EQ(::Run.FirstScratch[1], t);
-    EXPECT_EQ(::Run.CouplingMatrix[1], (o.GFactor * h.GFactor) * t * 3.850008004857603e-21);
+    EXPECT_EQ(::Run.Field.FirstScratch[1], t);
+    EXPECT_EQ(::Run.Coupling.CouplingMatrix[1], (o.GFactor * h.GFactor) * t * 3.850008004857603e-21);
 }
 
 // An atom with s = 0 has K and J of 0, and the table lists it so.
 TEST(ContactCoupling, NoDensityAtTheNucleus) {
     const LoadedMolecule loaded(With(WaterMolecule(), {NoShielding}));
-    ::Run.CouplingConstants[SelectedAtom(0).AtomType].SDensity = 0.0;
+    ::Run.Parameters.CouplingConstants[SelectedAtom(0).AtomType].SDensity = 0.0;
     ComputeCouplings();
     loaded.ClearLog();
-    ListCouplingConstants(::Run.FirstScratch);
+    ListCouplingConstants(::Run.Field.FirstScratch);
     EXPECT_NE(loaded.Log().find("    1( O)     2( H)"), std::string::npos);
     EXPECT_EQ(CountOf(loaded.Log(), "  0.0000000e+00"), 4);
 }
@@ -285,7 +284,7 @@ TEST(ContactCoupling, TableHasRowsForNMRAtoms) {
     const LoadedMolecule loaded(molecule);
     ComputeCouplings();
     loaded.ClearLog();
-    ListCouplingConstants(::Run.FirstScratch);
+    ListCouplingConstants(::Run.Field.FirstScratch);
     const std::string log = loaded.Log();
     const std::vector<std::string> lines = {"    3( H)     1( O)", "    3( H)     2( H)", "    1( O)     2( H)",
                                             "    1( O)     3( H)"};
@@ -306,7 +305,7 @@ TEST(ContactCoupling, LonePairs) {
     const LoadedMolecule loaded(molecule);
     ComputeCouplings();
     loaded.ClearLog();
-    ListCouplingConstants(::Run.FirstScratch);
+    ListCouplingConstants(::Run.Field.FirstScratch);
     EXPECT_EQ(CountOf(loaded.Log(), "Lp"), 0);
     EXPECT_EQ(CountOf(loaded.Log(), "( H)") + CountOf(loaded.Log(), "( O)"), 12);
     for (int k = 0; k < 4; ++k) {
@@ -339,11 +338,11 @@ TEST(ContactCoupling, ThirteenThrees) {
     const double g = 1e20;
     const LoadedMolecule loaded(With(WaterMolecule(), {Tndo2, NoShielding}));
     SolveWavefunction();
-    SetSquare(::Run.GammaMatrix, std::vector<double>(36, 0.0));
+    SetSquare(::Run.Field.GammaMatrix, std::vector<double>(36, 0.0));
     ParametersAt(0).SlaterCondonG1 = g;
     ParametersAt(0).SlaterCondonF2 = 0.0;
     const auto respond = [](const long double(&fock)[6][6], long double(&density)[6][6]) {
-        const double* c = ::Run.MolecularOrbitals;
+        const double* c = ::Run.Field.MolecularOrbitals;
         for (int k = 0; k < 36; ++k) {
             density[k / 6][k % 6] = 0.0L;
         }
@@ -353,7 +352,7 @@ TEST(ContactCoupling, ThirteenThrees) {
             for (int k = 0; k < 36; ++k) {
                 w += static_cast<long double>(c[v * 6 + k / 6]) * fock[k / 6][k % 6] * c[i * 6 + k % 6];
             }
-            w /= static_cast<long double>(::Run.OrbitalEnergiesRaw[i]) - ::Run.OrbitalEnergiesRaw[v];
+            w /= static_cast<long double>(::Run.Field.OrbitalEnergiesRaw[i]) - ::Run.Field.OrbitalEnergiesRaw[v];
             for (int k = 0; k < 36; ++k) {
                 density[k / 6][k % 6] += w * (static_cast<long double>(c[i * 6 + k / 6]) * c[v * 6 + k % 6] +
                                               static_cast<long double>(c[v * 6 + k / 6]) * c[i * 6 + k % 6]);
@@ -369,7 +368,7 @@ TEST(ContactCoupling, ThirteenThrees) {
         fock[p][p] = density[0][0];
     }
     respond(fock, density);
-    ::Run.SCFIterationLimit = 2;
+    ::Run.Options.SCFIterationLimit = 2;
     ComputeCouplingResponses();
     const double third = static_cast<double>(-Response(0, 1) / (2.0L * density[4][4]) / g);
     EXPECT_NEAR(third, 0.3333333333333, 8e-15);
@@ -397,8 +396,8 @@ TEST(ContactCoupling, StrangeSystemsEnd) {
           Molecule{{{"C", 0, 0, 0}, {"O", 0, 0, 0}}}, Molecule{{{"Ne", 0, 0, 0}}}, Molecule{{{"C", 0, 0, 0}}}}) {
         const LoadedMolecule loaded(With(molecule, {NoShielding}));
         ComputeCouplings();
-        for (int k = 0; k < ::Run.NMRAtomCount * ::Run.SelectedAtomCount; ++k) {
-            EXPECT_TRUE(std::isfinite(::Run.CouplingMatrix[k]));
+        for (int k = 0; k < ::Run.Molecule.NMRAtomCount * ::Run.Molecule.SelectedAtomCount; ++k) {
+            EXPECT_TRUE(std::isfinite(::Run.Coupling.CouplingMatrix[k]));
         }
     }
 }

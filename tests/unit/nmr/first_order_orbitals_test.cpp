@@ -16,8 +16,8 @@ TEST(FirstOrderOrbitals, NotANumberTakesNoPart) {
     } cases[] = {{nan, 0.0}, {-nan, 0.0}, {1e-20, 0.0}, {3e-20, -3e-20}, {0.5, -0.5}};
     for (const auto& [element, expected] : cases) {
         const LoadedMolecule loaded(HydrogenMolecule(0.74));
-        SetSquare(::Run.MolecularOrbitals, {1, 0, 0, 1});
-        SetSquare(::Run.OrbitalEnergiesRaw, {-0.5, 0.5});
+        SetSquare(::Run.Field.MolecularOrbitals, {1, 0, 0, 1});
+        SetSquare(::Run.Field.OrbitalEnergiesRaw, {-0.5, 0.5});
         const double fock[4] = {0.0, element, element, 0.0};
         double u[2] = {9.0, 9.0};
         PrepareFirstOrderOrbitals();

@@ -80,9 +80,9 @@ TEST(BoysFunction, OrdersTogether) {
 TEST(BoysFunction, HigherOrdersAreLogged) {
     const TemporaryDirectory directory;
     UseFilesIn(directory.Path);
-    ::Run.LogEnabled = 1;
+    ::Run.Report.LogEnabled = 1;
     EXPECT_EQ(BoysFunction(9, 1.0), 0.0);
-    EXPECT_NE(ReadText(::Run.LogFilePath).find("m >  8 is not supported"), std::string::npos);
+    EXPECT_NE(ReadText(::Run.Job.LogFilePath).find("m >  8 is not supported"), std::string::npos);
     ResetRun();
 }
 

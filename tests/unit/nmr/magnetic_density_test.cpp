@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Tests of the response to a magnetic field: against the coupled equations in plain loops, symmetry, special systems,
 // and the rules of the iteration that are kept on purpose.
-#include "files/parameter_files.h"
 #include "molecule/selected_atoms.h"
 #include "nmr/magnetic_density.h"
 #include "tests/support/molecule_support.h"
@@ -37,8 +36,8 @@ static Molecule Moved(Molecule molecule, double x, double y, double z) {
 
 // The wavefunction of the shielding table.
 static void Solve() {
-    ::Run.ActiveParameters = ::Run.ParameterFileShielding;
-    ::Run.ActiveParameterFile = "nmr_shft.abp";
+    ::Run.Parameters.ActiveParameters = ::Run.Parameters.ParameterFileShielding;
+    ::Run.Parameters.ActiveParameterFile = "nmr_shft.abp";
     PrepareDipoleFactors();
     PrepareOrbitalTables();
     SolveWavefunction();
@@ -54,15 +53,15 @@ static double Largest(const std::vector<double>& matrix) {
 
 // H' of a field along one axis as the last direction left it: the first scratch buffer.
 static std::vector<double> HamiltonianAlongZ() {
-    return SquareOf(::Run.FirstScratch);
+    return SquareOf(::Run.Field.FirstScratch);
 }
 
 // The first-order density of an antisymmetric field, summed over both spins, by levels: i times it is the change of the
 // sum of c(k) c*(l) over the occupied levels.
 static std::vector<double> Response(const std::vector<double>& field, std::size_t n) {
-    const double* c = ::Run.MolecularOrbitals;
-    const double* e = ::Run.OrbitalEnergiesRaw;
-    const std::size_t occupied = static_cast<std::size_t>(::Run.DoublyOccupiedLevels);
+    const double* c = ::Run.Field.MolecularOrbitals;
+    const double* e = ::Run.Field.OrbitalEnergiesRaw;
+    const std::size_t occupied = static_cast<std::size_t>(::Run.Basis.DoublyOccupiedLevels);
     std::vector<double> density(n * n, 0.0);
     for (std::size_t i = 0; i < occupied; ++i) {
         for (std::size_t v = occupied; v < n; ++v) {
@@ -81,13 +80,13 @@ static std::vector<double> Response(const std::vector<double>& field, std::size_
 
 // The exchange weights of the methods, with the ten threes.
 static std::vector<double> ExchangeWeights(std::size_t n) {
-    std::vector<double> weights = SquareOf(::Run.GammaMatrix);
-    for (int place = 0; ::Run.SemiEmpiricalMethod == 2 && place < ::Run.SelectedAtomCount; ++place) {
-        const OrbitalRange range = ::Run.OrbitalRanges[place];
+    std::vector<double> weights = SquareOf(::Run.Field.GammaMatrix);
+    for (int place = 0; ::Run.Options.SemiEmpiricalMethod == 2 && place < ::Run.Molecule.SelectedAtomCount; ++place) {
+        const OrbitalRange range = ::Run.Basis.OrbitalRanges[place];
         if (range.Last == range.First) {
             continue;
         }
-        const AtomTypeParameters& parameters = ::Run.ActiveParameters[SelectedAtom(place).AtomType];
+        const AtomTypeParameters& parameters = ::Run.Parameters.ActiveParameters[SelectedAtom(place).AtomType];
         const std::size_t s = static_cast<std::size_t>(range.First - 1);
         for (std::size_t k = 0; k < 16; ++k) {
             double& weight = weights[(s + k / 4) * n + s + k % 4];
@@ -108,7 +107,7 @@ TEST(MagneticDensity, SolvesTheCoupledEquations) {
         const LoadedMolecule loaded(Shielded(FormaldehydeMolecule(), method));
         Solve();
         ComputeMagneticDensities();
-        const std::size_t n = static_cast<std::size_t>(::Run.OrbitalCount);
+        const std::size_t n = static_cast<std::size_t>(::Run.Basis.OrbitalCount);
         const std::vector<double> hamiltonian = HamiltonianAlongZ();
         const std::vector<double> weights = ExchangeWeights(n);
         std::vector<double> density(n * n, 0.0);
@@ -121,7 +120,7 @@ TEST(MagneticDensity, SolvesTheCoupledEquations) {
         }
         EXPECT_GT(Largest(density), 1e-3);
         for (std::size_t k = 0; k < n * n; ++k) {
-            EXPECT_NEAR(::Run.MagneticDensities[2][k], -density[k], 1e-9) << method << " " << k;
+            EXPECT_NEAR(::Run.Shielding.MagneticDensities[2][k], -density[k], 1e-9) << method << " " << k;
         }
     }
 }
@@ -144,7 +143,7 @@ TEST(MagneticDensity, HamiltonianElements) {
     const double* p = SelectedPosition(1);
     const double sine = std::sin(c * (p[0] * o[1] - p[1] * o[0]));
     for (std::size_t k = 0; k < 4; ++k) {
-        EXPECT_NEAR(h[4 * n + k], sine * ::Run.CoreHamiltonian[4 * n + k], 1e-16);
+        EXPECT_NEAR(h[4 * n + k], sine * ::Run.Field.CoreHamiltonian[4 * n + k], 1e-16);
         EXPECT_EQ(h[k * n + 4], -h[4 * n + k]);
     }
 }
@@ -155,8 +154,8 @@ TEST(MagneticDensity, Antisymmetric) {
         const LoadedMolecule loaded(Shielded(FormaldehydeMolecule(), method));
         Solve();
         ComputeMagneticDensities();
-        const long long n = ::Run.OrbitalCount;
-        for (const double* density : ::Run.MagneticDensities) {
+        const long long n = ::Run.Basis.OrbitalCount;
+        for (const double* density : ::Run.Shielding.MagneticDensities) {
             EXPECT_GT(Largest(SquareOf(density)), 1e-4);
             for (long long k = 0; k < n * n; ++k) {
                 EXPECT_EQ(density[k], -density[k % n * n + k / n]);
@@ -178,11 +177,11 @@ TEST(MagneticDensity, HydrogenOnly) {
     EXPECT_GT(Largest(h), 1e-6);
     for (std::size_t k = 0; k < 3; ++k) {
         EXPECT_EQ(h[4 * k], 0.0);
-        for (const double* density : ::Run.MagneticDensities) {
+        for (const double* density : ::Run.Shielding.MagneticDensities) {
             EXPECT_EQ(density[4 * k], 0.0);
         }
     }
-    EXPECT_GT(Largest(SquareOf(::Run.MagneticDensities[2])), 1e-6);
+    EXPECT_GT(Largest(SquareOf(::Run.Shielding.MagneticDensities[2])), 1e-6);
 }
 
 // Two hydrogens on a line through the origin: the vector product, H' and P' are 0, and so is the change from the second
@@ -193,7 +192,7 @@ TEST(MagneticDensity, LineThroughTheOrigin) {
     loaded.ClearLog();
     ComputeMagneticDensities();
     EXPECT_EQ(Largest(HamiltonianAlongZ()), 0.0);
-    for (const double* density : ::Run.MagneticDensities) {
+    for (const double* density : ::Run.Shielding.MagneticDensities) {
         EXPECT_EQ(Largest(SquareOf(density)), 0.0);
     }
     for (const char* name : {"x", "y", "z"}) {
@@ -210,8 +209,8 @@ TEST(MagneticDensity, FinitePerturbationHasNoEffect) {
         const LoadedMolecule loaded(With(Shielded(WaterMolecule()), {option}));
         Solve();
         ComputeMagneticDensities();
-        EXPECT_EQ(::Run.FinitePerturbation, 1.0);
-        const std::vector<double> density = SquareOf(::Run.MagneticDensities[0]);
+        EXPECT_EQ(::Run.Options.FinitePerturbation, 1.0);
+        const std::vector<double> density = SquareOf(::Run.Shielding.MagneticDensities[0]);
         if (plain.empty()) {
             plain = density;
         }
@@ -224,13 +223,14 @@ TEST(MagneticDensity, FinitePerturbationHasNoEffect) {
 TEST(MagneticDensity, SinglePass) {
     const LoadedMolecule loaded(Shielded(FormaldehydeMolecule()));
     Solve();
-    ::Run.SCFIterationLimit = 1;
+    ::Run.Options.SCFIterationLimit = 1;
     loaded.ClearLog();
     ComputeMagneticDensities();
     EXPECT_EQ(CountOf(loaded.Log(), "Perturbed"), 0);
-    const std::vector<double> density = Response(HamiltonianAlongZ(), static_cast<std::size_t>(::Run.OrbitalCount));
+    const std::vector<double> density =
+        Response(HamiltonianAlongZ(), static_cast<std::size_t>(::Run.Basis.OrbitalCount));
     for (std::size_t k = 0; k < density.size(); ++k) {
-        EXPECT_NEAR(::Run.MagneticDensities[2][k], -density[k], 1e-15);
+        EXPECT_NEAR(::Run.Shielding.MagneticDensities[2][k], -density[k], 1e-15);
     }
 }
 
@@ -238,9 +238,9 @@ TEST(MagneticDensity, SinglePass) {
 TEST(MagneticDensity, NoPass) {
     const LoadedMolecule loaded(Shielded(WaterMolecule()));
     Solve();
-    ::Run.SCFIterationLimit = 0;
+    ::Run.Options.SCFIterationLimit = 0;
     ComputeMagneticDensities();
-    for (const double* density : ::Run.MagneticDensities) {
+    for (const double* density : ::Run.Shielding.MagneticDensities) {
         EXPECT_EQ(Largest(SquareOf(density)), 0.0);
     }
 }
@@ -250,8 +250,8 @@ TEST(MagneticDensity, ThreePassesAtLeast) {
     for (const bool coarse : {true, false}) {
         const LoadedMolecule loaded(Shielded(WaterMolecule()));
         Solve();
-        ::Run.SCFConvergenceLimit = coarse ? 1e9f : -1.0f;
-        ::Run.SCFIterationLimit = 9;
+        ::Run.Options.SCFConvergenceLimit = coarse ? 1e9f : -1.0f;
+        ::Run.Options.SCFIterationLimit = 9;
         loaded.ClearLog();
         ComputeMagneticDensities();
         for (const char* name : {"Perturbed x:", "Perturbed y:", "Perturbed z:"}) {
@@ -273,14 +273,14 @@ TEST(MagneticDensity, SineOfTheWholePhase) {
         const double* o = SelectedPosition(0);
         const double* p = SelectedPosition(1);
         const double phase = 0.00364865 * 0.57735027 * (p[0] * o[1] - p[1] * o[0]);
-        EXPECT_NEAR(h[4 * 6], std::sin(phase) * ::Run.CoreHamiltonian[4 * 6], 1e-15);
+        EXPECT_NEAR(h[4 * 6], std::sin(phase) * ::Run.Field.CoreHamiltonian[4 * 6], 1e-15);
         if (plain.empty()) {
             plain = h;
             continue;
         }
         EXPECT_EQ(h[2 * 6 + 1], plain[2 * 6 + 1]);
         EXPECT_GT(std::fabs(h[4 * 6] - plain[4 * 6]), 1e-3);
-        EXPECT_GT(std::fabs((phase - std::sin(phase)) * ::Run.CoreHamiltonian[4 * 6]), 1e-5);
+        EXPECT_GT(std::fabs((phase - std::sin(phase)) * ::Run.Field.CoreHamiltonian[4 * 6]), 1e-5);
     }
 }
 
@@ -294,7 +294,7 @@ TEST(MagneticDensity, MovingChangesLittle) {
         Solve();
         ComputeMagneticDensities();
         std::vector<double> block;
-        for (const double* density : ::Run.MagneticDensities) {
+        for (const double* density : ::Run.Shielding.MagneticDensities) {
             for (const std::size_t k : {1u, 2u, 3u, 8u, 9u, 15u}) {
                 block.push_back(density[k]);
             }

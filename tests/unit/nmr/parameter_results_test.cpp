@@ -16,11 +16,13 @@ static constexpr char NoCoupling[] = "CalculateCoupling = no";
 
 // Writes the results of a prepared molecule with couplings 1.5, 2.5, ... in the order of the matrix.
 static std::string WrittenWith(const LoadedMolecule& loaded) {
-    for (int k = 0; ::Run.CouplingMatrix != nullptr && k < ::Run.NMRAtomCount * ::Run.SelectedAtomCount; ++k) {
-        ::Run.CouplingMatrix[k] = k + 1.5;
+    for (int k = 0;
+         ::Run.Coupling.CouplingMatrix != nullptr && k < ::Run.Molecule.NMRAtomCount * ::Run.Molecule.SelectedAtomCount;
+         ++k) {
+        ::Run.Coupling.CouplingMatrix[k] = k + 1.5;
     }
     WriteResults();
-    EXPECT_EQ(::Run.CouplingMatrix, nullptr);
+    EXPECT_EQ(::Run.Coupling.CouplingMatrix, nullptr);
     return loaded.Output();
 }
 
@@ -29,11 +31,11 @@ TEST(ParameterResults, NotFinite) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const double largest = std::numeric_limits<double>::max();
     const LoadedMolecule loaded(With(HydrogenMolecule(0.7), {"CalculateShieldTensor = yes"}));
-    std::fill_n(::Run.ShieldingTensor, 18, -nan);
-    std::fill_n(::Run.TensorDiamagneticTwoCentre, 18, -largest);
-    ::Run.ShieldingTotal[0] = -nan;
-    ::Run.ShieldingTotal[1] = -std::numeric_limits<double>::infinity();
-    std::fill_n(::Run.CouplingMatrix, 4, -nan);
+    std::fill_n(::Run.Shielding.ShieldingTensor, 18, -nan);
+    std::fill_n(::Run.Shielding.TensorDiamagneticTwoCentre, 18, -largest);
+    ::Run.Shielding.ShieldingTotal[0] = -nan;
+    ::Run.Shielding.ShieldingTotal[1] = -std::numeric_limits<double>::infinity();
+    std::fill_n(::Run.Coupling.CouplingMatrix, 4, -nan);
     WriteResults();
     const std::string nans = "nan nan nan nan nan nan nan nan nan\n";
     char number[400];

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Tests of the shielding terms: whole systems against independent quadrature, hand values, terms that vanish, both ways
 // to terms 1 and 2, and molecules turned and moved.
-#include "files/parameter_files.h"
 #include "molecule/selected_atoms.h"
 #include "nmr/magnetic_density.h"
 #include "nmr/shielding_terms.h"
@@ -33,8 +32,8 @@ static constexpr double RuleTolerance = 2e-5;  // ppm
 static constexpr double IsotropicFactor = 17.7504539779;
 
 static void UseShieldingTable() {
-    ::Run.ActiveParameters = ::Run.ParameterFileShielding;
-    ::Run.ActiveParameterFile = "nmr_shft.abp";
+    ::Run.Parameters.ActiveParameters = ::Run.Parameters.ParameterFileShielding;
+    ::Run.Parameters.ActiveParameterFile = "nmr_shft.abp";
     PrepareDipoleFactors();
     PrepareOrbitalTables();
 }
@@ -45,16 +44,16 @@ static void FormTerms() {
     ComputeDiamagneticOnAtomTerms();
     for (int k = 0; k < 3; ++k) {
         for (int j = 0; j < 3; ++j) {
-            if (j == k || ::Run.CalculateShieldTensor) {
+            if (j == k || ::Run.Options.CalculateShieldTensor) {
                 ComputeParamagneticOnAtomTerms(j, k);
             }
         }
     }
-    if (::Run.ComputeThreeCenterTerms) {
+    if (::Run.Options.ComputeThreeCenterTerms) {
         ComputeBondTerms();
         ComputeThreeCentreTerms();
     }
-    SumShieldingTerms(::Run.ComputeThreeCenterTerms != 0);
+    SumShieldingTerms(::Run.Options.ComputeThreeCenterTerms != 0);
 }
 
 static void Calculate() {
@@ -65,7 +64,7 @@ static void Calculate() {
 }
 
 static double Term(int number, int place) {
-    return ::Run.ShieldingTerms[number - 1][place];
+    return ::Run.Shielding.ShieldingTerms[number - 1][place];
 }
 
 static Molecule MoleculeOf(const TermsReference& reference) {
@@ -83,14 +82,14 @@ static Molecule MoleculeOf(const TermsReference& reference) {
 // A reference system in Run as it stands: geometry, exponents, charges and densities are those of the reference.
 static void LoadReference(const TermsReference& reference) {
     UseShieldingTable();
-    ASSERT_EQ(::Run.OrbitalCount, reference.OrbitalCount);
-    ::Run.FinitePerturbation = 1.0;
+    ASSERT_EQ(::Run.Basis.OrbitalCount, reference.OrbitalCount);
+    ::Run.Options.FinitePerturbation = 1.0;
     for (int place = 0; place < reference.AtomCount; ++place) {
         const TermsAtom& atom = reference.Atoms[place];
-        const int number = ::Run.QuantumSelection.SelectedAtomList[place] - 1;
-        std::copy(atom.Position, atom.Position + 3, ::Run.AtomCoordinates[number].Position);
+        const int number = ::Run.Molecule.QuantumSelection.SelectedAtomList[place] - 1;
+        std::copy(atom.Position, atom.Position + 3, ::Run.Molecule.AtomCoordinates[number].Position);
         SelectedAtom(place).AtomCharge = static_cast<float>(atom.Charge);
-        AtomTypeParameters& parameters = ::Run.ParameterFileShielding[SelectedAtom(place).AtomType];
+        AtomTypeParameters& parameters = ::Run.Parameters.ParameterFileShielding[SelectedAtom(place).AtomType];
         parameters.SlaterExponentS = atom.Exponents[0];
         parameters.SlaterExponentP = atom.Exponents[1];
         parameters.SlaterExponentD = atom.Exponents[2];
@@ -100,11 +99,11 @@ static void LoadReference(const TermsReference& reference) {
     const double* field[3] = {reference.FieldDensities[0], reference.FieldDensities[1], reference.FieldDensities[2]};
     for (int row = 0; row < n; ++row) {
         for (int column = row; column < n; ++column) {
-            ::Run.TotalDensity[row * n + column] = ::Run.TotalDensity[column * n + row] = *next++;
+            ::Run.Field.TotalDensity[row * n + column] = ::Run.Field.TotalDensity[column * n + row] = *next++;
             for (int k = 0; k < 3; ++k) {
                 const double value = row == column ? 0.0 : *field[k]++;
-                ::Run.MagneticDensities[k][row * n + column] = value;
-                ::Run.MagneticDensities[k][column * n + row] = -value;
+                ::Run.Shielding.MagneticDensities[k][row * n + column] = value;
+                ::Run.Shielding.MagneticDensities[k][column * n + row] = -value;
             }
         }
     }
@@ -129,7 +128,7 @@ TEST(ShieldingTerms, WholeSystems) {
                         << reference.Atoms[0].Element << (modified ? " modified" : "") << ", term " << number
                         << ", atom " << place + 1;
                 }
-                EXPECT_NEAR(::Run.ShieldingTotal[place], terms[10][place], 7 * TermTolerance + 3 * three);
+                EXPECT_NEAR(::Run.Shielding.ShieldingTotal[place], terms[10][place], 7 * TermTolerance + 3 * three);
             }
         }
     }
@@ -143,8 +142,9 @@ TEST(ShieldingTerms, WholeSystemsTensors) {
         const LoadedMolecule loaded(With(MoleculeOf(reference), {Tensor}));
         LoadReference(reference);
         FormTerms();
-        const double* blocks[4] = {::Run.ShieldingTensor, ::Run.TensorDiamagneticTwoCentre,
-                                   ::Run.TensorParamagneticOneCentre, ::Run.TensorParamagneticTwoCentre};
+        const double* blocks[4] = {::Run.Shielding.ShieldingTensor, ::Run.Shielding.TensorDiamagneticTwoCentre,
+                                   ::Run.Shielding.TensorParamagneticOneCentre,
+                                   ::Run.Shielding.TensorParamagneticTwoCentre};
         for (int place = 0; place < reference.AtomCount; ++place) {
             for (int number = 1; number <= 4; ++number) {
                 EXPECT_NEAR(Term(number, place), reference.TensorTerms[number - 1][place], TermTolerance);
@@ -157,12 +157,12 @@ TEST(ShieldingTerms, WholeSystemsTensors) {
         SolveShieldingTensors();
         for (int place = 0; place < reference.AtomCount; ++place) {
             for (int k = 0; k < 9; ++k) {
-                EXPECT_NEAR(::Run.ShieldingTensor[9 * place + k], reference.Tensor[place][k], TermTolerance);
+                EXPECT_NEAR(::Run.Shielding.ShieldingTensor[9 * place + k], reference.Tensor[place][k], TermTolerance);
             }
             const double* expected = reference.Eigenvalues[place];
             const double largest = std::max(std::fabs(expected[0]), std::fabs(expected[2]));
             for (int k = 0; k < 5; ++k) {
-                EXPECT_NEAR(::Run.TensorDiamagneticTwoCentre[9 * place + k], expected[k],
+                EXPECT_NEAR(::Run.Shielding.TensorDiamagneticTwoCentre[9 * place + k], expected[k],
                             TermTolerance + (k == 4 ? 4e-7 : 2e-7) * largest)
                     << reference.Atoms[0].Element << " atom " << place + 1 << " value " << k;
             }
@@ -178,15 +178,15 @@ TEST(ShieldingTerms, HydrogenAtom) {
             const LoadedMolecule loaded(
                 With({{{"H", 0.3, 0.2, 0.1}}}, {Tndo1, NoCoupling, ThreeCentre, tensor, "TotalCharge = 1"}));
             UseShieldingTable();
-            ::Run.ParameterFileShielding[SelectedAtom(0).AtomType].SlaterExponentS = zeta;
-            ::Run.FinitePerturbation = 1.0;
-            ::Run.TotalDensity[0] = 1.0;
-            for (double* density : ::Run.MagneticDensities) {
+            ::Run.Parameters.ParameterFileShielding[SelectedAtom(0).AtomType].SlaterExponentS = zeta;
+            ::Run.Options.FinitePerturbation = 1.0;
+            ::Run.Field.TotalDensity[0] = 1.0;
+            for (double* density : ::Run.Shielding.MagneticDensities) {
                 density[0] = 0.0;
             }
             FormTerms();
             EXPECT_NEAR(Term(1, 0), IsotropicFactor * zeta, 1e-12);
-            EXPECT_EQ(::Run.ShieldingTotal[0], Term(1, 0));
+            EXPECT_EQ(::Run.Shielding.ShieldingTotal[0], Term(1, 0));
             for (int number = 2; number <= 10; ++number) {
                 EXPECT_EQ(Term(number, 0), 0.0);
             }
@@ -248,12 +248,13 @@ TEST(ShieldingTerms, TraceOfTheTensor) {
         Calculate();
         for (int place = 0; place < 4; ++place) {
             double trace = 0.0;
-            for (const double* block : {::Run.ShieldingTensor, ::Run.TensorDiamagneticTwoCentre,
-                                        ::Run.TensorParamagneticOneCentre, ::Run.TensorParamagneticTwoCentre}) {
+            for (const double* block :
+                 {::Run.Shielding.ShieldingTensor, ::Run.Shielding.TensorDiamagneticTwoCentre,
+                  ::Run.Shielding.TensorParamagneticOneCentre, ::Run.Shielding.TensorParamagneticTwoCentre}) {
                 trace += block[9 * place] + block[9 * place + 4] + block[9 * place + 8];
             }
-            const bool on = ::Run.CalculateShieldTensor != 0;
-            EXPECT_NEAR(trace / 3.0, on ? ::Run.ShieldingTotal[place] : 0.0, 1e-9);
+            const bool on = ::Run.Options.CalculateShieldTensor != 0;
+            EXPECT_NEAR(trace / 3.0, on ? ::Run.Shielding.ShieldingTotal[place] : 0.0, 1e-9);
         }
     }
 }
@@ -266,7 +267,8 @@ TEST(ShieldingTerms, FourTermsByDefault) {
         for (int number = 5; number <= 10; ++number) {
             EXPECT_EQ(Term(number, place), 0.0);
         }
-        EXPECT_EQ(::Run.ShieldingTotal[place], Term(2, place) + Term(1, place) + Term(4, place) + Term(3, place));
+        EXPECT_EQ(::Run.Shielding.ShieldingTotal[place],
+                  Term(2, place) + Term(1, place) + Term(4, place) + Term(3, place));
     }
 }
 
@@ -283,11 +285,11 @@ TEST(ShieldingTerms, ModifiedExponents) {
         }
         StartShieldingTerms();
         for (int place = 0; place < 3; ++place) {
-            const AtomTypeParameters& parameters = ::Run.ActiveParameters[SelectedAtom(place).AtomType];
+            const AtomTypeParameters& parameters = ::Run.Parameters.ActiveParameters[SelectedAtom(place).AtomType];
             const double step = static_cast<double>(charge) * steps[place];
-            EXPECT_EQ(::Run.ShieldingExponents[3 * place], parameters.SlaterExponentS + step);
-            EXPECT_EQ(::Run.ShieldingExponents[3 * place + 1], parameters.SlaterExponentP + step);
-            EXPECT_EQ(::Run.ShieldingExponents[3 * place + 2], parameters.SlaterExponentD + step);
+            EXPECT_EQ(::Run.Shielding.ShieldingExponents[3 * place], parameters.SlaterExponentS + step);
+            EXPECT_EQ(::Run.Shielding.ShieldingExponents[3 * place + 1], parameters.SlaterExponentP + step);
+            EXPECT_EQ(::Run.Shielding.ShieldingExponents[3 * place + 2], parameters.SlaterExponentD + step);
         }
     }
 }
@@ -306,7 +308,7 @@ TEST(ShieldingTerms, CappingAtoms) {
         molecule.NMRAtoms = {1, 2, 3, 4};
         const LoadedMolecule loaded(
             With(molecule, {Tndo1, NoCoupling, tensor ? Tensor : "CalculateShieldTensor = no"}));
-        ASSERT_EQ(::Run.SelectedAtomCount, 5);
+        ASSERT_EQ(::Run.Molecule.SelectedAtomCount, 5);
         ASSERT_GT(SelectedAtom(4).AtomicNumber, 18);
         Calculate();
         EXPECT_GT(Term(1, 0), 50.0);
@@ -334,9 +336,9 @@ TEST(ShieldingTerms, TurnedMolecule) {
         Calculate();
         for (std::size_t place = 0; place < 4; ++place) {
             if (plain.size() < 4) {
-                plain.push_back(::Run.ShieldingTotal[place]);
+                plain.push_back(::Run.Shielding.ShieldingTotal[place]);
             } else {
-                EXPECT_NEAR(::Run.ShieldingTotal[place], plain[place], 1e-3);
+                EXPECT_NEAR(::Run.Shielding.ShieldingTotal[place], plain[place], 1e-3);
             }
         }
     }
@@ -377,13 +379,13 @@ static constexpr double Turn[3][3] = {
 
 // matrix := D matrix D', D turning the p orbitals of every atom and leaving s orbitals as they are.
 static void TurnMatrix(double* matrix) {
-    const int n = ::Run.OrbitalCount;
+    const int n = ::Run.Basis.OrbitalCount;
     std::vector<double> d(static_cast<std::size_t>(n * n), 0.0);
     for (int mu = 0; mu < n; ++mu) {
         for (int nu = 0; nu < n; ++nu) {
-            const int p = ::Run.OrbitalKinds[mu] - 2;
-            const int q = ::Run.OrbitalKinds[nu] - 2;
-            const bool sameAtom = ::Run.OrbitalAtoms[mu] == ::Run.OrbitalAtoms[nu];
+            const int p = ::Run.Basis.OrbitalKinds[mu] - 2;
+            const int q = ::Run.Basis.OrbitalKinds[nu] - 2;
+            const bool sameAtom = ::Run.Basis.OrbitalAtoms[mu] == ::Run.Basis.OrbitalAtoms[nu];
             d[static_cast<std::size_t>(mu * n + nu)] =
                 sameAtom && p >= 0 && q >= 0 ? Turn[p][q] : (mu == nu ? 1.0 : 0.0);
         }
@@ -405,21 +407,21 @@ static void TurnMatrix(double* matrix) {
 
 // The three densities of the field are the components of a vector as well.
 static void TurnFieldDensities() {
-    for (double* density : ::Run.MagneticDensities) {
+    for (double* density : ::Run.Shielding.MagneticDensities) {
         TurnMatrix(density);
     }
-    for (int at = 0; at < ::Run.OrbitalCount * ::Run.OrbitalCount; ++at) {
-        const double old[3] = {::Run.MagneticDensities[0][at], ::Run.MagneticDensities[1][at],
-                               ::Run.MagneticDensities[2][at]};
+    for (int at = 0; at < ::Run.Basis.OrbitalCount * ::Run.Basis.OrbitalCount; ++at) {
+        const double old[3] = {::Run.Shielding.MagneticDensities[0][at], ::Run.Shielding.MagneticDensities[1][at],
+                               ::Run.Shielding.MagneticDensities[2][at]};
         for (int k = 0; k < 3; ++k) {
-            ::Run.MagneticDensities[k][at] = Turn[k][0] * old[0] + Turn[k][1] * old[1] + Turn[k][2] * old[2];
+            ::Run.Shielding.MagneticDensities[k][at] = Turn[k][0] * old[0] + Turn[k][1] * old[1] + Turn[k][2] * old[2];
         }
     }
 }
 
 static void TurnPositions() {
-    for (int i = 0; i < ::Run.AtomCount; ++i) {
-        double* r = ::Run.AtomCoordinates[i].Position;
+    for (int i = 0; i < ::Run.Molecule.AtomCount; ++i) {
+        double* r = ::Run.Molecule.AtomCoordinates[i].Position;
         const double old[3] = {r[0], r[1], r[2]};
         for (int k = 0; k < 3; ++k) {
             r[k] = Turn[k][0] * old[0] + Turn[k][1] * old[1] + Turn[k][2] * old[2];
@@ -440,7 +442,7 @@ TEST(ShieldingTerms, TurnedWithItsDensities) {
         }
     }
     TurnPositions();
-    TurnMatrix(::Run.TotalDensity);
+    TurnMatrix(::Run.Field.TotalDensity);
     TurnFieldDensities();
     FormTerms();
     for (int place = 0; place < 4; ++place) {

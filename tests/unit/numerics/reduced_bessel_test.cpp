@@ -93,10 +93,10 @@ TEST(ReducedBessel, NothingFromTheLimitOn) {
 TEST(ReducedBessel, NoughtAndBelowAreLogged) {
     const TemporaryDirectory directory;
     UseFilesIn(directory.Path);
-    ::Run.LogEnabled = 1;
+    ::Run.Report.LogEnabled = 1;
     EXPECT_EQ(ReducedBessel(0, 0.0), 0.0);
     EXPECT_EQ(ReducedBessel(3, -1.0), 0.0);
-    EXPECT_EQ(ReadText(::Run.LogFilePath), "x is negative in rk()\nx is negative in rk()\n");
+    EXPECT_EQ(ReadText(::Run.Job.LogFilePath), "x is negative in rk()\nx is negative in rk()\n");
     ResetRun();
 }
 

@@ -46,9 +46,9 @@ protected:
 
 TEST_F(WindowProcedure, ExternalEventStoresItsWords) {
     EXPECT_EQ(MainWindowProc(Window, ExternalEventMessage, 99, 0x1234abcd), 0);
-    EXPECT_EQ(::Run.ExternalEventSeen, 1);
-    EXPECT_EQ(::Run.ExternalEventHigh, 0x1234u);
-    EXPECT_EQ(::Run.ExternalEventLow, 0xabcdu);
+    EXPECT_EQ(::Run.Process.ExternalEventSeen, 1);
+    EXPECT_EQ(::Run.Process.ExternalEventHigh, 0x1234u);
+    EXPECT_EQ(::Run.Process.ExternalEventLow, 0xabcdu);
 }
 
 TEST_F(WindowProcedure, IconRefusesToBeRestored) {
@@ -63,11 +63,11 @@ TEST_F(WindowProcedure, CloseDestroysTheWindowAndQuits) {
 }
 
 TEST_F(WindowProcedure, CloseWaitsForTheAboutBox) {
-    ::Run.AboutDialog = Window;  // stands for the open box
+    ::Run.Process.AboutDialog = Window;  // stands for the open box
     EXPECT_EQ(MainWindowProc(Window, CloseMessage, 0, 0), 0);
-    EXPECT_EQ(::Run.CloseAfterAbout, 1);
+    EXPECT_EQ(::Run.Process.CloseAfterAbout, 1);
     EXPECT_EQ(NextMessage(), 0u);
-    ::Run.AboutDialog = nullptr;  // the box has been closed
+    ::Run.Process.AboutDialog = nullptr;  // the box has been closed
     EXPECT_EQ(MainWindowProc(Window, SystemCommandMessage, 100, 0), 0);
     EXPECT_EQ(NextMessage(), QuitMessage);
 }
@@ -78,15 +78,15 @@ TEST_F(WindowProcedure, AboutBoxAloneClosesNothing) {
 }
 
 TEST_F(WindowProcedure, OtherSystemCommandsGoToTheDefault) {
-    ::Run.CloseAfterAbout = 1;
+    ::Run.Process.CloseAfterAbout = 1;
     MainWindowProc(Window, SystemCommandMessage, 101, 0);
     EXPECT_EQ(NextMessage(), 0u);
 }
 
 TEST_F(WindowProcedure, DestroyTakesTheAboutBoxAlong) {
-    ::Run.AboutDialog = Window;
+    ::Run.Process.AboutDialog = Window;
     MainWindowProc(Window, DestroyMessage, 0, 0);
-    EXPECT_EQ(::Run.AboutDialog, nullptr);
+    EXPECT_EQ(::Run.Process.AboutDialog, nullptr);
 }
 
 TEST_F(WindowProcedure, UnknownMessagesDoNothing) {

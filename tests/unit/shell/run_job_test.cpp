@@ -50,7 +50,7 @@ TEST(ComposePath, RefusalOfTheOutputPathItselfIsSilent) {
     TemporaryDirectory work;
     EXPECT_EQ(ExitCodeOfChild([&] {
                   UseFilesIn(work.Path);
-                  ComposePath("nmrspect.out", std::string(117, 'd').c_str(), ::Run.OutputFilePath);
+                  ComposePath("nmrspect.out", std::string(117, 'd').c_str(), ::Run.Job.OutputFilePath);
               }),
               0);
     EXPECT_EQ(ReadText(work.Path + "/nmrspect.out"), "(no file)");
@@ -89,19 +89,19 @@ TEST(RunOneJob, TerminatesItsDirectories) {
         expected = one;
         const int exitCode = ExitCodeOfChild([&] {
             static char noLog[] = "";
-            ::Run.ConsoleMode = 0;
+            ::Run.Process.ConsoleMode = 0;
             static char parameterDirectory[64];
             static char workDirectory[64];
-            ::Run.ParameterField = parameter;
-            ::Run.WorkField = work;
-            ::Run.ParameterDirectory = parameterDirectory;
-            ::Run.WorkDirectory = workDirectory;
-            ::Run.LogFilePath = noLog;
+            ::Run.Job.ParameterField = parameter;
+            ::Run.Job.WorkField = work;
+            ::Run.Job.ParameterDirectory = parameterDirectory;
+            ::Run.Job.WorkDirectory = workDirectory;
+            ::Run.Job.LogFilePath = noLog;
             std::atexit([] {
-                const bool right = std::strcmp(::Run.ParameterDirectory, expected.ParameterExpected) == 0 &&
-                                   std::strcmp(::Run.WorkDirectory, expected.WorkExpected) == 0;
+                const bool right = std::strcmp(::Run.Job.ParameterDirectory, expected.ParameterExpected) == 0 &&
+                                   std::strcmp(::Run.Job.WorkDirectory, expected.WorkExpected) == 0;
                 const std::string output = std::string(expected.WorkExpected) + "nmrspect.out";
-                _exit(!right ? 21 : ::Run.OutputFilePath != output ? 22 : 20);
+                _exit(!right ? 21 : ::Run.Job.OutputFilePath != output ? 22 : 20);
             });
             const rlimit none = {0, 0};
             if (setrlimit(RLIMIT_NOFILE, &none) == 0) {  // no file is opened, none is created
@@ -114,32 +114,33 @@ TEST(RunOneJob, TerminatesItsDirectories) {
 
 TEST(FreeRunData, FirstCallOfAProcessFreesNothing) {
     ResetRun();
-    ::Run.ActiveRunKind = 0;
-    ::Run.SpectrumLines = AllocateArray<SpectrumLine>(1);
-    SpectrumLine* lines = ::Run.SpectrumLines;
+    ::Run.Job.ActiveRunKind = 0;
+    AllocateArray(::Run.Lines.SpectrumLines, 1);
+    SpectrumLine* lines = ::Run.Lines.SpectrumLines;
     FreeRunData();
-    EXPECT_EQ(::Run.ActiveRunKind, ParameterRun);
-    EXPECT_EQ(::Run.SpectrumLines, lines);
+    EXPECT_EQ(::Run.Job.ActiveRunKind, ParameterRun);
+    EXPECT_EQ(::Run.Lines.SpectrumLines, lines);
     FreeRunData();
-    EXPECT_EQ(::Run.SpectrumLines, nullptr);
-    EXPECT_EQ(::Run.ActiveRunKind, ParameterRun);
+    EXPECT_EQ(::Run.Lines.SpectrumLines, nullptr);
+    EXPECT_EQ(::Run.Job.ActiveRunKind, ParameterRun);
 }
 
 TEST(FreeRunData, IsSafeAtAnyStage) {
     LoadSpinSystem(LikeSpins({1.0, 2.0}, {3.0}));
     FreeRunData();
-    EXPECT_EQ(::Run.IsotopicNumbers, nullptr);
-    EXPECT_EQ(::Run.NucleiInGroup, nullptr);
-    EXPECT_EQ(::Run.ChemicalShifts, nullptr);
-    EXPECT_EQ(::Run.CouplingMatrix, nullptr);
+    EXPECT_EQ(::Run.Spins.IsotopicNumbers, nullptr);
+    EXPECT_EQ(::Run.Spins.NucleiInGroup, nullptr);
+    EXPECT_EQ(::Run.Spins.ChemicalShifts, nullptr);
+    EXPECT_EQ(::Run.Spins.CouplingMatrix, nullptr);
     FreeRunData();
     ResetRun();
 }
 
 TEST(Memory, RefusesWhatTheMachineDoesNotHave) {
-    EXPECT_EQ(AllocateArray<double>(1LL << 50), nullptr);
-    EXPECT_EQ(AllocateArray<double>(-1), nullptr);
-    double* none = AllocateArray<double>(0);
+    double* none = nullptr;
+    EXPECT_FALSE(AllocateArray(none, 1LL << 50));
+    EXPECT_FALSE(AllocateArray(none, -1));
+    ASSERT_TRUE(AllocateArray(none, 0));
     EXPECT_NE(none, nullptr);
     FreeArray(none);
     EXPECT_EQ(none, nullptr);

@@ -11,7 +11,7 @@
 
 static std::vector<SpectrumLine> Finished(const std::vector<SpectrumLine>& lines, double minimalIntensity = 1e-7) {
     LoadLines(lines);
-    ::Run.MinimalIntensity = minimalIntensity;
+    ::Run.Options.MinimalIntensity = minimalIntensity;
     FinishLineList(static_cast<long long>(lines.size()));
     return FinishedLines();
 }
@@ -128,6 +128,6 @@ TEST(LineList, WritesOnlyLinesThatAreKept) {
 TEST(LineList, GrowthKeepsWhatStandsThere) {
     LoadLines({{1.5f, 2.5f, 3}});
     ReserveLines(100000);
-    EXPECT_GE(::Run.SpectrumLineCapacity, 100000);
-    ExpectLine(::Run.SpectrumLines[0], 1.5f, 2.5f, 3);
+    EXPECT_GE(::Run.Lines.SpectrumLineCapacity, 100000);
+    ExpectLine(::Run.Lines.SpectrumLines[0], 1.5f, 2.5f, 3);
 }

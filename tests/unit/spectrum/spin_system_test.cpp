@@ -17,7 +17,7 @@ static std::vector<double> PreparedShifts(const std::vector<double>& shifts) {
     LoadSpinSystem(
         {std::vector<int>(n, 1), std::vector<int>(n, 1), shifts, std::vector<double>(n * n, 0.0), 100.0, 1e-7, 0});
     PrepareSpinSystem();
-    return {::Run.ChemicalShifts, ::Run.ChemicalShifts + n};
+    return {::Run.Spins.ChemicalShifts, ::Run.Spins.ChemicalShifts + n};
 }
 
 // The decimal values are k * 0.001 in doubles, as the rounding defines them, not the nearest doubles of the
@@ -47,17 +47,17 @@ TEST(SpinSystem, RoundsLargeNumbersWithinTheIntegersItGoesThrough) {
 TEST(SpinSystem, RoundsCouplingsDiagonalIncluded) {
     LoadSpinSystem({{1, 1}, {1, 1}, {1, 2}, {3.00049, 2.0004, 9.0, -2.0006}, 100.0, 1e-7, 0});
     PrepareSpinSystem();
-    EXPECT_EQ(::Run.CouplingMatrix[0], 3000 * 0.001);
-    EXPECT_EQ(::Run.CouplingMatrix[1], 2000 * 0.001);
-    EXPECT_EQ(::Run.CouplingMatrix[2], 2000 * 0.001);  // the upper triangle's
-    EXPECT_EQ(::Run.CouplingMatrix[3], -2001 * 0.001);
+    EXPECT_EQ(::Run.Spins.CouplingMatrix[0], 3000 * 0.001);
+    EXPECT_EQ(::Run.Spins.CouplingMatrix[1], 2000 * 0.001);
+    EXPECT_EQ(::Run.Spins.CouplingMatrix[2], 2000 * 0.001);  // the upper triangle's
+    EXPECT_EQ(::Run.Spins.CouplingMatrix[3], -2001 * 0.001);
 }
 
 TEST(SpinSystem, LowerTriangleHoldsLikeIsotopesOnly) {
     LoadSpinSystem({{1, 19, 1}, {1, 1, 1}, {1, 2, 3}, {0, 5, 7, 1, 0, 6, 2, 3, 0}, 100.0, 1e-7, 0});
     PrepareSpinSystem();
     const std::vector<double> expected = {0, 5000 * 0.001, 7000 * 0.001, 0, 0, 6000 * 0.001, 7000 * 0.001, 0, 0};
-    EXPECT_EQ(std::vector<double>(::Run.CouplingMatrix, ::Run.CouplingMatrix + 9), expected);
+    EXPECT_EQ(std::vector<double>(::Run.Spins.CouplingMatrix, ::Run.Spins.CouplingMatrix + 9), expected);
 }
 
 TEST(SpinSystem, NoGroupsIsFatal) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The block structure of exact simulations: total spins, product states, their order, the limits, the block
 // table.
+#include "ground/memory.h"
 #include "spectrum/sub_matrices.h"
 #include "tests/support/test_support.h"
 
@@ -14,7 +15,7 @@ static double MatrixBytes() {
 }
 
 static void Build(const std::vector<int>& nuclei) {
-    FreeSubMatrices();
+    FreeArraysOf(SubMatrices);
     BuildSubMatrices(static_cast<int>(nuclei.size()), nuclei.data(), MatrixBytes);
 }
 
@@ -106,7 +107,7 @@ static std::string Refusal(const std::vector<int>& nuclei) {
     TemporaryDirectory work;
     ExitCodeOfChild([&] {
         UseFilesIn(work.Path);
-        ::Run.LogEnabled = 0;
+        ::Run.Report.LogEnabled = 0;
         Build(nuclei);
     });
     const std::string text = ReadText(work.Path + "/nmrspect.out");
@@ -152,6 +153,6 @@ TEST(SubMatrices, BlockTableLeavesOutLongRows) {
     WriteText(work.Path + "/run.log", "");
     Build({19});
     EXPECT_NE(ReadText(work.Path + "/run.log").find("\n      1       20      20       1    1"), std::string::npos);
-    ::Run.LogEnabled = 0;
+    ::Run.Report.LogEnabled = 0;
     ResetRun();
 }

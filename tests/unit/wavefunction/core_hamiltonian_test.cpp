@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // The core Hamiltonian: each element against the formula of its method, and the rules that are kept on purpose.
-#include "files/parameter_files.h"
 #include "integrals/gamma_matrix.h"
 #include "molecule/selected_atoms.h"
 #include "tests/support/molecule_support.h"
@@ -16,30 +15,30 @@ static constexpr double BohrsPerAngstrom = 1.889725985;
 static constexpr double Direct = 1e-14;  // a few roundings of numbers around 1
 
 static double Element(const double* matrix, int row, int column) {
-    return matrix[static_cast<long long>(row) * ::Run.OrbitalCount + column];
+    return matrix[static_cast<long long>(row) * ::Run.Basis.OrbitalCount + column];
 }
 
 static double H(int row, int column) {
-    return Element(::Run.CoreHamiltonian, row, column);
+    return Element(::Run.Field.CoreHamiltonian, row, column);
 }
 
 static double Gamma(int row, int column) {
-    return Element(::Run.GammaMatrix, row, column);
+    return Element(::Run.Field.GammaMatrix, row, column);
 }
 
 static std::vector<double> OverlapOf() {
-    BuildOverlapMatrix(::Run.CoreHamiltonian);
-    return SquareOf(::Run.CoreHamiltonian);
+    BuildOverlapMatrix(::Run.Field.CoreHamiltonian);
+    return SquareOf(::Run.Field.CoreHamiltonian);
 }
 
 // The factor of the resonance integral between the last atom's s and the first atom's s orbital.
 static double ResonanceFactorOf(const Molecule& molecule) {
     const LoadedMolecule loaded(molecule);
-    const double overlap = OverlapOf()[static_cast<std::size_t>(::Run.OrbitalRanges[1].First - 1)];
+    const double overlap = OverlapOf()[static_cast<std::size_t>(::Run.Basis.OrbitalRanges[1].First - 1)];
     BuildIntegrals();
     const double bonding = ParametersAt(0).BondingParameter + ParametersAt(1).BondingParameter;
-    EXPECT_EQ(H(0, ::Run.OrbitalRanges[1].First - 1), H(::Run.OrbitalRanges[1].First - 1, 0));
-    return H(0, ::Run.OrbitalRanges[1].First - 1) / overlap / bonding / HartreesPerElectronVolt;
+    EXPECT_EQ(H(0, ::Run.Basis.OrbitalRanges[1].First - 1), H(::Run.Basis.OrbitalRanges[1].First - 1, 0));
+    return H(0, ::Run.Basis.OrbitalRanges[1].First - 1) / overlap / bonding / HartreesPerElectronVolt;
 }
 
 // Property: the resonance integral is half the sum of the bonding parameters times the overlap, and three quarters of
@@ -71,14 +70,14 @@ TEST(CoreHamiltonian, DiagonalHoldsCoresThroughGamma) {
     BuildIntegrals();
     const double charge[4] = {4.0, 6.0, 1.0, 1.0};
     for (int a = 0; a < 4; ++a) {
-        const OrbitalRange& range = ::Run.OrbitalRanges[a];
+        const OrbitalRange& range = ::Run.Basis.OrbitalRanges[a];
         double attraction = 0.5 * Gamma(range.First - 1, range.First - 1);
         for (int b = 0; b < 4; ++b) {
-            attraction -= charge[b] * Gamma(range.First - 1, ::Run.OrbitalRanges[b].First - 1);
+            attraction -= charge[b] * Gamma(range.First - 1, ::Run.Basis.OrbitalRanges[b].First - 1);
         }
         for (int mu = range.First - 1; mu < range.Last; ++mu) {
             const double own = mu == range.First - 1 ? ParametersAt(a).OrbitalEnergyS : ParametersAt(a).OrbitalEnergyP;
-            EXPECT_NEAR(::Run.CoreDiagonal[mu], own * HartreesPerElectronVolt, Direct);
+            EXPECT_NEAR(::Run.Field.CoreDiagonal[mu], own * HartreesPerElectronVolt, Direct);
             EXPECT_NEAR(H(mu, mu), own * HartreesPerElectronVolt + attraction, 10 * Direct);
             for (int nu = range.First - 1; nu < mu; ++nu) {
                 EXPECT_EQ(H(mu, nu), 0.0);
@@ -91,13 +90,13 @@ TEST(CoreHamiltonian, DiagonalHoldsCoresThroughGamma) {
 TEST(CoreHamiltonian, DOrbitalsShareTheAttraction) {
     const LoadedMolecule loaded({{{"P", 0, 0, 0}, {"H", 0, 0, 1.41}, {"H", 1.41, 0, 0}, {"H", 0, 1.41, 0}},
                                  {"IncludeDOrbitalsForSecondRow = yes"}});
-    ASSERT_EQ(::Run.OrbitalCount, 12);
+    ASSERT_EQ(::Run.Basis.OrbitalCount, 12);
     BuildIntegrals();
     const double difference =
         (ParametersAt(0).OrbitalEnergyD - ParametersAt(0).OrbitalEnergyP) * HartreesPerElectronVolt;
     for (int d = 4; d < 9; ++d) {
         EXPECT_NEAR(H(d, d) - H(3, 3), difference, 10 * Direct);
-        EXPECT_NEAR(::Run.CoreDiagonal[d], ParametersAt(0).OrbitalEnergyD * HartreesPerElectronVolt, Direct);
+        EXPECT_NEAR(::Run.Field.CoreDiagonal[d], ParametersAt(0).OrbitalEnergyD * HartreesPerElectronVolt, Direct);
     }
 }
 
@@ -109,7 +108,7 @@ static void ExpectCorrection(const Molecule& molecule, double s, double p) {
         ParametersAt(0).SlaterCondonG1 = 0.3;
         ParametersAt(0).SlaterCondonF2 = 0.7;
         BuildIntegrals();
-        if (::Run.SemiEmpiricalMethod == 1) {
+        if (::Run.Options.SemiEmpiricalMethod == 1) {
             plain[0] = H(0, 0);
             plain[1] = H(1, 1);
         } else {
@@ -155,8 +154,8 @@ TEST(CoreHamiltonian, HeliumCorrectsTheNextAtom) {
             ParametersAt(helium).SlaterCondonF2 = 0.7;
         }
         BuildIntegrals();
-        for (int mu = 0; mu < ::Run.OrbitalCount; ++mu) {
-            if (::Run.SemiEmpiricalMethod == 1) {
+        for (int mu = 0; mu < ::Run.Basis.OrbitalCount; ++mu) {
+            if (::Run.Options.SemiEmpiricalMethod == 1) {
                 plain.push_back(H(mu, mu));
             } else {
                 const bool next = mu >= 5 && mu <= 7;  // the hydrogen atoms that follow the first helium
@@ -173,7 +172,7 @@ TEST(CoreHamiltonian, HeliumBeforeTheEndStaysWithinTheVector) {
         const LoadedMolecule loaded(With(HeliumHydride(0.8), {method}));
         ParametersAt(0).SlaterCondonG1 = 0.3;
         BuildIntegrals();
-        if (::Run.SemiEmpiricalMethod == 1) {
+        if (::Run.Options.SemiEmpiricalMethod == 1) {
             plain = H(1, 1);
         } else {
             EXPECT_NEAR(H(1, 1) - plain, 0.1, Direct);
@@ -187,18 +186,18 @@ TEST(CoreHamiltonian, CoreRepulsion) {
     {
         const LoadedMolecule loaded({{{"C", 0, 0, 0}, {"O", 0, 0, 1.2}, {"Lp", 0, 0, 0.5}}});
         BuildIntegrals();
-        EXPECT_NEAR(::Run.CoreRepulsion, 24.0 / (1.2 * BohrsPerAngstrom), 1e-13);
+        EXPECT_NEAR(::Run.Field.CoreRepulsion, 24.0 / (1.2 * BohrsPerAngstrom), 1e-13);
     }
     {
         const LoadedMolecule loaded({{{"H", 0, 0, 0}, {"C", 0, 0, 1.1}}, {}, {1}, {1}, {{1, 2}}});
         BuildIntegrals();
-        EXPECT_NEAR(::Run.CoreRepulsion, 7.0 / (1.1 * BohrsPerAngstrom), 1e-13);
+        EXPECT_NEAR(::Run.Field.CoreRepulsion, 7.0 / (1.1 * BohrsPerAngstrom), 1e-13);
     }
     for (const double distance : {0.0, 0.0005, 0.0006}) {
         const LoadedMolecule loaded(HydrogenMolecule(distance));
         BuildIntegrals();
         const double bohrs = distance * BohrsPerAngstrom;
-        EXPECT_NEAR(::Run.CoreRepulsion, bohrs < 0.001 ? 0.0 : 1.0 / bohrs, 1e-9) << distance;
+        EXPECT_NEAR(::Run.Field.CoreRepulsion, bohrs < 0.001 ? 0.0 : 1.0 / bohrs, 1e-9) << distance;
     }
 }
 
@@ -208,10 +207,10 @@ TEST(CoreHamiltonian, EnvironmentOnlyWhenAtomsAreLeftOut) {
         Molecule whole = WaterMolecule();
         whole.QuantumAtoms = {1, 2, 3};
         const LoadedMolecule loaded(whole);
-        ::Run.EnvironmentEnergy = 1234.5;
+        ::Run.Field.EnvironmentEnergy = 1234.5;
         BuildIntegrals();
-        EXPECT_EQ(::Run.EnvironmentEnergy, 1234.5);
-        EXPECT_LT(::Run.CoreRepulsion, 100.0);
+        EXPECT_EQ(::Run.Field.EnvironmentEnergy, 1234.5);
+        EXPECT_LT(::Run.Field.CoreRepulsion, 100.0);
     }
     Molecule part = WaterMolecule();
     part.Atoms.push_back({"H", 0.0, 0.0, -3.0, 0.4});
@@ -219,7 +218,7 @@ TEST(CoreHamiltonian, EnvironmentOnlyWhenAtomsAreLeftOut) {
     part.NMRAtoms = {1};
     const LoadedMolecule loaded(part);
     BuildIntegrals();
-    EXPECT_NE(::Run.EnvironmentEnergy, 0.0);
+    EXPECT_NE(::Run.Field.EnvironmentEnergy, 0.0);
     double plain = 0.0;
     const double charge[3] = {6.0, 1.0, 1.0};
     for (int a = 0; a < 3; ++a) {
@@ -227,7 +226,7 @@ TEST(CoreHamiltonian, EnvironmentOnlyWhenAtomsAreLeftOut) {
             plain += charge[a] * charge[b] / Distance(SelectedPosition(a), SelectedPosition(b));
         }
     }
-    EXPECT_NEAR(::Run.CoreRepulsion, plain + ::Run.EnvironmentEnergy, 1e-12);
+    EXPECT_NEAR(::Run.Field.CoreRepulsion, plain + ::Run.Field.EnvironmentEnergy, 1e-12);
 }
 
 // Only a pair that is closer than the limit has no repulsion: a distance that isn't a number counts. Set-up: both
@@ -235,5 +234,5 @@ TEST(CoreHamiltonian, EnvironmentOnlyWhenAtomsAreLeftOut) {
 TEST(CoreHamiltonian, RepulsionOfNoDistance) {
     const LoadedMolecule loaded({{{"H", 1.7e308, 0, 0}, {"H", 1.7e308, 0, 1}}});
     BuildIntegrals();
-    EXPECT_TRUE(std::isnan(::Run.CoreRepulsion));
+    EXPECT_TRUE(std::isnan(::Run.Field.CoreRepulsion));
 }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // The dipole moment: origin, factors, terms from one triangle of the density, rotation.
-#include "files/parameter_files.h"
 #include "molecule/selected_atoms.h"
 #include "tests/support/molecule_support.h"
 #include "wavefunction/dipole.h"
@@ -27,8 +26,8 @@ static std::vector<double> DipoleTable(const std::string& log) {
 // Dipole of a molecule with a density and charges that the test sets.
 static std::vector<double> DipoleOf(const LoadedMolecule& loaded, const std::vector<double>& density,
                                     const std::vector<double>& charges) {
-    SetSquare(::Run.TotalDensity, density);
-    for (int place = 0; place < ::Run.SelectedAtomCount; ++place) {
+    SetSquare(::Run.Field.TotalDensity, density);
+    for (int place = 0; place < ::Run.Molecule.SelectedAtomCount; ++place) {
         SelectedAtom(place).AtomCharge = static_cast<float>(charges[static_cast<std::size_t>(place)]);
     }
     loaded.ClearLog();

@@ -101,7 +101,7 @@ protected:
     FockHistory() {
         State.ResetHistory = true;
         BuildIntegrals();
-        SetSquare(::Run.HalfDensity, {1, 0, 0, 0, 0, 0, 0, 0, 0});
+        SetSquare(::Run.Field.HalfDensity, {1, 0, 0, 0, 0, 0, 0, 0, 0});
     }
 
     // A Fock matrix whose commutator with the density has the elements a and b: [F, P](0, k) = -F(0, k).
@@ -110,7 +110,7 @@ protected:
     }
 
     double Extrapolate(const std::vector<double>& fock) {
-        SetSquare(::Run.FockMatrix, fock);
+        SetSquare(::Run.Field.FockMatrix, fock);
         return ExtrapolateFock(State);
     }
 
@@ -126,14 +126,14 @@ TEST_F(FockHistory, CommutatorMeasure) {
     EXPECT_EQ(State.Matrix[0][1], -1.0);
     EXPECT_EQ(State.Matrix[1][0], -1.0);
     EXPECT_EQ(State.Matrix[1][1], 0.0);
-    const std::vector<double> commutator(::Run.CommutatorHistory, ::Run.CommutatorHistory + 9);
+    const std::vector<double> commutator(::Run.Field.CommutatorHistory, ::Run.Field.CommutatorHistory + 9);
     EXPECT_EQ(commutator, (std::vector<double>{0, -0.3, -0.4, 0.3, 0, 0, 0.4, 0, 0}));
 }
 
 // A random symmetric density: the measure against F Q - Q F by plain loops.
 TEST_F(FockHistory, CommutatorOfAnyMatrices) {
     const std::vector<double> q = {0.7, 0.2, -0.1, 0.2, 0.4, 0.3, -0.1, 0.3, 0.9}, f = Fock(0.3, -0.8, 1.5);
-    SetSquare(::Run.HalfDensity, q);
+    SetSquare(::Run.Field.HalfDensity, q);
     double sum = 0.0;
     for (std::size_t i = 0; i < 3; ++i) {
         for (std::size_t j = 0; j < 3; ++j) {
@@ -149,7 +149,7 @@ TEST_F(FockHistory, CommutatorOfAnyMatrices) {
 
 TEST_F(FockHistory, OneMatrixIsLeftAlone) {
     Extrapolate(Fock(0.3, 0.4));
-    EXPECT_EQ(SquareOf(::Run.FockMatrix), Fock(0.3, 0.4));
+    EXPECT_EQ(SquareOf(::Run.Field.FockMatrix), Fock(0.3, 0.4));
     EXPECT_EQ(State.HistoryCount, 1);
     EXPECT_EQ(State.HistorySlot, 1);
     EXPECT_FALSE(State.ResetHistory);
@@ -163,9 +163,9 @@ TEST_F(FockHistory, TwoMatricesCombine) {
     Extrapolate(Fock(0.0, 0.5, 20.0));
     const std::vector<double> expected = Fock(0.2, 0.4, 18.0);
     for (std::size_t k = 0; k < 9; ++k) {
-        EXPECT_NEAR(::Run.FockMatrix[k], expected[k], 1e-14);
+        EXPECT_NEAR(::Run.Field.FockMatrix[k], expected[k], 1e-14);
     }
-    EXPECT_EQ(::Run.FockHistory[9], 20.0);
+    EXPECT_EQ(::Run.Field.FockHistory[9], 20.0);
     EXPECT_NEAR(State.Matrix[0][0], 1.0, 1e-15);  // carried without the scale
     EXPECT_NEAR(State.Matrix[1][1], 0.25, 1e-15);
 }
@@ -175,13 +175,13 @@ TEST_F(FockHistory, SingularMatrixRestartsTheHistory) {
     Extrapolate(Fock(1.0, 0.0));
     Extrapolate(Fock(1.0, 0.0));
     EXPECT_TRUE(State.ResetHistory);
-    EXPECT_EQ(SquareOf(::Run.FockMatrix), Fock(1.0, 0.0));
+    EXPECT_EQ(SquareOf(::Run.Field.FockMatrix), Fock(1.0, 0.0));
     EXPECT_EQ(State.HistoryCount, 2);
     EXPECT_DOUBLE_EQ(Extrapolate(Fock(0.0, 2.0)), 4.0 / 3.0);
     EXPECT_FALSE(State.ResetHistory);
     EXPECT_EQ(State.HistoryCount, 1);
     EXPECT_EQ(State.HistorySlot, 1);
-    EXPECT_EQ(SquareOf(::Run.FockMatrix), Fock(0.0, 2.0));
+    EXPECT_EQ(SquareOf(::Run.Field.FockMatrix), Fock(0.0, 2.0));
 }
 
 // A commutator of exactly zero: scale 1, and with a single matrix the determinant is -1.
@@ -194,13 +194,13 @@ TEST_F(FockHistory, ZeroCommutator) {
 // Slots go 1, 2, 3, 4, 5, 1, ...; six bigger matrices are needed, with commutators that stay independent.
 TEST(FockHistoryOfWater, SlotsCycle) {
     const LoadedMolecule loaded(With(WaterMolecule(), {"SCFAccelerateConvergence = yes"}));
-    const std::size_t n = static_cast<std::size_t>(::Run.OrbitalCount);
+    const std::size_t n = static_cast<std::size_t>(::Run.Basis.OrbitalCount);
     FockExtrapolation state = {};
     state.ResetHistory = true;
     std::mt19937 random(9);
     std::vector<double> density(n * n, 0.0);
     density[0] = density[n + 1] = density[2 * n + 2] = 1.0;
-    SetSquare(::Run.HalfDensity, density);
+    SetSquare(::Run.Field.HalfDensity, density);
     const int slots[] = {1, 2, 3, 4, 5, 1, 2};
     std::vector<std::vector<double>> matrices;
     for (int round = 0; round < 7; ++round) {
@@ -209,12 +209,12 @@ TEST(FockHistoryOfWater, SlotsCycle) {
             fock[i] = static_cast<double>(random() % 1000) / 1000.0;
             fock[i % n * n + i / n] = fock[i];
         }
-        SetSquare(::Run.FockMatrix, fock);
+        SetSquare(::Run.Field.FockMatrix, fock);
         ExtrapolateFock(state);
         ASSERT_FALSE(state.ResetHistory);
         EXPECT_EQ(state.HistorySlot, slots[round]);
         EXPECT_EQ(state.HistoryCount, std::min(round + 1, 5));
-        const double* stored = ::Run.FockHistory + static_cast<std::size_t>(slots[round] - 1) * n * n;
+        const double* stored = ::Run.Field.FockHistory + static_cast<std::size_t>(slots[round] - 1) * n * n;
         EXPECT_EQ(SquareOf(stored), fock);
         matrices.push_back(fock);
     }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // The two-electron part of the Fock matrix, against the integrals one by one, and what is kept on purpose.
-#include "files/parameter_files.h"
 #include "tests/support/molecule_support.h"
 #include "wavefunction/fock_matrix.h"
 
@@ -12,7 +11,7 @@
 
 // A symmetric density without any structure.
 static std::vector<double> RandomDensity(unsigned seed) {
-    const std::size_t n = static_cast<std::size_t>(::Run.OrbitalCount);
+    const std::size_t n = static_cast<std::size_t>(::Run.Basis.OrbitalCount);
     std::mt19937 random(seed);
     std::vector<double> density(n * n);
     for (std::size_t i = 0; i < n; ++i) {
@@ -31,11 +30,11 @@ static std::vector<double> Halved(std::vector<double> values) {
 }
 
 static std::vector<double> FockOf(const std::vector<double>& density) {
-    SetSquare(::Run.TotalDensity, density);
-    SetSquare(::Run.HalfDensity, Halved(density));
-    SetSquare(::Run.FockMatrix, SquareOf(::Run.CoreHamiltonian));
-    BuildFockMatrix(::Run.FockMatrix);
-    return SquareOf(::Run.FockMatrix);
+    SetSquare(::Run.Field.TotalDensity, density);
+    SetSquare(::Run.Field.HalfDensity, Halved(density));
+    SetSquare(::Run.Field.FockMatrix, SquareOf(::Run.Field.CoreHamiltonian));
+    BuildFockMatrix(::Run.Field.FockMatrix);
+    return SquareOf(::Run.Field.FockMatrix);
 }
 
 static void ExpectPlainFock(const Molecule& molecule) {

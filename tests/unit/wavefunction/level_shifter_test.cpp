@@ -17,11 +17,11 @@ static constexpr double Direct = 1e-12;
 class Shifter : public testing::Test {
 protected:
     Shifter() {
-        SetSquare(::Run.OrbitalEnergies, {-0.5, 0.3});
-        SetSquare(::Run.OrbitalEnergiesRaw, {-0.5, 0.3});
-        SetSquare(::Run.HalfDensity, {0.5, 0.5, 0.5, 0.5});
-        SetSquare(::Run.FockMatrix, {1, 2, 2, 3});
-        ::Run.LevelShiftStartIteration = 0;
+        SetSquare(::Run.Field.OrbitalEnergies, {-0.5, 0.3});
+        SetSquare(::Run.Field.OrbitalEnergiesRaw, {-0.5, 0.3});
+        SetSquare(::Run.Field.HalfDensity, {0.5, 0.5, 0.5, 0.5});
+        SetSquare(::Run.Field.FockMatrix, {1, 2, 2, 3});
+        ::Run.Field.LevelShiftStartIteration = 0;
         StartLevelShifter(State);
     }
 
@@ -39,7 +39,7 @@ protected:
 // The start parameter is 0 and lowered to -1 by the set-up of the selection, in every run.
 TEST(LevelShifterOff, StaysOffInEveryRun) {
     const LoadedMolecule loaded(WaterMolecule());
-    EXPECT_EQ(::Run.LevelShiftStartIteration, -1);
+    EXPECT_EQ(::Run.Field.LevelShiftStartIteration, -1);
     LevelShifter shifter;
     StartLevelShifter(shifter);
     EXPECT_EQ(shifter.Shift, 0.0);
@@ -47,13 +47,14 @@ TEST(LevelShifterOff, StaysOffInEveryRun) {
     EXPECT_EQ(shifter.ShiftCeiling, 0.0);
     EXPECT_TRUE(shifter.ShiftQuiet);
     SolveWavefunction();
-    const std::vector<double> energies = SquareOf(::Run.MolecularOrbitals), fock = SquareOf(::Run.FockMatrix);
+    const std::vector<double> energies = SquareOf(::Run.Field.MolecularOrbitals),
+                              fock = SquareOf(::Run.Field.FockMatrix);
     bool fastPhase = true;
     UpdateLevelShift(shifter, {5, false, 1.0, -1.0, 0.5}, &fastPhase);
     ApplyLevelShift(shifter);
     EXPECT_EQ(shifter.Shift, 0.0);
     EXPECT_TRUE(fastPhase);
-    EXPECT_EQ(SquareOf(::Run.FockMatrix), fock);
+    EXPECT_EQ(SquareOf(::Run.Field.FockMatrix), fock);
 }
 
 TEST_F(Shifter, StartValues) {
@@ -65,10 +66,10 @@ TEST_F(Shifter, StartValues) {
 
 // No update before the iterations are past the start parameter.
 TEST_F(Shifter, WaitsForItsIteration) {
-    ::Run.LevelShiftStartIteration = 4;
+    ::Run.Field.LevelShiftStartIteration = 4;
     Update(-1.0, -0.9);
     EXPECT_EQ(State.Shift, 1.0);
-    ::Run.LevelShiftStartIteration = 3;
+    ::Run.Field.LevelShiftStartIteration = 3;
     Update(-1.0, -0.9);
     EXPECT_NE(State.Shift, 1.0);
 }
@@ -77,9 +78,9 @@ TEST_F(Shifter, EndOfTheLoopSwitchesItOff) {
     UpdateLevelShift(State, {5, true, -1.0, -0.9, 0.5}, &FastPhase);
     EXPECT_EQ(State.Shift, 0.0);
     StartLevelShifter(State);
-    UpdateLevelShift(State, {::Run.SCFIterationLimit + 1, false, -1.0, -0.9, 0.5}, &FastPhase);
+    UpdateLevelShift(State, {::Run.Options.SCFIterationLimit + 1, false, -1.0, -0.9, 0.5}, &FastPhase);
     EXPECT_NE(State.Shift, 0.0);
-    UpdateLevelShift(State, {::Run.SCFIterationLimit + 2, false, -1.0, -0.9, 0.5}, &FastPhase);
+    UpdateLevelShift(State, {::Run.Options.SCFIterationLimit + 2, false, -1.0, -0.9, 0.5}, &FastPhase);
     EXPECT_EQ(State.Shift, 0.0);
 }
 
@@ -126,13 +127,13 @@ TEST_F(Shifter, QuietDensity) {
 
 TEST_F(Shifter, PartlyFilledLevelsAreNeverQuiet) {
     State.ShiftOk = true;
-    ::Run.DoublyOccupiedLevels = 0;
+    ::Run.Basis.DoublyOccupiedLevels = 0;
     Update(-1.0, -0.9);
     EXPECT_NEAR(State.Shift, 1.0 - 4.44 + Gap, Direct);
 }
 
 TEST_F(Shifter, WithAccelerationTheShiftIsFixed) {
-    ::Run.SCFAccelerateConvergence = 1;
+    ::Run.Options.SCFAccelerateConvergence = 1;
     Update(-1.0, -0.9);
     EXPECT_EQ(State.Shift, -8.0);
     State.ShiftOk = true;
@@ -167,14 +168,14 @@ TEST_F(Shifter, Application) {
     State.Shift = 10.0;
     const double s = 10.0 * HartreesPerElectronVolt;
     ApplyLevelShift(State);
-    EXPECT_NEAR(::Run.OrbitalEnergies[0], -0.5 + s, Direct);
-    EXPECT_NEAR(::Run.OrbitalEnergies[1], 0.3 + s, Direct);
-    EXPECT_EQ(::Run.OrbitalEnergiesRaw[0], -0.5);
-    EXPECT_NEAR(::Run.OrbitalEnergiesRaw[1], 0.3 + s, Direct);
-    EXPECT_NEAR(::Run.FockMatrix[0], 1.0 + 0.5 * s - s, Direct);
-    EXPECT_NEAR(::Run.FockMatrix[1], 2.0 + 0.5 * s, Direct);
-    EXPECT_NEAR(::Run.FockMatrix[2], 2.0 + 0.5 * s, Direct);
-    EXPECT_NEAR(::Run.FockMatrix[3], 3.0 + 0.5 * s - s, Direct);
+    EXPECT_NEAR(::Run.Field.OrbitalEnergies[0], -0.5 + s, Direct);
+    EXPECT_NEAR(::Run.Field.OrbitalEnergies[1], 0.3 + s, Direct);
+    EXPECT_EQ(::Run.Field.OrbitalEnergiesRaw[0], -0.5);
+    EXPECT_NEAR(::Run.Field.OrbitalEnergiesRaw[1], 0.3 + s, Direct);
+    EXPECT_NEAR(::Run.Field.FockMatrix[0], 1.0 + 0.5 * s - s, Direct);
+    EXPECT_NEAR(::Run.Field.FockMatrix[1], 2.0 + 0.5 * s, Direct);
+    EXPECT_NEAR(::Run.Field.FockMatrix[2], 2.0 + 0.5 * s, Direct);
+    EXPECT_NEAR(::Run.Field.FockMatrix[3], 3.0 + 0.5 * s - s, Direct);
 }
 
 // A shift that isn't a number is above no limit: nothing is updated, nothing applied.
@@ -183,8 +184,8 @@ TEST_F(Shifter, NotANumberShiftsNothing) {
     Update(-1.0, -0.9);
     EXPECT_EQ(State.ShiftStep, -4.44);
     ApplyLevelShift(State);
-    EXPECT_EQ(::Run.FockMatrix[0], 1.0);
-    EXPECT_EQ(::Run.OrbitalEnergies[0], -0.5);
+    EXPECT_EQ(::Run.Field.FockMatrix[0], 1.0);
+    EXPECT_EQ(::Run.Field.OrbitalEnergies[0], -0.5);
 }
 
 // Two infinite energies are equal, though their difference isn't a number.

@@ -22,7 +22,7 @@ static std::string Field(double value) {
 // What one stage lists at one level.
 static std::string Listed(const LoadedMolecule& loaded, int level, ScfStage stage) {
     loaded.ClearLog();
-    ::Run.LogPrintLevel = level;
+    ::Run.Options.LogPrintLevel = level;
     ListScfStage(stage);
     const std::string log = loaded.Log();
     return log == "(no file)" ? "" : log;
@@ -30,16 +30,16 @@ static std::string Listed(const LoadedMolecule& loaded, int level, ScfStage stag
 
 // Sets the matrices apart from each other: element (i, j) of matrix m is m + i / 100 + j / 10000.
 static void NumberMatrices() {
-    const long long n = ::Run.OrbitalCount;
-    double* matrices[] = {::Run.CoreHamiltonian, ::Run.FockMatrix, ::Run.MolecularOrbitals, ::Run.HalfDensity,
-                          ::Run.TotalDensity};
+    const long long n = ::Run.Basis.OrbitalCount;
+    double* matrices[] = {::Run.Field.CoreHamiltonian, ::Run.Field.FockMatrix, ::Run.Field.MolecularOrbitals,
+                          ::Run.Field.HalfDensity, ::Run.Field.TotalDensity};
     for (int m = 0; m < 5; ++m) {
         for (long long k = 0; k < n * n; ++k) {
             matrices[m][k] = m + 1 + static_cast<double>(k / n) / 100.0 + static_cast<double>(k % n) / 10000.0;
         }
     }
     for (long long k = 0; k < n; ++k) {
-        ::Run.OrbitalEnergies[k] = -10.0 - static_cast<double>(k);
+        ::Run.Field.OrbitalEnergies[k] = -10.0 - static_cast<double>(k);
     }
 }
 
@@ -114,7 +114,7 @@ TEST(MatrixListings, Labels) {
                                  {1},
                                  {1, 2},
                                  {{1, 2}, {1, 3}}});
-    ASSERT_EQ(::Run.OrbitalCount, 14);
+    ASSERT_EQ(::Run.Basis.OrbitalCount, 14);
     NumberMatrices();
     const std::string density = Listed(loaded, 2, FinalStage);
     EXPECT_NE(density.find(

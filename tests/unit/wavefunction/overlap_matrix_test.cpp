@@ -31,7 +31,7 @@ static int RealCode(int shell) {
 static constexpr int BlockPlace[9] = {0, 1, 2, 3, 6, 5, 7, 4, 8};
 
 static double BlockValue(const OverlapRow& row, int includeD) {
-    ::Run.IncludeDOrbitalsForSecondRow = includeD;
+    ::Run.Options.IncludeDOrbitalsForSecondRow = includeD;
     const double origin[3] = {0.0, 0.0, 0.0};
     const double first[3] = {row.Zeta1, row.Zeta1, row.Zeta1};
     const double second[3] = {row.Zeta2, row.Zeta2, row.Zeta2};
@@ -118,7 +118,7 @@ static void OrbitalRotation(const double (*r)[3], double (*t)[9]) {
 // sulphur and chlorine with d orbitals, carbon and hydrogen, a rotation about a skew axis. The reference
 // transforms the orbitals as vectors and symmetric forms. Tolerance: sqrt(3)/2 is stored with 13 digits.
 TEST_F(OverlapMatrix, RotationOfTheMolecule) {
-    ::Run.IncludeDOrbitalsForSecondRow = 1;
+    ::Run.Options.IncludeDOrbitalsForSecondRow = 1;
     const double c1 = std::cos(0.7);
     const double s1 = std::sin(0.7);
     const double c2 = std::cos(-1.9);
@@ -187,7 +187,7 @@ TEST_F(OverlapMatrix, IsSymmetricWithUnitDiagonalBlocks) {
             }
         }
     }
-    EXPECT_EQ(::Run.PollCounter, 600);  // a poll for each pair
+    EXPECT_EQ(::Run.Report.PollCounter, 600);  // a poll for each pair
 }
 
 TEST_F(OverlapMatrix, ASingleAtomHasTheUnitMatrix) {
@@ -228,7 +228,7 @@ TEST_F(OverlapMatrix, PhasesFollowTheMoleculesAxes) {
 
 // Property: degeneracies of the input stay exact: on a line along z, x and y have the same bytes, in p and in d.
 TEST_F(OverlapMatrix, AxialMoleculesHaveEqualPiOverlaps) {
-    ::Run.IncludeDOrbitalsForSecondRow = 1;
+    ::Run.Options.IncludeDOrbitalsForSecondRow = 1;
     for (const double z : {3.1, -3.1}) {
         Parameters.clear();
         Records.clear();
@@ -252,7 +252,7 @@ TEST_F(OverlapMatrix, AxialMoleculesHaveEqualPiOverlaps) {
 // Property: a molecule and its mirror image with x and y exchanged have the same bytes, orbitals exchanged with
 // them.
 TEST_F(OverlapMatrix, ExchangingXAndYIsExact) {
-    ::Run.IncludeDOrbitalsForSecondRow = 1;
+    ::Run.Options.IncludeDOrbitalsForSecondRow = 1;
     const int partner[9] = {0, 2, 1, 3, 4, 6, 5, 7, 8};
     std::vector<double> overlaps[2];
     for (int mirrored = 0; mirrored < 2; ++mirrored) {
@@ -277,7 +277,7 @@ TEST_F(OverlapMatrix, ExchangingXAndYIsExact) {
 // sqrt(3)/2 is kept with its 13 digits on purpose: it shows in the d orbitals of an atom beside an s orbital on the x
 // axis, where dx2-y2 and dz2 have sqrt(3)/2 and -1/2 of the sigma overlap.
 TEST_F(OverlapMatrix, TheDRotationHoldsItsStoredFactor) {
-    ::Run.IncludeDOrbitalsForSecondRow = 1;
+    ::Run.Options.IncludeDOrbitalsForSecondRow = 1;
     Add(16, Type(1.8, 1.7, 1.1), 0.0, 0.0, 0.0, 9);
     Add(1, Type(1.2, 0.0, 0.0), 2.5, 0.0, 0.0, 1);
     Place();
@@ -367,7 +367,7 @@ TEST_F(OverlapMatrix, CoincidentAtomsRepeatThePairBefore) {
 
 // The order of d orbitals is put right in place, and so once more on the block that a far pair finds.
 TEST_F(OverlapMatrix, AFarPairWithDOrbitalsPermutesTheBlockAgain) {
-    ::Run.IncludeDOrbitalsForSecondRow = 1;
+    ::Run.Options.IncludeDOrbitalsForSecondRow = 1;
     const int sulphur = Type(1.8, 1.7, 1.1);
     Add(16, sulphur, 0.0, 0.0, 0.0, 9);
     Add(16, sulphur, 1.3, -0.8, 3.0, 9);
@@ -404,7 +404,7 @@ static bool IsGeneral(int codeI, int codeJ) {
 
 TEST_F(OverlapMatrix, WhichPairsHaveClosedForms) {
     for (const int withD : {0, 1}) {
-        ::Run.IncludeDOrbitalsForSecondRow = withD;
+        ::Run.Options.IncludeDOrbitalsForSecondRow = withD;
         EXPECT_FALSE(IsGeneral(6, 10));
         EXPECT_FALSE(IsGeneral(1, 8));
         EXPECT_EQ(IsGeneral(6, 11), withD == 1);
@@ -418,7 +418,7 @@ TEST_F(OverlapMatrix, WhichPairsHaveClosedForms) {
 
 // On purpose the option alone decides, although TNDO/2 has no d orbitals.
 TEST_F(OverlapMatrix, TheOptionDecidesInTndo2Too) {
-    ::Run.SemiEmpiricalMethod = 2;
-    ::Run.IncludeDOrbitalsForSecondRow = 1;
+    ::Run.Options.SemiEmpiricalMethod = 2;
+    ::Run.Options.IncludeDOrbitalsForSecondRow = 1;
     EXPECT_TRUE(IsGeneral(6, 16));
 }

@@ -2,7 +2,6 @@
 // Preparation of a parameter run: the order of its checks, its warnings, d orbitals, capping atoms in the parameter
 // tables, electrons and levels, the tables by orbital. Flags without a key are set by hand.
 #include "files/atom_selection.h"
-#include "files/parameter_files.h"
 #include "ground/memory.h"
 #include "ground/platform.h"
 #include "molecule/element_tables.h"
@@ -39,30 +38,31 @@ static AtomTypeParameters SoundParameters(int entry) {
 }
 
 static void LoadTypes() {
-    ::Run.AtomTypeCount = TypeCount;
-    ::Run.AtomTypeNames = AllocateZeroed<AtomTypeName>(TypeCount);
-    ::Run.ParameterFileShielding = AllocateZeroed<AtomTypeParameters>(2 * TypeCount);
-    ::Run.ParameterFileCoupling = AllocateZeroed<AtomTypeParameters>(2 * TypeCount);
+    ::Run.Parameters.AtomTypeCount = TypeCount;
+    ::Run.Parameters.AtomTypeNames = AllocateForProcess<AtomTypeName>(TypeCount);
+    ::Run.Parameters.ParameterFileShielding = AllocateForProcess<AtomTypeParameters>(2 * TypeCount);
+    ::Run.Parameters.ParameterFileCoupling = AllocateForProcess<AtomTypeParameters>(2 * TypeCount);
     static const char* const names[TypeCount] = {"H", "C", "S"};
     for (int i = 0; i < 2 * TypeCount; ++i) {
-        std::strcpy(::Run.AtomTypeNames[i % TypeCount].Text, names[i % TypeCount]);
-        ::Run.ParameterFileShielding[i] = ::Run.ParameterFileCoupling[i] = SoundParameters(i);
+        std::strcpy(::Run.Parameters.AtomTypeNames[i % TypeCount].Text, names[i % TypeCount]);
+        ::Run.Parameters.ParameterFileShielding[i] = ::Run.Parameters.ParameterFileCoupling[i] = SoundParameters(i);
     }
 }
 
 // A system with the default options, up to its list of atoms; the first atom is the NMR selection.
 static void LoadAtoms(const std::vector<TypedAtom>& atoms) {
-    ::Run.ActiveRunKind = ParameterRun;
+    ::Run.Job.ActiveRunKind = ParameterRun;
     FreeRunData();
-    ::Run.SemiEmpiricalMethod = ::Run.SpinMultiplicity = ::Run.CalculateShielding = ::Run.CalculateCoupling = 1;
-    ::Run.TotalCharge = 0;
-    ::Run.SCFConvergenceLimit = 0.01f;
-    ::Run.SCFIterationLimit = 50;
-    ::Run.AtomCount = static_cast<int>(atoms.size());
-    ::Run.AtomRecords = AllocateZeroed<AtomRecord>(::Run.AtomCount);
-    ::Run.AtomCoordinates = AllocateZeroed<AtomPosition>(::Run.AtomCount);
+    ::Run.Options.SemiEmpiricalMethod = ::Run.Options.SpinMultiplicity = ::Run.Options.CalculateShielding =
+        ::Run.Options.CalculateCoupling = 1;
+    ::Run.Options.TotalCharge = 0;
+    ::Run.Options.SCFConvergenceLimit = 0.01f;
+    ::Run.Options.SCFIterationLimit = 50;
+    ::Run.Molecule.AtomCount = static_cast<int>(atoms.size());
+    AllocateZeroed(::Run.Molecule.AtomRecords, ::Run.Molecule.AtomCount);
+    AllocateZeroed(::Run.Molecule.AtomCoordinates, ::Run.Molecule.AtomCount);
     for (std::size_t i = 0; i < atoms.size(); ++i) {
-        AtomRecord& record = ::Run.AtomRecords[i];
+        AtomRecord& record = ::Run.Molecule.AtomRecords[i];
         record.AtomIndex = static_cast<int>(i);
         record.AtomicNumber = atoms[i].Element;
         record.AtomType = atoms[i].Type;
@@ -70,9 +70,9 @@ static void LoadAtoms(const std::vector<TypedAtom>& atoms) {
         record.BondCount = static_cast<int>(atoms[i].Bonded.size());
         std::copy(atoms[i].Bonded.begin(), atoms[i].Bonded.end(), record.BondedAtoms);
     }
-    ::Run.NMRAtomCount = 1;
-    ::Run.NMRAtomList = AllocateArray<int>(1);
-    ::Run.NMRAtomList[0] = 1;
+    ::Run.Molecule.NMRAtomCount = 1;
+    AllocateArray(::Run.Molecule.NMRAtomList, 1);
+    ::Run.Molecule.NMRAtomList[0] = 1;
     BuildCappingAtoms();
     BuildSelectedAtomList();
 }
@@ -87,7 +87,7 @@ static std::string Outcome(void (*step)() = PrepareSystem) {
     const int exitCode = ExitCodeOfChild(step);
     LogText = ReadText(work.Path + "/run.log");
     if (exitCode == 98) {
-        ::Run.LogEnabled = 0;
+        ::Run.Report.LogEnabled = 0;
         step();
         return "";
     }
@@ -121,9 +121,9 @@ protected:
         LoadTypes();
     }
     void TearDown() override {
-        FreeArray(::Run.AtomTypeNames);
-        FreeArray(::Run.ParameterFileShielding);
-        FreeArray(::Run.ParameterFileCoupling);
+        FreeArray(::Run.Parameters.AtomTypeNames);
+        FreeArray(::Run.Parameters.ParameterFileShielding);
+        FreeArray(::Run.Parameters.ParameterFileCoupling);
         ResetRun();
         std::fill(OrbitalCountTable + 10, OrbitalCountTable + 18, 4);
     }
@@ -139,24 +139,26 @@ TEST_F(PrepareSystemTest, LogOfASystem) {
                            "\nNumber of double occupied levels = 1\n"
                            "\nCharge on the system = 0\nTotal orbitals = 2\n"
                            "\nStarting TNDO/1 calculation with 2 orbitals\n\n");
-    EXPECT_EQ(::Run.ElectronCount, 2);
-    EXPECT_EQ(::Run.DoublyOccupiedLevels, 1);
-    EXPECT_EQ(::Run.OccupiedLevels, 1);
-    EXPECT_EQ(::Run.ScfPassCounter, -1);
+    EXPECT_EQ(::Run.Basis.ElectronCount, 2);
+    EXPECT_EQ(::Run.Basis.DoublyOccupiedLevels, 1);
+    EXPECT_EQ(::Run.Basis.OccupiedLevels, 1);
+    EXPECT_EQ(::Run.Field.ScfPassCounter, -1);
 }
 
 TEST_F(PrepareSystemTest, OptionsInTheLog) {
     LoadAtoms(Hydrogen);
-    ::Run.SCFAccelerateConvergence = ::Run.ModifySlaterExponents = ::Run.ComputeThreeCenterTerms = 1;
-    ::Run.IncludeDOrbitalsForSecondRow = 1;
+    ::Run.Options.SCFAccelerateConvergence = ::Run.Options.ModifySlaterExponents =
+        ::Run.Options.ComputeThreeCenterTerms = 1;
+    ::Run.Options.IncludeDOrbitalsForSecondRow = 1;
     EXPECT_EQ(Outcome(), "");
     EXPECT_EQ(LogText.substr(0, LogText.find("\n\n")),
               Replaced(Replaced(Options.substr(0, Options.size() - 1), "No.", "Yes."), "  No\n", "  Yes\n"));
     LoadAtoms(Hydrogen);
-    ::Run.CalculateShielding = ::Run.SCFAccelerateConvergence = ::Run.IncludeDOrbitalsForSecondRow = 0;
-    ::Run.CalculateSpectra = 1;
-    ::Run.NMRFrequency = 300.125;
-    ::Run.SemiEmpiricalMethod = 2;
+    ::Run.Options.CalculateShielding = ::Run.Options.SCFAccelerateConvergence =
+        ::Run.Options.IncludeDOrbitalsForSecondRow = 0;
+    ::Run.Options.CalculateSpectra = 1;
+    ::Run.Options.NMRFrequency = 300.125;
+    ::Run.Options.SemiEmpiricalMethod = 2;
     EXPECT_EQ(Outcome(), "");
     EXPECT_EQ(LogText.substr(0, LogText.find("\n\n")),
               Options.substr(0, Options.find("Modifying")) + "Value of the spectrometer frequency = 300.1250 in MHz.");
@@ -168,36 +170,37 @@ TEST_F(PrepareSystemTest, CoordinatesAreScaledToBohr) {
     LoadAtoms(CutSystem);
     for (int i = 0; i < 4; ++i) {
         for (int k = 0; k < 3; ++k) {
-            ::Run.AtomCoordinates[i].Position[k] = i - 0.5 * k;
+            ::Run.Molecule.AtomCoordinates[i].Position[k] = i - 0.5 * k;
         }
     }
     EXPECT_EQ(Outcome(), "");
     for (int i = 0; i < 4; ++i) {
         for (int k = 0; k < 3; ++k) {
-            EXPECT_EQ(::Run.AtomCoordinates[i].Position[k], (i - 0.5 * k) * 1.889725985);
+            EXPECT_EQ(::Run.Molecule.AtomCoordinates[i].Position[k], (i - 0.5 * k) * 1.889725985);
         }
     }
 }
 
 TEST_F(PrepareSystemTest, RequestsThatAreNotSupported) {
     static const struct {
-        int RunState::*Field;
+        int RunOptions::*Field;
         int Value;
         const char* Text;
     } cases[] = {
-        {&RunState::GeometryRun, 1, "ERRMSG: Velkoran supports a single point computation only for NMR calculation."},
-        {&RunState::ConfigurationInteraction, 1,
+        {&RunOptions::GeometryRun, 1, "ERRMSG: Velkoran supports a single point computation only for NMR calculation."},
+        {&RunOptions::ConfigurationInteraction, 1,
          "ERRMSG: Velkoran doesn't support the configuration interaction for NMR calculation."},
-        {&RunState::NextLowestState, 1, "ERRMSG: Velkoran doesn't support the next lowest state for NMR calculations."},
-        {&RunState::SpinMultiplicity, 0, "ERRMSG: Velkoran supports a SINGLET state for NMR calculations only."},
-        {&RunState::SpinMultiplicity, 2, "ERRMSG: Velkoran supports a SINGLET state for NMR calculations only."},
-        {&RunState::SemiEmpiricalMethod, 0, "ERRMSG: Velkoran supports TNDO/1 and TNDO/2 for NMR calculations only."},
-        {&RunState::SemiEmpiricalMethod, 3, "ERRMSG: Velkoran supports TNDO/1 and TNDO/2 for NMR calculations only."},
+        {&RunOptions::NextLowestState, 1,
+         "ERRMSG: Velkoran doesn't support the next lowest state for NMR calculations."},
+        {&RunOptions::SpinMultiplicity, 0, "ERRMSG: Velkoran supports a SINGLET state for NMR calculations only."},
+        {&RunOptions::SpinMultiplicity, 2, "ERRMSG: Velkoran supports a SINGLET state for NMR calculations only."},
+        {&RunOptions::SemiEmpiricalMethod, 0, "ERRMSG: Velkoran supports TNDO/1 and TNDO/2 for NMR calculations only."},
+        {&RunOptions::SemiEmpiricalMethod, 3, "ERRMSG: Velkoran supports TNDO/1 and TNDO/2 for NMR calculations only."},
     };
     LoadAtoms({{0, H, 0, {}}});  // no real atom: tested behind all of these
     EXPECT_EQ(Outcome(), "ERRMSG: The current system has no real atom.");
     for (const auto& request : cases) {  // each is tested before those that are set already
-        ::Run.*request.Field = request.Value;
+        ::Run.Options.*request.Field = request.Value;
         EXPECT_EQ(Outcome(), request.Text);
         EXPECT_EQ(LogText, "(no file)");
     }
@@ -205,7 +208,7 @@ TEST_F(PrepareSystemTest, RequestsThatAreNotSupported) {
 
 TEST_F(PrepareSystemTest, RestraintsDrawAWarning) {
     LoadAtoms(Hydrogen);
-    ::Run.RestraintsPresent = 1;
+    ::Run.Options.RestraintsPresent = 1;
     EXPECT_EQ(Outcome(), "");
     EXPECT_EQ(LogText.find("Velkoran will ignore the restraint(s) for NMR calculation.\nConvergence"), 0u);
 }
@@ -222,28 +225,28 @@ TEST_F(PrepareSystemTest, NoRealAtom) {
 TEST_F(PrepareSystemTest, SecondRowDOrbitals) {
     LoadAtoms({{16, S, 0, {}}, {14, S, 0, {}}, {6, C, 0, {}}});
     EXPECT_EQ(Outcome(), "");
-    EXPECT_EQ(::Run.OrbitalCount, 12);
+    EXPECT_EQ(::Run.Basis.OrbitalCount, 12);
     LoadAtoms({{16, S, 0, {}}, {14, S, 0, {}}, {6, C, 0, {}}});
-    ::Run.IncludeDOrbitalsForSecondRow = 1;
+    ::Run.Options.IncludeDOrbitalsForSecondRow = 1;
     EXPECT_EQ(Outcome(), "");
-    EXPECT_EQ(::Run.OrbitalCount, 22);
-    EXPECT_EQ(::Run.QuantumSelection.LastOrbital, 22);
-    EXPECT_EQ(::Run.OrbitalRanges[1].First, 10);
-    EXPECT_EQ(::Run.OrbitalRanges[1].LastSP, 13);
-    EXPECT_EQ(::Run.OrbitalRanges[1].Last, 18);
-    EXPECT_EQ(::Run.OrbitalRanges[2].First, 19);
-    EXPECT_EQ(::Run.OrbitalRanges[2].LastSP, 22);
-    EXPECT_EQ(::Run.OrbitalRanges[2].Last, 22);
+    EXPECT_EQ(::Run.Basis.OrbitalCount, 22);
+    EXPECT_EQ(::Run.Molecule.QuantumSelection.LastOrbital, 22);
+    EXPECT_EQ(::Run.Basis.OrbitalRanges[1].First, 10);
+    EXPECT_EQ(::Run.Basis.OrbitalRanges[1].LastSP, 13);
+    EXPECT_EQ(::Run.Basis.OrbitalRanges[1].Last, 18);
+    EXPECT_EQ(::Run.Basis.OrbitalRanges[2].First, 19);
+    EXPECT_EQ(::Run.Basis.OrbitalRanges[2].LastSP, 22);
+    EXPECT_EQ(::Run.Basis.OrbitalRanges[2].Last, 22);
     for (int code = 1; code <= LastElementCode; ++code) {
         EXPECT_EQ(OrbitalCountTable[code - 1], code <= 2 ? 1 : code >= 11 && code <= 18 ? 9 : 4) << code;
     }
     LoadAtoms({{16, S, 0, {}}, {14, S, 0, {}}, {6, C, 0, {}}});  // and back, with TNDO/2
-    ::Run.SemiEmpiricalMethod = 2;
+    ::Run.Options.SemiEmpiricalMethod = 2;
     EXPECT_EQ(Outcome(), "");
     EXPECT_EQ(LogText.find("The Current TNDO/2 calculation will ingore the d-orbitals of the second row elements which "
                            "are only available for TNDO/1.\nConvergence"),
               0u);
-    EXPECT_EQ(::Run.OrbitalCount, 12);
+    EXPECT_EQ(::Run.Basis.OrbitalCount, 12);
     EXPECT_EQ(OrbitalCountTable[10], 4);
     EXPECT_EQ(OrbitalCountTable[17], 4);
 }
@@ -252,12 +255,12 @@ TEST_F(PrepareSystemTest, SecondRowDOrbitals) {
 TEST_F(PrepareSystemTest, CappingAtomsHaveFourOrbitals) {
     for (const int element : {1, 6, 16}) {
         LoadAtoms({{1, H, 0, {1}}, {element, S, 1, {}}});
-        ::Run.IncludeDOrbitalsForSecondRow = 1;
+        ::Run.Options.IncludeDOrbitalsForSecondRow = 1;
         EXPECT_EQ(Outcome(), "");
-        EXPECT_EQ(::Run.OrbitalCount, 5) << element;
-        EXPECT_EQ(::Run.ElectronCount, 8) << element;
-        EXPECT_EQ(::Run.AtomRecords[1].AtomType, TypeCount + S) << element;  // the capping half of the tables
-        EXPECT_EQ(::Run.AtomRecords[0].AtomType, H) << element;
+        EXPECT_EQ(::Run.Basis.OrbitalCount, 5) << element;
+        EXPECT_EQ(::Run.Basis.ElectronCount, 8) << element;
+        EXPECT_EQ(::Run.Molecule.AtomRecords[1].AtomType, TypeCount + S) << element;  // the capping half of the tables
+        EXPECT_EQ(::Run.Molecule.AtomRecords[0].AtomType, H) << element;
     }
 }
 
@@ -289,9 +292,9 @@ TEST_F(PrepareSystemTest, LimitsOfTypes) {
     };
     LoadAtoms({{1, TypeCount, 0, {}}, {6, 9999, 1, {0}}, {6, TypeCount, 1, {}}, {1, H, 0, {1}}});
     EXPECT_EQ(Outcome(), undefined(TypeCount, 3));
-    ::Run.AtomRecords[2].AtomType = H;
+    ::Run.Molecule.AtomRecords[2].AtomType = H;
     EXPECT_EQ(Outcome(), undefined(TypeCount, 1));
-    ::Run.AtomRecords[0].AtomType = TypeCount - 1;
+    ::Run.Molecule.AtomRecords[0].AtomType = TypeCount - 1;
     EXPECT_EQ(Outcome(), undefined(9999, 2));
 }
 
@@ -302,19 +305,19 @@ TEST_F(PrepareSystemTest, AtomsOfTheCouplings) {
     };
     for (const int number : {0, -1, 5}) {
         LoadAtoms(CutSystem);
-        ::Run.NMRAtomList[0] = number;
+        ::Run.Molecule.NMRAtomList[0] = number;
         EXPECT_EQ(Outcome(), range(number));
-        ::Run.CalculateCoupling = 0;
-        ::Run.AtomRecords[2].AtomType = C;
+        ::Run.Options.CalculateCoupling = 0;
+        ::Run.Molecule.AtomRecords[2].AtomType = C;
         EXPECT_EQ(Outcome(), "");
     }
     LoadAtoms(CutSystem);
-    ::Run.NMRAtomList[0] = 4;
+    ::Run.Molecule.NMRAtomList[0] = 4;
     EXPECT_EQ(Outcome(), "");
     EXPECT_EQ(Warnings(), "The atom index 4 whose nuclear spin-coupling constants are requested is not in the selected "
                           "part of the system.\n");
     LoadAtoms(CutSystem);
-    ::Run.NMRAtomList[0] = 2;
+    ::Run.Molecule.NMRAtomList[0] = 2;
     EXPECT_EQ(Outcome(), "");
     EXPECT_EQ(Warnings(), "");
 }
@@ -365,8 +368,8 @@ TEST_F(PrepareSystemTest, ChecksOfParameters) {
     };
     for (const auto& check : cases) {
         LoadAtoms(CutSystem);
-        ::Run.SemiEmpiricalMethod = check.Method;
-        double& value = ::Run.ParameterFileCoupling[check.Entry].*check.Field;
+        ::Run.Options.SemiEmpiricalMethod = check.Method;
+        double& value = ::Run.Parameters.ParameterFileCoupling[check.Entry].*check.Field;
         const double sound = value;
         value = check.Value;
         const std::string outcome = Outcome();
@@ -381,23 +384,24 @@ TEST_F(PrepareSystemTest, ChecksOfParameters) {
 
 // A table is tested only if its constants are asked for, that of the shielding first.
 TEST_F(PrepareSystemTest, TablesThatAreTested) {
-    ::Run.ParameterFileShielding[H].SlaterExponentS = ::Run.ParameterFileCoupling[H].SlaterExponentS = 0;
+    ::Run.Parameters.ParameterFileShielding[H].SlaterExponentS =
+        ::Run.Parameters.ParameterFileCoupling[H].SlaterExponentS = 0;
     const std::string text =
         "ERRMSG: Atom 1 with atom type H: the Slater exponent of s orbital is less than or equal to "
         "zero, please check your parameter file ";
     LoadAtoms(Hydrogen);
     EXPECT_EQ(Outcome(), text + "nmr_shft.abp.");
-    ::Run.CalculateShielding = 0;
+    ::Run.Options.CalculateShielding = 0;
     EXPECT_EQ(Outcome(), text + "nmr_cupl.abp.");
-    ::Run.CalculateCoupling = 0;
+    ::Run.Options.CalculateCoupling = 0;
     EXPECT_EQ(Outcome(), "");
 }
 
 TEST_F(PrepareSystemTest, ChecksOfDParameters) {
     LoadAtoms({{16, S, 0, {}}});
-    ::Run.CalculateShielding = 0;
-    ::Run.IncludeDOrbitalsForSecondRow = 1;
-    ::Run.ParameterFileCoupling[S].OrbitalEnergyD = 0;
+    ::Run.Options.CalculateShielding = 0;
+    ::Run.Options.IncludeDOrbitalsForSecondRow = 1;
+    ::Run.Parameters.ParameterFileCoupling[S].OrbitalEnergyD = 0;
     EXPECT_EQ(Outcome(), "");
     EXPECT_NE(
         LogText.find("Atom 1 with atom type S: the negative of average ionization potential and electron affinity "
@@ -405,30 +409,30 @@ TEST_F(PrepareSystemTest, ChecksOfDParameters) {
                      "nmr_cupl.abp.\n"),
         std::string::npos);
     LoadAtoms({{16, S, 0, {}}});
-    ::Run.ParameterFileCoupling[S].SlaterExponentD = 0;
+    ::Run.Parameters.ParameterFileCoupling[S].SlaterExponentD = 0;
     EXPECT_EQ(Outcome(), "ERRMSG: Atom 1 with atom type S: the Slater exponent of d orbital is less than or equal to "
                          "zero, please check your parameter file nmr_cupl.abp.");
     LoadAtoms({{16, S, 0, {}}});
-    ::Run.IncludeDOrbitalsForSecondRow = 0;
+    ::Run.Options.IncludeDOrbitalsForSecondRow = 0;
     EXPECT_EQ(Outcome(), "");
 }
 
 // Lone pairs carry no parameters, in the selection or outside.
 TEST_F(PrepareSystemTest, LonePairsAreNotChecked) {
-    ::Run.ParameterFileCoupling[S] = ::Run.ParameterFileShielding[S] = {};
+    ::Run.Parameters.ParameterFileCoupling[S] = ::Run.Parameters.ParameterFileShielding[S] = {};
     LoadAtoms({{1, H, 0, {}}, {0, S, 0, {}}, {0, S, 1, {}}, {1, H, 0, {}}});
     EXPECT_EQ(Outcome(), "");
     EXPECT_EQ(Warnings(), "");
-    EXPECT_EQ(::Run.OrbitalCount, 2);
-    EXPECT_EQ(::Run.OrbitalRanges[1].First, 2);
-    EXPECT_EQ(::Run.OrbitalRanges[1].Last, 1);
-    EXPECT_EQ(::Run.OrbitalRanges[2].Last, 2);
+    EXPECT_EQ(::Run.Basis.OrbitalCount, 2);
+    EXPECT_EQ(::Run.Basis.OrbitalRanges[1].First, 2);
+    EXPECT_EQ(::Run.Basis.OrbitalRanges[1].Last, 1);
+    EXPECT_EQ(::Run.Basis.OrbitalRanges[2].Last, 2);
 }
 
 TEST_F(PrepareSystemTest, Electrons) {
     const auto outcome = [](int charge) {
         LoadAtoms({{8, C, 0, {}}, {1, H, 0, {}}, {1, H, 0, {}}});  // 8 electrons, 6 orbitals
-        ::Run.TotalCharge = charge;
+        ::Run.Options.TotalCharge = charge;
         return Outcome();
     };
     const std::string odd = "ERRMSG: Singlet state specified with odd number of electrons, please correct the fault.";
@@ -437,11 +441,11 @@ TEST_F(PrepareSystemTest, Electrons) {
     EXPECT_EQ(outcome(9), tooFew);
     EXPECT_EQ(outcome(2147483647), tooFew);
     EXPECT_EQ(outcome(8), "");
-    EXPECT_EQ(::Run.OccupiedLevels, 0);
+    EXPECT_EQ(::Run.Basis.OccupiedLevels, 0);
     EXPECT_EQ(outcome(7), odd);
     EXPECT_EQ(outcome(-3), odd);
     EXPECT_EQ(outcome(-4), "");
-    EXPECT_EQ(::Run.OccupiedLevels, 6);
+    EXPECT_EQ(::Run.Basis.OccupiedLevels, 6);
     EXPECT_EQ(outcome(-5), tooMany);  // before the test for odd numbers
     EXPECT_EQ(outcome(-2147483647 - 1), tooMany);
 }
@@ -452,8 +456,8 @@ TEST_F(PrepareSystemTest, Multiplicities) {
     const auto outcome = [](int multiplicity, int charge) {
         LoadAtoms(Hydrogen);
         Outcome();
-        ::Run.SpinMultiplicity = multiplicity;
-        ::Run.TotalCharge = charge;
+        ::Run.Options.SpinMultiplicity = multiplicity;
+        ::Run.Options.TotalCharge = charge;
         return Outcome(CountElectrons);
     };
     EXPECT_EQ(outcome(4, 0), "ERRMSG: Number of electrons in the system is less than the spin-multiplicity requested, "
@@ -464,34 +468,34 @@ TEST_F(PrepareSystemTest, Multiplicities) {
     EXPECT_EQ(outcome(0, -3), "ERRMSG: Number of electrons in the system is too big, please raise the total charge.");
     EXPECT_EQ(outcome(0, 1), "ERRMSG: Illegally defined multiplicity.");  // before the test for odd numbers
     EXPECT_EQ(outcome(2, -1), "");
-    EXPECT_EQ(::Run.DoublyOccupiedLevels, 1);
-    EXPECT_EQ(::Run.OccupiedLevels, 2);
+    EXPECT_EQ(::Run.Basis.DoublyOccupiedLevels, 1);
+    EXPECT_EQ(::Run.Basis.OccupiedLevels, 2);
 }
 
 // Tables by orbital: kinds and atoms in order, exponents and energies from the row of the type, capping atoms from the
 // capping half. Sums of two terms each; four units in the last place of the largest cover their rounding.
 TEST_F(PrepareSystemTest, OrbitalTables) {
     LoadAtoms({{6, C, 1, {1}}, {16, S, 0, {0}}, {1, H, 0, {}}, {0, H, 0, {}}});
-    ::Run.IncludeDOrbitalsForSecondRow = 1;
+    ::Run.Options.IncludeDOrbitalsForSecondRow = 1;
     EXPECT_EQ(Outcome(), "");
-    ::Run.ActiveParameters = ::Run.ParameterFileShielding;
+    ::Run.Parameters.ActiveParameters = ::Run.Parameters.ParameterFileShielding;
     PrepareOrbitalTables();
-    ASSERT_EQ(::Run.OrbitalCount, 14);
+    ASSERT_EQ(::Run.Basis.OrbitalCount, 14);
     const double s[] = {1.25 + S, 1.25 + H, 1.25 + TypeCount + C};
     for (int i = 0; i < 14; ++i) {
         const int place = i < 9 ? 0 : i < 10 ? 1 : 2;
         const int kind = i < 9 ? i + 1 : i < 10 ? 1 : i - 9;
-        EXPECT_EQ(::Run.OrbitalKinds[i], kind);
-        EXPECT_EQ(::Run.OrbitalAtoms[i], place == 0 ? 2 : place == 1 ? 3 : 1);
-        EXPECT_EQ(::Run.OrbitalPrincipalNumbers[i], place == 0 ? 3 : place == 1 ? 1 : 2);
-        EXPECT_EQ(::Run.OrbitalExponents[i], kind == 1 ? s[place] : kind <= 4 ? 1.5 : 0.75);
+        EXPECT_EQ(::Run.Basis.OrbitalKinds[i], kind);
+        EXPECT_EQ(::Run.Basis.OrbitalAtoms[i], place == 0 ? 2 : place == 1 ? 3 : 1);
+        EXPECT_EQ(::Run.Basis.OrbitalPrincipalNumbers[i], place == 0 ? 3 : place == 1 ? 1 : 2);
+        EXPECT_EQ(::Run.Basis.OrbitalExponents[i], kind == 1 ? s[place] : kind <= 4 ? 1.5 : 0.75);
     }
     const double isolated = -(10 + S + 10 + H + 10 + TypeCount + C) * 23.061;
-    EXPECT_NEAR(::Run.IsolatedEnergy, isolated, 4e-13);
-    EXPECT_NEAR(::Run.HeatOffset, 50 + S + 50 + H + 50 + TypeCount + C - isolated, 4e-13);
-    ::Run.SemiEmpiricalMethod = 2;
+    EXPECT_NEAR(::Run.Basis.IsolatedEnergy, isolated, 4e-13);
+    EXPECT_NEAR(::Run.Basis.HeatOffset, 50 + S + 50 + H + 50 + TypeCount + C - isolated, 4e-13);
+    ::Run.Options.SemiEmpiricalMethod = 2;
     PrepareOrbitalTables();
-    EXPECT_NEAR(::Run.IsolatedEnergy, -60 * 23.061, 8e-13);
+    EXPECT_NEAR(::Run.Basis.IsolatedEnergy, -60 * 23.061, 8e-13);
 }
 
 // The matrices of the wavefunction would fit, and each of the others by itself, but not all together. One level is
@@ -500,7 +504,7 @@ TEST_F(PrepareSystemTest, RefusesWhatDoesNotFitInAll) {
     const double numbers = 0.95 * static_cast<double>(AvailableMemory()) / sizeof(double);
     const int orbitals = static_cast<int>(std::sqrt(numbers / 11.5));
     LoadAtoms(std::vector<TypedAtom>(static_cast<std::size_t>(orbitals), {1, H, 0, {}}));
-    ::Run.TotalCharge = orbitals - 2;
+    ::Run.Options.TotalCharge = orbitals - 2;
     EXPECT_EQ(Outcome(), "ERRMSG: The molecule selected for calculation is too large and has consumed all available "
                          "memory.");
 }

@@ -21,12 +21,12 @@ static std::vector<double> UnitMatrix(std::size_t n) {
 class TwoLevels : public testing::Test {
 protected:
     void Diagonalise(double e0, double e1, double element, double f00, double f11) {
-        SetSquare(::Run.MolecularOrbitals, UnitMatrix(2));
-        SetSquare(::Run.OrbitalEnergiesRaw, {e0, e1});
-        SetSquare(::Run.FockMatrix, {f00, element, element, f11});
+        SetSquare(::Run.Field.MolecularOrbitals, UnitMatrix(2));
+        SetSquare(::Run.Field.OrbitalEnergiesRaw, {e0, e1});
+        SetSquare(::Run.Field.FockMatrix, {f00, element, element, f11});
         PseudoDiagonalise();
     }
-    static double C(int row, int column) { return ::Run.MolecularOrbitals[row * 2 + column]; }
+    static double C(int row, int column) { return ::Run.Field.MolecularOrbitals[row * 2 + column]; }
     LoadedMolecule Loaded{HydrogenMolecule(0.74)};
 };
 
@@ -57,8 +57,8 @@ TEST_F(TwoLevels, OneRotationDecouples) {
 TEST_F(TwoLevels, StaleEnergiesSetTheAngle) {
     Diagonalise(-0.8, 0.4, 0.3, -100.0, 55.0);
     EXPECT_NEAR(std::atan2(C(0, 1), C(0, 0)), 0.5 * std::atan2(-0.6, 1.2), 1e-15);
-    EXPECT_EQ(::Run.OrbitalEnergiesRaw[0], -0.8);
-    EXPECT_EQ(::Run.OrbitalEnergiesRaw[1], 0.4);
+    EXPECT_EQ(::Run.Field.OrbitalEnergiesRaw[0], -0.8);
+    EXPECT_EQ(::Run.Field.OrbitalEnergiesRaw[1], 0.4);
 }
 
 // A difference of 0 is no reason to skip: d counts as positive, alpha is the root of a half, beta has the sign opposite
@@ -82,20 +82,20 @@ TEST_F(TwoLevels, InvertedLevels) {
 TEST_F(TwoLevels, SmallestRotation) {
     const double smallest = 10.0 * std::sqrt(std::numeric_limits<double>::epsilon());
     Diagonalise(-0.5, 0.5, 0.999 * smallest, -0.5, 0.5);
-    EXPECT_EQ(SquareOf(::Run.MolecularOrbitals), UnitMatrix(2));
+    EXPECT_EQ(SquareOf(::Run.Field.MolecularOrbitals), UnitMatrix(2));
     Diagonalise(-0.5, 0.5, 1.001 * smallest, -0.5, 0.5);
     EXPECT_NE(C(0, 1), 0.0);
 }
 
 TEST_F(TwoLevels, NothingToRotate) {
     Diagonalise(-0.5, 0.5, 0.0, -0.5, 0.5);
-    EXPECT_EQ(SquareOf(::Run.MolecularOrbitals), UnitMatrix(2));
-    ::Run.OccupiedLevels = 0;
+    EXPECT_EQ(SquareOf(::Run.Field.MolecularOrbitals), UnitMatrix(2));
+    ::Run.Basis.OccupiedLevels = 0;
     Diagonalise(-0.5, 0.5, 0.3, -0.5, 0.5);
-    EXPECT_EQ(SquareOf(::Run.MolecularOrbitals), UnitMatrix(2));
-    ::Run.OccupiedLevels = 2;
+    EXPECT_EQ(SquareOf(::Run.Field.MolecularOrbitals), UnitMatrix(2));
+    ::Run.Basis.OccupiedLevels = 2;
     Diagonalise(-0.5, 0.5, 0.3, -0.5, 0.5);
-    EXPECT_EQ(SquareOf(::Run.MolecularOrbitals), UnitMatrix(2));
+    EXPECT_EQ(SquareOf(::Run.Field.MolecularOrbitals), UnitMatrix(2));
 }
 
 // Water: four occupied and two empty levels.
@@ -111,9 +111,9 @@ static void LoadRandomField(std::vector<double>* fock) {
     std::vector<double> other = *fock;
     other[3] = other[18] = 0.7;
     JacobiEigen(other, 6, &values, &vectors);
-    SetSquare(::Run.MolecularOrbitals, vectors);
-    SetSquare(::Run.OrbitalEnergiesRaw, values);
-    SetSquare(::Run.FockMatrix, *fock);
+    SetSquare(::Run.Field.MolecularOrbitals, vectors);
+    SetSquare(::Run.Field.OrbitalEnergiesRaw, values);
+    SetSquare(::Run.Field.FockMatrix, *fock);
 }
 
 // Rotations keep the rows orthonormal, whatever the matrix; a few roundings for each of eight rotations.
@@ -121,19 +121,19 @@ TEST(PseudoDiagonalise, KeepsOrthonormality) {
     const LoadedMolecule loaded(WaterMolecule());
     std::vector<double> fock;
     LoadRandomField(&fock);
-    const std::vector<double> before = SquareOf(::Run.MolecularOrbitals);
+    const std::vector<double> before = SquareOf(::Run.Field.MolecularOrbitals);
     PseudoDiagonalise();
-    EXPECT_NE(SquareOf(::Run.MolecularOrbitals), before);
+    EXPECT_NE(SquareOf(::Run.Field.MolecularOrbitals), before);
     for (int i = 0; i < 6; ++i) {
         for (int j = 0; j <= i; ++j) {
             double sum = 0.0;
             for (int a = 0; a < 6; ++a) {
-                sum += ::Run.MolecularOrbitals[i * 6 + a] * ::Run.MolecularOrbitals[j * 6 + a];
+                sum += ::Run.Field.MolecularOrbitals[i * 6 + a] * ::Run.Field.MolecularOrbitals[j * 6 + a];
             }
             EXPECT_NEAR(sum, i == j ? 1.0 : 0.0, 1e-14);
         }
     }
-    EXPECT_EQ(SquareOf(::Run.FockMatrix), fock);
+    EXPECT_EQ(SquareOf(::Run.Field.FockMatrix), fock);
 }
 
 // Property: pairs in the order of empty levels, then occupied ones, each by the element of the start, those under a
@@ -142,7 +142,7 @@ TEST(PseudoDiagonalise, RotatesPairsInTheirOrder) {
     const LoadedMolecule loaded(WaterMolecule());
     std::vector<double> fock;
     LoadRandomField(&fock);
-    std::vector<double> c = SquareOf(::Run.MolecularOrbitals);
+    std::vector<double> c = SquareOf(::Run.Field.MolecularOrbitals);
     const std::vector<double> start = c;
     const auto element = [&](std::size_t i, std::size_t j) {
         double sum = 0.0;
@@ -165,7 +165,7 @@ TEST(PseudoDiagonalise, RotatesPairsInTheirOrder) {
                 ++skipped;
                 continue;
             }
-            const double d = ::Run.OrbitalEnergiesRaw[i] - ::Run.OrbitalEnergiesRaw[j];
+            const double d = ::Run.Field.OrbitalEnergiesRaw[i] - ::Run.Field.OrbitalEnergiesRaw[j];
             const double t = std::copysign(std::sqrt(d * d + 4.0 * a * a), d);
             const double alpha = std::sqrt(0.5 * (1.0 + d / t));
             const double beta = a >= 0.0 ? -std::sqrt(1.0 - alpha * alpha) : std::sqrt(1.0 - alpha * alpha);
@@ -178,7 +178,7 @@ TEST(PseudoDiagonalise, RotatesPairsInTheirOrder) {
     }
     PseudoDiagonalise();
     for (std::size_t k = 0; k < 36; ++k) {
-        EXPECT_NEAR(::Run.MolecularOrbitals[k], c[k], 1e-13);
+        EXPECT_NEAR(::Run.Field.MolecularOrbitals[k], c[k], 1e-13);
     }
     EXPECT_LT(skipped, 8);
 }

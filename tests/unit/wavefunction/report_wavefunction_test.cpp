@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // The numbers of a wavefunction: energies, eigenvalues, populations, charges, and their listing.
-#include "files/parameter_files.h"
 #include "molecule/selected_atoms.h"
 #include "tests/support/molecule_support.h"
 #include "wavefunction/report_wavefunction.h"
@@ -11,11 +10,11 @@
 
 // Levels -k / 10 Hartree, populations 1 + k / 100.
 static std::string Reported(const LoadedMolecule& loaded, double electronic) {
-    const long long n = ::Run.OrbitalCount;
-    SetSquare(::Run.TotalDensity, std::vector<double>(static_cast<std::size_t>(n * n), 9.0));
+    const long long n = ::Run.Basis.OrbitalCount;
+    SetSquare(::Run.Field.TotalDensity, std::vector<double>(static_cast<std::size_t>(n * n), 9.0));
     for (long long k = 0; k < n; ++k) {
-        ::Run.OrbitalEnergies[k] = -0.1 * static_cast<double>(k);
-        ::Run.TotalDensity[k * (n + 1)] = 1.0 + 0.01 * static_cast<double>(k);
+        ::Run.Field.OrbitalEnergies[k] = -0.1 * static_cast<double>(k);
+        ::Run.Field.TotalDensity[k * (n + 1)] = 1.0 + 0.01 * static_cast<double>(k);
     }
     loaded.ClearLog();
     ReportWavefunction(electronic);
@@ -26,7 +25,7 @@ static std::string Reported(const LoadedMolecule& loaded, double electronic) {
 // as far as they are printed.
 TEST(ReportWavefunction, Energies) {
     const LoadedMolecule loaded(HydrogenMolecule(0.74));
-    ::Run.CoreRepulsion = 0.75;
+    ::Run.Field.CoreRepulsion = 0.75;
     const std::string log = Reported(loaded, -1.5);
     const double isolated = 2 * ParametersAt(0).IsolatedEnergyTndo1 * 23.061;
     const double total = -0.75 * 627.5220032;
@@ -52,7 +51,7 @@ TEST(ReportWavefunction, FiveToALine) {
         }
         molecule.Options = {hydrogens % 2 ? "TotalCharge = 1" : "TotalCharge = 0"};
         const LoadedMolecule loaded(molecule);
-        ::Run.CoreRepulsion = 0.0;
+        ::Run.Field.CoreRepulsion = 0.0;
         const std::string log = Reported(loaded, -1.0);
         std::string energies, populations;
         for (int k = 0; k < hydrogens; ++k) {
@@ -86,7 +85,7 @@ TEST(ReportWavefunction, ChargesAndListedNumbers) {
                                  {1},
                                  {1, 3, 4},
                                  {{1, 2}}});
-    ::Run.CoreRepulsion = 0.0;
+    ::Run.Field.CoreRepulsion = 0.0;
     const std::string log = Reported(loaded, -1.0);
     const double first[] = {1.0, 4 + 0.10, 4 + 0.26, 4 + 0.42};  // populations of the places: H, Ar, Cl, capping C
     EXPECT_NEAR(static_cast<double>(SelectedAtom(0).AtomCharge), 1.0 - first[0], 1e-6);
@@ -105,7 +104,7 @@ TEST(ReportWavefunction, ChargesAndListedNumbers) {
 TEST(ReportWavefunction, LonePair) {
     const LoadedMolecule loaded({{{"He", 0, 0, 0}, {"Lp", 0, 0, 0.5}}});
     SelectedAtom(1).AtomCharge = 0.25f;
-    ::Run.CoreRepulsion = 0.0;
+    ::Run.Field.CoreRepulsion = 0.0;
     const std::string log = Reported(loaded, -1.0);
     EXPECT_EQ(SelectedAtom(1).AtomCharge, 0.25f);
     EXPECT_NE(log.find("\n                       2   0     0.250000 "), std::string::npos);
@@ -115,9 +114,9 @@ TEST(ReportWavefunction, LonePair) {
 TEST(ReportWavefunction, LevelTenSkipsTheDipole) {
     const LoadedMolecule loaded(HydrogenMolecule(0.74));
     EXPECT_EQ(CountOf(Reported(loaded, -1.0), "Dipole Moments"), 1);
-    ::Run.LogPrintLevel = 10;
+    ::Run.Options.LogPrintLevel = 10;
     EXPECT_EQ(CountOf(Reported(loaded, -1.0), "Dipole Moments"), 0);
-    ::Run.LogEnabled = 0;
+    ::Run.Report.LogEnabled = 0;
     SelectedAtom(1).AtomCharge = 5.0f;
     EXPECT_EQ(Reported(loaded, -1.0), "(no file)");
     EXPECT_NEAR(static_cast<double>(SelectedAtom(1).AtomCharge), 1.0 - 1.01, 1e-6);
@@ -126,7 +125,7 @@ TEST(ReportWavefunction, LevelTenSkipsTheDipole) {
 // A single atom: no dipole lines, but the two that close the block.
 TEST(ReportWavefunction, SingleAtom) {
     const LoadedMolecule loaded({{{"He", 0, 0, 0}}});
-    ::Run.CoreRepulsion = 0.0;
+    ::Run.Field.CoreRepulsion = 0.0;
     const std::string log = Reported(loaded, -1.0);
     EXPECT_EQ(CountOf(log, "Dipole Moments"), 0);
     const std::string rule(100, '=');

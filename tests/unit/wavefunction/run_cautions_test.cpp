@@ -106,9 +106,9 @@ static int ResponsesAtTheLimit(const Molecule& molecule, void (*compute)(), int 
     int exact = 0;
     const LoadedMolecule loaded(With(molecule, {IterationLimit(200)}));
     for (int limit = -1; limit <= largestLimit; ++limit) {
-        ::Run.SCFIterationLimit = 200;
+        ::Run.Options.SCFIterationLimit = 200;
         SolveWavefunction();
-        ::Run.SCFIterationLimit = limit;
+        ::Run.Options.SCFIterationLimit = limit;
         loaded.ClearLog();
         compute();
         for (const std::string& name : names) {
@@ -247,21 +247,21 @@ TEST(RunCautions, ValuesThatAreNotFinite) {
     Molecule molecule = With(WaterMolecule(), {"CalculateShieldTensor = yes"});
     molecule.NMRAtoms = {3, 1, 3};
     const LoadedMolecule loaded(molecule);
-    std::fill(::Run.ShieldingTotal, ::Run.ShieldingTotal + 3, 1.0);
-    std::fill(::Run.ShieldingTensor, ::Run.ShieldingTensor + 27, 1.0);
-    std::fill(::Run.TensorDiamagneticTwoCentre, ::Run.TensorDiamagneticTwoCentre + 27, 1.0);
-    std::fill(::Run.CouplingMatrix, ::Run.CouplingMatrix + 9, 1.0);
-    ::Run.ShieldingTotal[1] = ::Run.ShieldingTensor[9] = NotANumber;  // no NMR atom
-    ::Run.TensorDiamagneticTwoCentre[5] = NotANumber;                 // no outcome of a tensor
-    ::Run.CouplingMatrix[1] = ::Run.CouplingMatrix[7] = Infinity;     // no NMR atom
+    std::fill(::Run.Shielding.ShieldingTotal, ::Run.Shielding.ShieldingTotal + 3, 1.0);
+    std::fill(::Run.Shielding.ShieldingTensor, ::Run.Shielding.ShieldingTensor + 27, 1.0);
+    std::fill(::Run.Shielding.TensorDiamagneticTwoCentre, ::Run.Shielding.TensorDiamagneticTwoCentre + 27, 1.0);
+    std::fill(::Run.Coupling.CouplingMatrix, ::Run.Coupling.CouplingMatrix + 9, 1.0);
+    ::Run.Shielding.ShieldingTotal[1] = ::Run.Shielding.ShieldingTensor[9] = NotANumber;  // no NMR atom
+    ::Run.Shielding.TensorDiamagneticTwoCentre[5] = NotANumber;                           // no outcome of a tensor
+    ::Run.Coupling.CouplingMatrix[1] = ::Run.Coupling.CouplingMatrix[7] = Infinity;       // no NMR atom
     loaded.ClearLog();
     CautionAboutShieldings();
     CautionAboutCouplings();
     EXPECT_EQ(loaded.Log(), "(no file)");
-    ::Run.ShieldingTotal[2] = -Infinity;
-    ::Run.ShieldingTensor[8] = ::Run.ShieldingTensor[7] = NotANumber;
-    ::Run.TensorDiamagneticTwoCentre[22] = Infinity;
-    ::Run.CouplingMatrix[3] = ::Run.CouplingMatrix[5] = NotANumber;  // the row of atom 1
+    ::Run.Shielding.ShieldingTotal[2] = -Infinity;
+    ::Run.Shielding.ShieldingTensor[8] = ::Run.Shielding.ShieldingTensor[7] = NotANumber;
+    ::Run.Shielding.TensorDiamagneticTwoCentre[22] = Infinity;
+    ::Run.Coupling.CouplingMatrix[3] = ::Run.Coupling.CouplingMatrix[5] = NotANumber;  // the row of atom 1
     CautionAboutShieldings();
     CautionAboutCouplings();
     EXPECT_EQ(loaded.Log(), "CAUTION: value not finite: shielding of atom 3.\n"
@@ -277,7 +277,7 @@ TEST(RunCautions, ManyValuesThatAreNotFinite) {
         chain.Atoms.push_back({"H", 0, 0, 0.9 * i});
     }
     const LoadedMolecule loaded(chain);
-    std::fill(::Run.ShieldingTotal, ::Run.ShieldingTotal + 24, NotANumber);
+    std::fill(::Run.Shielding.ShieldingTotal, ::Run.Shielding.ShieldingTotal + 24, NotANumber);
     loaded.ClearLog();
     CautionAboutShieldings();
     EXPECT_EQ(CountOf(loaded.Log(), "CAUTION: value not finite: shielding of atom "), 10);

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // The self-consistent field: energies by closed formulas and by plain loops, invariances, the phases of the iteration.
-#include "files/parameter_files.h"
 #include "molecule/selected_atoms.h"
 #include "tests/support/molecule_support.h"
 #include "wavefunction/solve_wavefunction.h"
@@ -16,7 +15,7 @@ static constexpr char Tight[] = "SCFConvergenceLimit = 1e-6";
 static constexpr char ManyIterations[] = "SCFIterationLimit = 200";
 
 static double TotalEnergy() {
-    return PlainElectronicEnergy(SquareOf(::Run.TotalDensity)) + ::Run.CoreRepulsion;
+    return PlainElectronicEnergy(SquareOf(::Run.Field.TotalDensity)) + ::Run.Field.CoreRepulsion;
 }
 
 // Energy (Hartree) and charges of a molecule.
@@ -24,7 +23,7 @@ static std::vector<double> EnergyAndCharges(const Molecule& molecule) {
     const LoadedMolecule loaded(With(molecule, {Tight, ManyIterations}));
     SolveWavefunction();
     std::vector<double> result = {TotalEnergy()};
-    for (int place = 0; place < ::Run.SelectedAtomCount; ++place) {
+    for (int place = 0; place < ::Run.Molecule.SelectedAtomCount; ++place) {
         result.push_back(static_cast<double>(SelectedAtom(place).AtomCharge));
     }
     return result;
@@ -68,8 +67,8 @@ TEST(SolveWavefunction, HydrogenMoleculeByHand) {
             const double g11 = 0.625 * zeta, g12 = Repulsion1s(zeta, zeta, r);
             const double h12 = -ParametersAt(0).BondingParameter * HartreesPerElectronVolt * Overlap1s(zeta, zeta, r);
             EXPECT_NEAR(TotalEnergy(), 2 * a - 0.5 * g11 - 1.5 * g12 + 2 * h12 + 1 / r, 1e-9) << distance;
-            EXPECT_NEAR(::Run.OrbitalEnergies[0], a + h12 - 0.5 * g12, 1e-9);
-            EXPECT_NEAR(::Run.OrbitalEnergies[1], a - h12 + 0.5 * g12, 1e-9);
+            EXPECT_NEAR(::Run.Field.OrbitalEnergies[0], a + h12 - 0.5 * g12, 1e-9);
+            EXPECT_NEAR(::Run.Field.OrbitalEnergies[1], a - h12 + 0.5 * g12, 1e-9);
             EXPECT_NEAR(static_cast<double>(SelectedAtom(0).AtomCharge), 0.0, 1e-7);
         }
     }
@@ -102,7 +101,7 @@ TEST(SolveWavefunction, HeliumHydrideByHand) {
             (energy(x) < energy(y) ? high : low) = energy(x) < energy(y) ? y : x;
         }
         EXPECT_NEAR(TotalEnergy(), energy(low) + 2.0 / r, 1e-7) << method;
-        EXPECT_NEAR(::Run.TotalDensity[0], 2 * std::cos(low) * std::cos(low), 5e-5) << method;
+        EXPECT_NEAR(::Run.Field.TotalDensity[0], 2 * std::cos(low) * std::cos(low), 5e-5) << method;
     }
 }
 
@@ -132,8 +131,8 @@ TEST(SolveWavefunction, IdentitiesAtConvergence) {
     for (const Molecule& molecule : SomeMolecules()) {
         const LoadedMolecule loaded(With(molecule, {Tight, ManyIterations}));
         SolveWavefunction();
-        const std::size_t n = static_cast<std::size_t>(::Run.OrbitalCount);
-        const std::vector<double> p = SquareOf(::Run.TotalDensity), q = SquareOf(::Run.HalfDensity);
+        const std::size_t n = static_cast<std::size_t>(::Run.Basis.OrbitalCount);
+        const std::vector<double> p = SquareOf(::Run.Field.TotalDensity), q = SquareOf(::Run.Field.HalfDensity);
         const std::vector<double> f = PlainFock(q, q);
         double trace = 0.0;
         for (std::size_t i = 0; i < n; ++i) {
@@ -149,13 +148,13 @@ TEST(SolveWavefunction, IdentitiesAtConvergence) {
                 ASSERT_EQ(q[i * n + j], 0.5 * p[i * n + j]);
             }
         }
-        EXPECT_NEAR(trace, 2.0 * ::Run.DoublyOccupiedLevels, 1e-12);
-        EXPECT_EQ(2 * ::Run.DoublyOccupiedLevels, ::Run.ElectronCount);
+        EXPECT_NEAR(trace, 2.0 * ::Run.Basis.DoublyOccupiedLevels, 1e-12);
+        EXPECT_EQ(2 * ::Run.Basis.DoublyOccupiedLevels, ::Run.Basis.ElectronCount);
         double charge = 0.0;
-        for (int place = 0; place < ::Run.SelectedAtomCount; ++place) {
+        for (int place = 0; place < ::Run.Molecule.SelectedAtomCount; ++place) {
             charge += static_cast<double>(SelectedAtom(place).AtomCharge);
         }
-        EXPECT_NEAR(charge, ::Run.TotalCharge, 1e-5);  // 32-bit populations
+        EXPECT_NEAR(charge, ::Run.Options.TotalCharge, 1e-5);  // 32-bit populations
         const std::vector<double> listed =
             NumbersAfter(loaded.Log(), "(kcal/mol)\n                     Total Energy           =", 1);
         ASSERT_EQ(listed.size(), 1u);
@@ -242,7 +241,7 @@ TEST(SolveWavefunction, IterationLimitEndsTheField) {
 // Fock iteration in plain loops, exact throughout and without any extrapolation, from the first iteration of a first or
 // a later call.
 static std::vector<double> PlainDensity(int iterations, bool firstCall) {
-    const std::size_t n = static_cast<std::size_t>(::Run.OrbitalCount);
+    const std::size_t n = static_cast<std::size_t>(::Run.Basis.OrbitalCount);
     std::vector<double> half(n * n, 0.0), values, vectors;
     for (std::size_t i = 0; i < n; ++i) {
         half[i * n + i] = 0.5;
@@ -250,15 +249,15 @@ static std::vector<double> PlainDensity(int iterations, bool firstCall) {
     for (int iteration = 1; iteration <= iterations; ++iteration) {
         std::vector<double> fock = PlainFock(half, half);
         if (iteration == 1 && firstCall) {
-            fock = SquareOf(::Run.CoreHamiltonian);
+            fock = SquareOf(::Run.Field.CoreHamiltonian);
             for (std::size_t i = 0; i < n; ++i) {
-                fock[i * n + i] = ::Run.CoreDiagonal[i];
+                fock[i * n + i] = ::Run.Field.CoreDiagonal[i];
             }
         }
-        JacobiEigen(fock, ::Run.OrbitalCount, &values, &vectors);
+        JacobiEigen(fock, ::Run.Basis.OrbitalCount, &values, &vectors);
         half.assign(n * n, 0.0);
         for (std::size_t k = 0; k < n * n; ++k) {
-            for (std::size_t m = 0; m < static_cast<std::size_t>(::Run.DoublyOccupiedLevels); ++m) {
+            for (std::size_t m = 0; m < static_cast<std::size_t>(::Run.Basis.DoublyOccupiedLevels); ++m) {
                 half[k] += vectors[m * n + k / n] * vectors[m * n + k % n];
             }
         }
@@ -278,10 +277,10 @@ TEST(SolveWavefunction, NearTheEndNothingIsExtrapolated) {
                                               std::string("SCFIterationLimit = ").append(std::to_string(limit))}));
             for (const bool firstCall : {true, false}) {
                 SolveWavefunction();
-                EXPECT_EQ(::Run.ScfPassCounter, firstCall ? 0 : 1);
+                EXPECT_EQ(::Run.Field.ScfPassCounter, firstCall ? 0 : 1);
                 const std::vector<double> expected = PlainDensity(limit + 2, firstCall);
                 for (std::size_t k = 0; k < expected.size(); ++k) {
-                    ASSERT_NEAR(::Run.HalfDensity[k], expected[k], 1e-10) << limit << " " << firstCall;
+                    ASSERT_NEAR(::Run.Field.HalfDensity[k], expected[k], 1e-10) << limit << " " << firstCall;
                 }
             }
         }
@@ -295,7 +294,7 @@ TEST(SolveWavefunction, FarFromTheEndTheDensityIsExtrapolated) {
     const std::vector<double> bare = PlainDensity(10, true);
     double largest = 0.0;
     for (std::size_t k = 0; k < bare.size(); ++k) {
-        largest = std::max(largest, std::fabs(bare[k] - ::Run.HalfDensity[k]));
+        largest = std::max(largest, std::fabs(bare[k] - ::Run.Field.HalfDensity[k]));
     }
     EXPECT_GT(largest, 1e-9);
 }
@@ -312,8 +311,8 @@ TEST(SolveWavefunction, SecondCallStartsFromTheUnitDensity) {
         const double unit = PlainFock({1, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0,
                                        0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 1},
                                       std::vector<double>(36))[0];
-        const double half = unit + 0.5 * ::Run.GammaMatrix[0];
-        EXPECT_NEAR(listed, firstCall ? ::Run.CoreDiagonal[0] : half, 5.1e-6);
+        const double half = unit + 0.5 * ::Run.Field.GammaMatrix[0];
+        EXPECT_NEAR(listed, firstCall ? ::Run.Field.CoreDiagonal[0] : half, 5.1e-6);
     }
 }
 
