@@ -6,11 +6,11 @@
 #include "files/name_index.h"
 #include "files/text_scan.h"
 #include "ground/fatal_error.h"
+#include "ground/file_path.h"
 #include "ground/memory.h"
 #include "ground/message_poll.h"
 #include "ground/platform.h"
 #include "ground/run_state.h"
-#include "shell/run_job.h"
 
 #include <cctype>
 #include <climits>

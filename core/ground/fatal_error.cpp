@@ -10,7 +10,6 @@
 #include "ground/run_state.h"
 
 #include <cstdio>
-#include <cstdlib>
 
 static constexpr int TextLimit = 256;      // characters loaded of a catalogue text
 static constexpr int ExpandedLimit = 400;  // characters of a filled message
@@ -65,5 +64,5 @@ void ReportFatalError(int id, const MessageArgument* arguments) {
         ReportUnderGuard(id, arguments);
     }
     RaiseError();
-    std::_Exit(3);  // a fatal error is raised at the depth of its frame, and so RaiseError doesn't come back
+    EndProcess(3);  // a fatal error is raised at the depth of its frame, and so RaiseError doesn't come back
 }

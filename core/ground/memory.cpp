@@ -3,18 +3,14 @@
 // process when the pages are touched, with no word in the output file.
 #include "ground/memory.h"
 
-#include "ground/message_poll.h"
 #include "ground/platform.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 
-static constexpr double UncheckedBytes = 1 << 18;    // blocks below this size aren't worth the look
 static constexpr double SafetyShare = 0.95;          // the rest is for page tables and for what others take meanwhile
 static constexpr std::size_t LargeBlock = 64 << 20;  // bytes from which small pages would delay a stop
-static constexpr std::size_t PageBytes = 4096;       // of the smallest page of memory
-static constexpr int TouchedPageUnits = 512;         // work of a page for PollMessages
 
 // Kept free beside the share: the stack, the blocks that aren't checked, the buffers of files, the system's own records
 // of the process, and the line of a refusal.
@@ -128,14 +124,4 @@ void* ReallocateBytes(void* block, long long count, std::size_t size) {
     }
     const std::size_t bytes = BytesToAsk(count, size);
     return Prepared(std::realloc(block, bytes), bytes);
-}
-
-void TouchPages(void* block, std::size_t bytes) {
-    if (static_cast<double>(bytes) < UncheckedBytes) {
-        return;
-    }
-    for (std::size_t i = 0; i < bytes; i += PageBytes) {
-        static_cast<volatile char*>(block)[i] = 0;
-        PollMessages(TouchedPageUnits);
-    }
 }

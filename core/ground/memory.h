@@ -15,6 +15,9 @@
 // not yet touched still counts as free.
 bool MemoryCanServe(double bytes);
 
+// Blocks below this size aren't worth the look at what the machine has.
+inline constexpr double UncheckedBytes = 1 << 18;
+
 // Memory for count records of size bytes, cleared or not; null if it can't be had. Small blocks aren't checked, they
 // are malloc's to refuse.
 void* AllocateBytes(long long count, std::size_t size);
@@ -22,11 +25,6 @@ void* AllocateZeroedBytes(long long count, std::size_t size);
 
 // The same block with room for count records, or null, and then the old block stays as it was.
 void* ReallocateBytes(void* block, long long count, std::size_t size);
-
-// Touches a new block page by page and polls, so that it counts as taken from now on. The system clears each page as it
-// is first touched, and a stage would touch all of them between two polls. Blocks too small to be checked stay as they
-// are. May not return.
-void TouchPages(void* block, std::size_t bytes);
 
 // Takes and gives up notes. place is where a pointer to an array stands, of static lifetime; TakeNote does nothing for
 // a place that is noted already, and is false if there are too many notes.
@@ -100,11 +98,5 @@ struct ArrayAllocator {
         } else {
             FreeArray(array);
         }
-    }
-};
-
-struct ArrayToucher {
-    template <class Record> void operator()(Record*& array, long long count) {
-        TouchPages(array, static_cast<std::size_t>(count) * sizeof(Record));
     }
 };

@@ -7,7 +7,6 @@
 #include "ground/run_state.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 
 static constexpr int NeighbourPathSize = FilePathSize + 48;
@@ -127,5 +126,5 @@ void EndWithOutput(const char* before, const char* text, const char* behind) {
     if (!written) {
         SayOnStandardError(text);
     }
-    std::exit(0);
+    EndProcess(0);
 }

@@ -35,8 +35,12 @@ int StartSockets(int version);
 // Reads a four-byte value under the current user's key keyName ("" is the root); 1 if it was read.
 int ReadRegistryWord(const char* keyName, const char* valueName, std::uint32_t* value);
 
-// Registers the window class with MainWindowProc and the icon resource "BackendIcon"; 0 on failure.
-int RegisterWindowClass(const char* className);
+// What handles the messages of a window.
+using WindowProc = std::intptr_t(PlatformWindow* window, unsigned id, std::uintptr_t wParameter,
+                                 std::intptr_t lParameter);
+
+// Registers the window class with its procedure and the icon resource "BackendIcon"; 0 on failure.
+int RegisterWindowClass(const char* className, WindowProc* procedure);
 
 // Registers a clipboard format; its id, or 0.
 unsigned RegisterFormat(const char* name);
@@ -106,6 +110,9 @@ bool MoveOver(const char* from, const char* to);
 
 // Removes a file; false on failure.
 bool RemoveFile(const char* path);
+
+// Ends the process: the regular way out, by code 0, closes what is open, any other code ends it at once.
+[[noreturn]] void EndProcess(int code);
 
 // Number of this process in the system, which containers share, and the time in the platform's smallest units.
 unsigned long ProcessNumber();

@@ -6,11 +6,11 @@
 #include "ground/message_catalogue.h"
 #include "ground/message_poll.h"
 #include "ground/platform.h"
-#include "shell/process_entry.h"
 
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
@@ -39,6 +39,7 @@ static struct {
 } Queue;
 
 static PlatformWindow Window;
+static WindowProc* Procedure = nullptr;  // of the window
 static PlatformMenu Menu;
 static constexpr int StopSignals[] = {SIGTERM, SIGINT, SIGHUP};
 static volatile std::sig_atomic_t StopSignalled = 0;  // a signal asks for a close message
@@ -72,7 +73,8 @@ int ReadRegistryWord(const char*, const char*, std::uint32_t*) {
     return 0;
 }
 
-int RegisterWindowClass(const char*) {
+int RegisterWindowClass(const char*, WindowProc* procedure) {
+    Procedure = procedure;
     return 1;
 }
 
@@ -104,7 +106,7 @@ void ShowWindowMinimised(PlatformWindow*) {}
 void DestroyPlatformWindow(PlatformWindow* window) {
     if (window->Alive) {
         window->Alive = false;
-        MainWindowProc(window, DestroyMessage, 0, 0);
+        Procedure(window, DestroyMessage, 0, 0);
     }
 }
 
@@ -157,7 +159,7 @@ int WaitForMessage(PlatformMessage* message) {
 
 void DispatchPlatformMessage(const PlatformMessage* message) {
     if (message->Window != nullptr && message->Window->Alive) {
-        MainWindowProc(message->Window, message->Id, message->WParameter, message->LParameter);
+        Procedure(message->Window, message->Id, message->WParameter, message->LParameter);
     }
 }
 
@@ -382,6 +384,13 @@ bool MoveOver(const char* from, const char* to) {
 
 bool RemoveFile(const char* path) {
     return unlink(Translated(path).Text) == 0;
+}
+
+void EndProcess(int code) {
+    if (code == 0) {
+        std::exit(0);
+    }
+    std::_Exit(code);
 }
 
 unsigned long ProcessNumber() {

@@ -4,7 +4,6 @@
 
 #include "ground/platform.h"
 #include "ground/run_state.h"
-#include "shell/process_entry.h"
 
 #include <winsock2.h>
 
@@ -12,6 +11,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <io.h>
@@ -43,8 +43,10 @@ static PlatformWindow* Portable(HWND window) {
     return reinterpret_cast<PlatformWindow*>(window);
 }
 
-static LRESULT CALLBACK WindowProcedure(HWND window, UINT id, WPARAM wParameter, LPARAM lParameter) {
-    return MainWindowProc(Portable(window), id, wParameter, lParameter);
+static WindowProc* Procedure = nullptr;  // of the main window
+
+static LRESULT CALLBACK CallProcedure(HWND window, UINT id, WPARAM wParameter, LPARAM lParameter) {
+    return Procedure(Portable(window), id, wParameter, lParameter);
 }
 
 static INT_PTR CALLBACK AboutDialogProc(HWND dialog, UINT id, WPARAM wParameter, LPARAM) {
@@ -81,10 +83,11 @@ int ReadRegistryWord(const char* keyName, const char* valueName, std::uint32_t* 
            size == sizeof *value;
 }
 
-int RegisterWindowClass(const char* className) {
+int RegisterWindowClass(const char* className, WindowProc* procedure) {
+    Procedure = procedure;
     WNDCLASSA record = {};
     record.style = WindowClassStyle;
-    record.lpfnWndProc = WindowProcedure;
+    record.lpfnWndProc = CallProcedure;
     record.hInstance = Instance;
     record.hIcon = LoadIconA(Instance, "BackendIcon");
     record.hCursor = LoadCursorA(nullptr, reinterpret_cast<const char*>(IDC_ARROW));
@@ -219,6 +222,13 @@ bool MoveOver(const char* from, const char* to) {
 
 bool RemoveFile(const char* path) {
     return DeleteFileA(path) != 0;
+}
+
+void EndProcess(int code) {
+    if (code == 0) {
+        std::exit(0);
+    }
+    std::_Exit(code);
 }
 
 unsigned long ProcessNumber() {

@@ -13,7 +13,6 @@
 #include "ground/run_state.h"
 
 #include <cstdint>
-#include <cstdlib>
 
 static int WindowProcedureDepth = 0;           // window-procedure calls in progress
 static RecoveryFrame* PendingFrame = nullptr;  // frame that a raise waits to resume
@@ -62,7 +61,7 @@ void RaiseError() {
         target = guard;  // the stack grows downwards: the guard is the newer of the two
     }
     if (target == nullptr) {
-        std::_Exit(3);  // nothing can be resumed: an abnormal end, before any file is written
+        EndProcess(3);  // nothing can be resumed: an abnormal end, before any file is written
     }
     if (target->Depth == WindowProcedureDepth) {
         Resume(target);

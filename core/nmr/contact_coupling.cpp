@@ -5,8 +5,8 @@
 #include "ground/log.h"
 #include "ground/message_poll.h"
 #include "molecule/selected_atoms.h"
-#include "nmr/first_order_orbitals.h"
 #include "wavefunction/density_extrapolation.h"
+#include "wavefunction/first_order_orbitals.h"
 #include "wavefunction/run_cautions.h"
 
 #include <algorithm>

@@ -5,9 +5,9 @@
 #include "ground/log.h"
 #include "ground/message_poll.h"
 #include "molecule/selected_atoms.h"
-#include "nmr/first_order_orbitals.h"
 #include "numerics/elementary_functions.h"
 #include "wavefunction/atom_block.h"
+#include "wavefunction/first_order_orbitals.h"
 #include "wavefunction/run_cautions.h"
 
 #include <algorithm>

@@ -6,6 +6,7 @@
 #include "ground/fatal_error.h"
 #include "ground/memory.h"
 #include "ground/message_poll.h"
+#include "ground/touched_pages.h"
 #include "numerics/dense_kernels.h"
 #include "numerics/eigensolver_work.h"
 

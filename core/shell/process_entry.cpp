@@ -70,7 +70,7 @@ static void ScanCommandLine(const char* commandLine) {
 static void InitInstance(const char* commandLine) {
     AllocateTextFields(commandLine);
     ReadUseSockets();
-    if (!RegisterWindowClass(WindowClassName)) {
+    if (!RegisterWindowClass(WindowClassName, MainWindowProc)) {
         FatalError(24577);
     }
     Run.Job.QuietFlag = 0;

@@ -6,38 +6,19 @@
 #include "files/parameter_files.h"
 #include "files/result_writer.h"
 #include "files/run_input.h"
-#include "ground/fatal_error.h"
+#include "ground/file_path.h"
 #include "ground/memory.h"
 #include "ground/recovery_frame.h"
 #include "ground/run_state.h"
 #include "nmr/calculate_nmr_parameters.h"
 
-#include <cstdio>
 #include <cstring>
-
-static constexpr std::size_t ComposedLimit = 128;  // characters of a name and its directory
 
 // Files of the two kinds of run in the work directory.
 static constexpr struct {
     const char* Input;
     const char* Output;
 } FileNames[] = {{"nmrparam.in", "nmrparam.out"}, {"nmrspect.in", "nmrspect.out"}};
-
-void ComposePath(const char* name, const char* directory, char* result) {
-    result[0] = '\0';
-    if (name[0] == '\\') {
-        std::snprintf(result, FilePathSize, "%s", name);
-        return;
-    }
-    if (std::strlen(name) + std::strlen(directory) > ComposedLimit) {
-        char text[2 * BUFSIZ];
-        std::snprintf(text, sizeof text, "The length of the file name (%s) plus its path (%s) is too big.", name,
-                      directory);
-        WriteFatalFile(text);
-    }
-    std::strcpy(result, directory);
-    std::strcat(result, name);
-}
 
 // Copies a field to a directory, and appends a backslash unless it has one.
 static void FormDirectory(const char* field, bool terminated, char* directory) {

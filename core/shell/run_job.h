@@ -5,7 +5,3 @@
 // Runs the job of the given kind with the fields of the command line, which stand in Run. A stop
 // unwinds to here and frees the run's data.
 void RunOneJob(int kind);
-
-// Joins a directory (with its backslash) and a name into result[FilePathSize]; a name that begins with a backslash
-// stands alone. More than 128 characters together are refused through WriteFatalFile.
-void ComposePath(const char* name, const char* directory, char* result);

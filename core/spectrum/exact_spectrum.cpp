@@ -7,6 +7,7 @@
 #include "ground/memory.h"
 #include "ground/message_poll.h"
 #include "ground/run_state.h"
+#include "ground/touched_pages.h"
 #include "numerics/dense_kernels.h"
 #include "numerics/eigensolver.h"
 #include "spectrum/line_list.h"

@@ -5,6 +5,7 @@
 #include "ground/fatal_error.h"
 #include "ground/memory.h"
 #include "ground/message_poll.h"
+#include "ground/touched_pages.h"
 
 #include <algorithm>
 #include <climits>

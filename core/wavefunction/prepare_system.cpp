@@ -9,9 +9,9 @@
 #include "ground/run_state.h"
 #include "molecule/element_tables.h"
 #include "molecule/selected_atoms.h"
-#include "nmr/first_order_orbitals.h"
 #include "numerics/eigensolver.h"
 #include "wavefunction/dipole.h"
+#include "wavefunction/first_order_orbitals.h"
 #include "wavefunction/fock_extrapolation.h"
 
 #include <algorithm>

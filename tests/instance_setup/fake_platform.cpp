@@ -26,6 +26,10 @@ static bool Ask(const std::string& operation, const std::string& arguments = "")
     return Fake.Failing != operation;
 }
 
+void EndProcess(int code) {
+    std::exit(code);
+}
+
 int StartSockets(int version) {
     return Ask("StartSockets", std::to_string(version)) ? 0 : 1;
 }
@@ -36,7 +40,7 @@ int ReadRegistryWord(const char* keyName, const char* valueName, std::uint32_t* 
     return Fake.RegistryAnswer;
 }
 
-int RegisterWindowClass(const char* className) {
+int RegisterWindowClass(const char* className, WindowProc*) {
     return Ask("RegisterWindowClass", className) ? 1 : 0;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Large blocks of memory lie on large pages where the system has them, also after they have grown.
 #include "ground/memory.h"
+#include "ground/touched_pages.h"
 #include "tests/support/test_support.h"
 
 #include <gtest/gtest.h>

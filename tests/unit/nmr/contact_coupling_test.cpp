@@ -4,8 +4,8 @@
 #include "molecule/selected_atoms.h"
 #include "nmr/contact_coupling.h"
 #include "nmr/coupling_table.h"
-#include "nmr/first_order_orbitals.h"
 #include "tests/support/molecule_support.h"
+#include "wavefunction/first_order_orbitals.h"
 #include "wavefunction/solve_wavefunction.h"
 
 #include <gtest/gtest.h>

@@ -25,6 +25,7 @@ protected:
     void SetUp() override {
         ResetRun();
         Drain();
+        RegisterWindowClass("braisag", MainWindowProc);
         Window = CreateMainWindow("braisag", "Velkoran");
     }
     void TearDown() override {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Solves the first-order perturbation sum as products of whole matrices: occupied rows of the Fock matrix, their
 // projections on the empty levels, and the change of the orbitals.
-#include "nmr/first_order_orbitals.h"
+#include "wavefunction/first_order_orbitals.h"
 
 #include "ground/fatal_error.h"
 #include "ground/memory.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The first-order perturbation sum where something in it isn't a number.
-#include "nmr/first_order_orbitals.h"
 #include "tests/support/molecule_support.h"
+#include "wavefunction/first_order_orbitals.h"
 
 #include <gtest/gtest.h>
 
