@@ -141,8 +141,12 @@ template <class Source> static bool CollectNumber(Source& source, double* value)
         }
     }
     text[collector.Length] = '\0';
-    *value = std::strtod(text, nullptr);
-    return collector.Length < NumberSize && std::isfinite(*value);
+    const double number = std::strtod(text, nullptr);
+    if (collector.Length == NumberSize || !std::isfinite(number)) {
+        return false;
+    }
+    *value = number;
+    return true;
 }
 
 template <class Number> static bool ScanNumber(const char*& text, Number* value) {

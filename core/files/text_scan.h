@@ -15,7 +15,7 @@ bool ReadLine(std::FILE* file, char* line, int size = LineSize);
 // Reads a number after white space as " %d" does; text moves behind it. Numbers beyond 32 bits saturate.
 bool ScanInteger(const char*& text, int* value);
 
-// Reads a finite number after white space as " %lf" does; text moves behind it.
+// Reads a finite number after white space as " %lf" does; text moves behind it. What is refused leaves value alone.
 bool ScanReal(const char*& text, double* value);
 
 // A finite number as a 32-bit one; beyond its range the largest.

@@ -224,6 +224,18 @@ TEST_F(ParameterFiles, NumbersThatAreNotFiniteStopTheReading) {
     }
 }
 
+// A last record counts as far as it goes; the number that ends it doesn't.
+TEST_F(ParameterFiles, LastRecordEndsBeforeANumberThatIsNotFinite) {
+    EXPECT_EQ(ReadFiles("h\nH 1\n", Record("H", 100) + "-H 1 2 3 4 1e999", Record("H", 200) + "-H 1e30866.2"), "");
+    std::vector<double> part = Zeros;
+    part[3] = 1;
+    part[4] = 2;
+    part[5] = 3;
+    part[0] = 4;
+    EXPECT_EQ(Shielding(1), part);
+    EXPECT_EQ(Coupling(1), Zeros);
+}
+
 // "-" and three characters just fit; a longer name is no type's.
 TEST_F(ParameterFiles, LengthOfRecordNames) {
     const std::string longer = Record("-ABCD", 100) + Record("ABCD", 200) + Record(std::string(700, 'A'), 300);

@@ -142,8 +142,9 @@ TEST(TextScan, CountsRealsByTheStandardsRule) {
 
 TEST(TextScan, RealsMustBeFinite) {
     for (const char* text : {"nan", "inf", "-inf", "infinity", "1e999", "-1e999"}) {
-        double value = 0.0;
+        double value = 7.0;
         EXPECT_FALSE(ScanReal(text, &value)) << text;
+        EXPECT_EQ(value, 7.0) << text;
     }
 }
 
@@ -189,9 +190,10 @@ TEST(TextScan, NumberOnItsLineSaturatesOrFails) {
     for (std::string bad :
          {std::string("nan\n"), std::string("1e999\n"), std::string("1e\n"), std::string("inf\n"), std::string(" \n"),
           std::string("-\n"), std::string("x\n"), "0." + std::string(700, '0') + "1\n"}) {
-        double real = 0.0;
+        double real = 7.0;
         file = Opened(bad);
         EXPECT_FALSE(ReadReal(file, &real)) << bad;
+        EXPECT_EQ(real, 7.0) << bad;
         std::fclose(file);
     }
 }
