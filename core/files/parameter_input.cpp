@@ -187,7 +187,7 @@ static void ReadAtomLine(const char* text, int atom, int molecule, int offset) {
     int number;
     double charge;
     AtomRecord& record = Run.Molecule.AtomRecords[atom];
-    double* position = Run.Molecule.AtomCoordinates[atom].Position;
+    double* position = Run.Molecule.InputCoordinates[atom].Position;
     const bool complete = SkipWord(text) && ScanInteger(text, &number) && ScanWord(text, 4, word) &&
                           ScanWord(text, 3, element) && ScanWord(text, 4, type) && ScanWord(text, 6, word) &&
                           ScanReal(text, &charge) && ScanReal(text, &position[0]) && ScanReal(text, &position[1]) &&
@@ -225,7 +225,7 @@ static void AllocateAtoms() {
     const double bytesOfAtom = sizeof(AtomRecord) + sizeof(AtomPosition) + sizeof(int);  // with its place in a list
     if (!MemoryCanServe(bytesOfAtom * Run.Molecule.AtomCount) ||
         !AllocateZeroed(Run.Molecule.AtomRecords, Run.Molecule.AtomCount) ||
-        !AllocateZeroed(Run.Molecule.AtomCoordinates, Run.Molecule.AtomCount)) {
+        !AllocateZeroed(Run.Molecule.InputCoordinates, Run.Molecule.AtomCount)) {
         FatalError(24576);
     }
 }

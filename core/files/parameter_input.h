@@ -5,7 +5,7 @@
 
 #include <cstdio>
 
-// Reads the open file (InputFilePath) into the options, AtomRecords, AtomCoordinates, NMRAtomList and the selection
+// Reads the open file (InputFilePath) into the options, AtomRecords, InputCoordinates, NMRAtomList and the selection
 // states of Run, and closes it. Raises 24576, 24609 to 24625 and 24629 to 24631, each with the file's path; draws
 // warning 16432 for a line with "=" that is no option. A neighbour outside the system is left as -1.
 void ReadParameterInput(std::FILE* file);

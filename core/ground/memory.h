@@ -72,6 +72,15 @@ template <class Record> bool GrowArray(Record*& array, long long count) {
     return grown != nullptr;
 }
 
+// Moves an array of the run to another owner, in place of what hangs there.
+template <class Record> void MoveArray(Record*& from, Record*& to) {
+    Record* const array = from;
+    from = nullptr;
+    FreeArray(from);
+    FreeArray(to);
+    to = TakeNote(&to) ? array : nullptr;
+}
+
 // An array that lives as long as the process, cleared; null if it can't be had.
 template <class Record> Record* AllocateForProcess(long long count) {
     static_assert(std::is_trivially_copyable_v<Record>);

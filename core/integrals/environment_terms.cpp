@@ -78,7 +78,7 @@ static double ValenceRepulsion(const ValenceCloud& a, const ValenceCloud& b, dou
 
 static void AddEnvironmentAtom(const ValenceCloud& cloud, const double* position, int atom, EnvironmentSums* sums) {
     const AtomRecord& record = Run.Molecule.AtomRecords[atom];
-    const double zeta = Run.Parameters.ActiveParameters[record.AtomType].SlaterExponentS;
+    const double zeta = ParametersOf(record).SlaterExponentS;
     const ValenceCloud other = MakeCloud(PrincipalQuantumTable[record.AtomicNumber - 1], zeta);
     const double distance = Distance(position, Run.Molecule.AtomCoordinates[atom].Position);
     const double inverse = distance < SmallestDistance ? LargestInverse : 1.0 / distance;
@@ -99,7 +99,7 @@ void BuildEnvironmentTerms(double* coreHamiltonian) {
         }
         const OrbitalRange& range = Run.Basis.OrbitalRanges[place];
         const ValenceCloud cloud =
-            MakeCloud(Run.Basis.OrbitalPrincipalNumbers[range.First - 1], Run.Basis.OrbitalExponents[range.First - 1]);
+            MakeCloud(Run.Basis.OrbitalPrincipalNumbers[range.First - 1], ParametersOf(atom).SlaterExponentS);
         EnvironmentSums sums = {0.0, 0.0, 0.0};
         for (int other = 0; other < Run.Molecule.AtomCount; ++other) {
             if (IsEnvironment(Run.Molecule.AtomRecords[other])) {

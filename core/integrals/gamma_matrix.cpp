@@ -51,8 +51,8 @@ static bool ReadAtom(int place, GammaAtom* atom) {
     atom->Place = place;
     atom->Range = Run.Basis.OrbitalRanges[place];
     atom->Shell = Run.Basis.OrbitalPrincipalNumbers[atom->Range.First - 1];
-    atom->ExponentS = Run.Basis.OrbitalExponents[atom->Range.First - 1];
-    atom->ExponentD = Run.Parameters.ActiveParameters[record.AtomType].SlaterExponentD;
+    atom->ExponentS = ParametersOf(record).SlaterExponentS;
+    atom->ExponentD = ParametersOf(record).SlaterExponentD;
     atom->HasD = atom->Range.Last > atom->Range.LastSP;
     return true;
 }

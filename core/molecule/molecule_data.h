@@ -15,11 +15,11 @@ struct AtomRecord {
     int SelectionState;  // 0 in the calculation, 1 not in it, -1 capping atom
     int BondCount;       // number of neighbours
     int BondedAtoms[LargestBondCount];  // 0-based indices of the neighbours, in any molecule
-    float AtomCharge;                   // as read, elementary charges; 0 for a selected atom
+    float AtomCharge;                   // of an atom outside the selection, elementary charges; 0 for a selected one
 };
 
 struct AtomPosition {
-    double Position[3];  // x, y, z
+    double Position[3];  // x, y, z, in the unit of the array
 };
 
 // Atoms and orbitals of the calculation, counted from 1. Filled by BuildSelectedAtomList.
@@ -35,7 +35,8 @@ struct QuantumSelectionData {
 struct MoleculeData {
     int AtomCount = 0;                           // atoms of the system
     AtomRecord* AtomRecords = nullptr;           // [AtomCount]
-    AtomPosition* AtomCoordinates = nullptr;     // [AtomCount]
+    AtomPosition* InputCoordinates = nullptr;    // [AtomCount] as read, Angstrom; ValidateSystem makes of them
+    AtomPosition* AtomCoordinates = nullptr;     // [AtomCount] bohr
     int NMRAtomCount = 0;                        // entries of the NMR selection
     int* NMRAtomList = nullptr;                  // [NMRAtomCount] 1-based atom numbers
     int SelectedAtomCount = 0;                   // atoms of the calculation, capping atoms included once listed

@@ -15,6 +15,11 @@ inline AtomRecord& SelectedAtom(int place) {
     return Run.Molecule.AtomRecords[SelectedAtomNumber(place) - 1];
 }
 
+// Parameters of an atom in the table in force.
+inline const AtomTypeParameters& ParametersOf(const AtomRecord& atom) {
+    return Run.Parameters.ActiveParameters[atom.AtomType];
+}
+
 // False for a lone pair.
 inline bool HasOrbitals(int place) {
     return SelectedAtom(place).AtomicNumber >= 1;

@@ -58,7 +58,7 @@ static void SubtractOneCentreExchange(double* fock, const double* density) {
     for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
         if (atom.AtomicNumber >= 3) {
-            const AtomTypeParameters& parameters = Run.Parameters.ActiveParameters[atom.AtomType];
+            const AtomTypeParameters& parameters = ParametersOf(atom);
             const long long start = (Run.Basis.OrbitalRanges[place].First - 1) * (Run.Basis.OrbitalCount + 1LL);
             SubtractExchangeOfAtom(fock + start, density + start, parameters.SlaterCondonG1 * Third,
                                    parameters.SlaterCondonF2 * TwentyFifth);

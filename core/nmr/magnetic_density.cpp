@@ -85,7 +85,7 @@ static void ReplaceOneCentreExchange(int place, const double* hamiltonian, const
     }
     const long long n = Run.Basis.OrbitalCount;
     const long long start = (range.First - 1) * (n + 1);
-    const AtomTypeParameters& parameters = Run.Parameters.ActiveParameters[SelectedAtom(place).AtomType];
+    const AtomTypeParameters& parameters = ParametersOf(SelectedAtom(place));
     const double g = Run.Field.GammaMatrix[start];
     const double sp = g - parameters.SlaterCondonG1 * Third;
     const double pp = g - parameters.SlaterCondonF2 * 0.2;

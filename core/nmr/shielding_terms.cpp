@@ -26,13 +26,13 @@ static void FormExponents() {
         if (atom.AtomicNumber < 1) {
             continue;
         }
-        const AtomTypeParameters& parameters = Run.Parameters.ActiveParameters[atom.AtomType];
+        const AtomTypeParameters& parameters = ParametersOf(atom);
         zeta[0] = parameters.SlaterExponentS;
         zeta[1] = parameters.SlaterExponentP;
         zeta[2] = parameters.SlaterExponentD;
         if (Run.Options.ModifySlaterExponents) {
-            const double change =
-                static_cast<double>(atom.AtomCharge) * ScreeningPerCharge[ValenceShellTable[atom.AtomicNumber - 1] - 1];
+            const double change = static_cast<double>(Run.Field.NetCharges[place]) *
+                                  ScreeningPerCharge[ValenceShellTable[atom.AtomicNumber - 1] - 1];
             for (int k = 0; k < 3; ++k) {
                 zeta[k] += change;
             }

@@ -17,7 +17,6 @@ struct BasisData {
     int ElectronCount = 0;                   // valence electrons
     int DoublyOccupiedLevels = 0;            // levels with two electrons
     int OccupiedLevels = 0;                  // levels with one or two
-    double* OrbitalExponents = nullptr;      // [N] Slater exponent, 1/bohr
     int* OrbitalAtoms = nullptr;             // [N] 1-based atom number
     int* OrbitalKinds = nullptr;             // [N] 1 s; 2 to 4 px, py, pz; 5 to 9 dz2, dxz, dyz, dx2-y2, dxy
     int* OrbitalPrincipalNumbers = nullptr;  // [N] principal quantum number

@@ -18,10 +18,6 @@ static constexpr double SmallestDistance = 0.001;                          // bo
 
 static double* Diagonal = nullptr;  // [N] the diagonal of H while it is built
 
-static const AtomTypeParameters& ParametersOf(const AtomRecord& atom) {
-    return Run.Parameters.ActiveParameters[atom.AtomType];
-}
-
 static double CoreCharge(const AtomRecord& atom) {
     return atom.AtomicNumber > 0 ? CoreChargeTable[atom.AtomicNumber - 1] : 0.0;
 }

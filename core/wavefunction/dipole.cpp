@@ -71,8 +71,7 @@ void PrepareDipoleFactors() {
     for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
         if (atom.AtomicNumber >= 1) {
-            DipoleFactors[place] =
-                FactorsOf(ValenceShellTable[atom.AtomicNumber - 1], Run.Parameters.ActiveParameters[atom.AtomType]);
+            DipoleFactors[place] = FactorsOf(ValenceShellTable[atom.AtomicNumber - 1], ParametersOf(atom));
         }
     }
 }
@@ -81,7 +80,8 @@ static void AddPointCharges(DipoleRow& row) {
     for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
         for (int k = 0; atom.AtomicNumber >= 1 && k < 3; ++k) {
-            row.Component[k] += (SelectedPosition(place)[k] - ReferencePoint[k]) * static_cast<double>(atom.AtomCharge);
+            row.Component[k] +=
+                (SelectedPosition(place)[k] - ReferencePoint[k]) * static_cast<double>(Run.Field.NetCharges[place]);
         }
     }
     for (int k = 0; k < 3; ++k) {

@@ -21,6 +21,7 @@ struct FieldData {
     double* OrbitalEnergies = nullptr;     // [N] Hartree
     double* CommutatorHistory = nullptr;   // [5][N][N] with SCFAccelerateConvergence only
     double* FockHistory = nullptr;         // [5][N][N] the same
+    float* NetCharges = nullptr;           // [SelectedAtomCount] by place in SelectedAtomList, elementary charges
     double CoreRepulsion = 0;              // Hartree
     double EnvironmentEnergy = 0;          // of the charges outside the selection, Hartree
     int ScfPassCounter = -1;               // 0 in the first call of SolveWavefunction

@@ -50,7 +50,7 @@ static void AddOneCentreExchange(double* fock) {
     for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
         if (atom.AtomicNumber >= 3) {
-            const AtomTypeParameters& parameters = Run.Parameters.ActiveParameters[atom.AtomType];
+            const AtomTypeParameters& parameters = ParametersOf(atom);
             const OrbitalRange& range = Run.Basis.OrbitalRanges[place];
             AddExchangeOfAtom(BlockOf(fock, range), BlockOf(Run.Field.TotalDensity, range),
                               BlockOf(Run.Field.HalfDensity, range), parameters.SlaterCondonG1 * Third,

@@ -8,19 +8,10 @@
 
 static constexpr double KcalPerElectronVolt = 23.061;
 
-static double ExponentOfKind(const AtomTypeParameters& parameters, int kind) {
-    if (kind == 1) {
-        return parameters.SlaterExponentS;
-    }
-    return kind <= 4 ? parameters.SlaterExponentP : parameters.SlaterExponentD;
-}
-
-static void FillOrbitals(const AtomRecord& atom, const OrbitalRange& range, const AtomTypeParameters& parameters) {
+static void FillOrbitals(const AtomRecord& atom, const OrbitalRange& range) {
     for (int orbital = range.First; orbital <= range.Last; ++orbital) {
-        const int kind = orbital - range.First + 1;
-        Run.Basis.OrbitalExponents[orbital - 1] = ExponentOfKind(parameters, kind);
         Run.Basis.OrbitalAtoms[orbital - 1] = atom.AtomIndex + 1;
-        Run.Basis.OrbitalKinds[orbital - 1] = kind;
+        Run.Basis.OrbitalKinds[orbital - 1] = orbital - range.First + 1;
         Run.Basis.OrbitalPrincipalNumbers[orbital - 1] = ValenceShellTable[atom.AtomicNumber - 1];
     }
 }
@@ -33,11 +24,11 @@ void PrepareOrbitalTables() {
         if (atom.AtomicNumber < 1) {
             continue;
         }
-        const AtomTypeParameters& parameters = Run.Parameters.ActiveParameters[atom.AtomType];
+        const AtomTypeParameters& parameters = ParametersOf(atom);
         isolated +=
             Run.Options.SemiEmpiricalMethod == 1 ? parameters.IsolatedEnergyTndo1 : parameters.IsolatedEnergyTndo2;
         heat += parameters.AtomHeat;
-        FillOrbitals(atom, Run.Basis.OrbitalRanges[place], parameters);
+        FillOrbitals(atom, Run.Basis.OrbitalRanges[place]);
     }
     Run.Basis.IsolatedEnergy = isolated * KcalPerElectronVolt;
     Run.Basis.HeatOffset = heat - Run.Basis.IsolatedEnergy;

@@ -2,6 +2,6 @@
 // Tables by orbital for the parameter table in force.
 #pragma once
 
-// Fills OrbitalExponents, OrbitalAtoms, OrbitalKinds, OrbitalPrincipalNumbers, IsolatedEnergy and HeatOffset from
+// Fills OrbitalAtoms, OrbitalKinds, OrbitalPrincipalNumbers, IsolatedEnergy and HeatOffset from
 // ActiveParameters, for the atoms of the selection.
 void PrepareOrbitalTables();

@@ -202,8 +202,8 @@ static void CopyBlock(const OverlapBlock& block, const OrbitalRange& i, const Or
 static void FillPair(int placeI, int placeJ, OverlapBlock* block, double* overlap) {
     const AtomRecord& i = SelectedAtom(placeI);
     const AtomRecord& j = SelectedAtom(placeJ);
-    const AtomTypeParameters& parametersI = Run.Parameters.ActiveParameters[i.AtomType];
-    const AtomTypeParameters& parametersJ = Run.Parameters.ActiveParameters[j.AtomType];
+    const AtomTypeParameters& parametersI = ParametersOf(i);
+    const AtomTypeParameters& parametersJ = ParametersOf(j);
     const double exponentsI[3] = {parametersI.SlaterExponentS, parametersI.SlaterExponentP,
                                   parametersI.SlaterExponentD};
     const double exponentsJ[3] = {parametersJ.SlaterExponentS, parametersJ.SlaterExponentP,

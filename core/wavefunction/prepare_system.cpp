@@ -91,7 +91,9 @@ static void ListOptions() {
     }
 }
 
+// One array, which moves to the name of its new unit.
 static void ScaleCoordinates() {
+    MoveArray(Run.Molecule.InputCoordinates, Run.Molecule.AtomCoordinates);
     for (int i = 0; i < Run.Molecule.AtomCount; ++i) {
         for (double& coordinate : Run.Molecule.AtomCoordinates[i].Position) {
             coordinate *= BohrsPerAngstrom;
@@ -226,7 +228,6 @@ template <class Visitor> static void VisitWavefunction(Visitor& visit) {
     const long long n = Run.Basis.OrbitalCount;
     const long long square = n * n;
     const long long padded = (n + n % 2) * n;
-    visit(Run.Basis.OrbitalExponents, n);
     visit(Run.Basis.OrbitalAtoms, n);
     visit(Run.Basis.OrbitalKinds, n);
     visit(Run.Basis.OrbitalPrincipalNumbers, n);
@@ -244,6 +245,7 @@ template <class Visitor> static void VisitWavefunction(Visitor& visit) {
     visit(Run.Field.CoreDiagonal, n);
     visit(Run.Field.OrbitalEnergiesRaw, n);
     visit(Run.Field.OrbitalEnergies, n);
+    visit(Run.Field.NetCharges, Run.Molecule.SelectedAtomCount);
     if (Run.Options.SCFAccelerateConvergence) {
         visit(Run.Field.CommutatorHistory, HistoryLength * square);
         visit(Run.Field.FockHistory, HistoryLength * square);

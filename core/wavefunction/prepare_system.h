@@ -9,8 +9,8 @@ inline constexpr double BohrsPerAngstrom = 1.889725985;
 void PrepareSystem();
 
 // Tests the request, the atoms, the parameters of each file that is going to be used and the electrons, in this order;
-// lists the options and counts in the log; scales AtomCoordinates from Angstrom to bohr. Raises 24640 to 24650, 24656,
-// 24657, 24672 to 24678; draws warnings 16385 to 16388, 16400, 16401 and 16435.
+// lists the options and counts in the log; makes AtomCoordinates (bohr) of InputCoordinates. Raises 24640 to 24650,
+// 24656, 24657, 24672 to 24678; draws warnings 16385 to 16388, 16400, 16401 and 16435.
 void ValidateSystem();
 
 // Counts electrons and levels of the selection, whose orbitals are OrbitalCount. Raises 24672 to 24678.

@@ -21,10 +21,11 @@ static float Population(long long orbital) {
     return RoundToSingle(Run.Field.TotalDensity[orbital * (Run.Basis.OrbitalCount + 1)]);
 }
 
-static void ComputeNetCharges() {
+void ComputeNetCharges() {
     for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
-        AtomRecord& atom = SelectedAtom(place);
+        const AtomRecord& atom = SelectedAtom(place);
         if (atom.AtomicNumber < 1) {
+            Run.Field.NetCharges[place] = atom.AtomCharge;
             continue;
         }
         double electrons = 0.0;
@@ -32,7 +33,7 @@ static void ComputeNetCharges() {
              ++orbital) {
             electrons += static_cast<double>(Population(orbital - 1));
         }
-        atom.AtomCharge = RoundToSingle(CoreChargeTable[atom.AtomicNumber - 1] - electrons);
+        Run.Field.NetCharges[place] = RoundToSingle(CoreChargeTable[atom.AtomicNumber - 1] - electrons);
     }
 }
 
@@ -90,13 +91,12 @@ static void ListAtoms() {
         const AtomRecord& atom = SelectedAtom(place);
         const double* position = SelectedPosition(place);
         LogMessage(8233, SelectedAtomNumber(place), ListedAtomicNumber(atom.AtomicNumber),
-                   static_cast<double>(atom.AtomCharge), position[0] * AngstromsPerBohr, position[1] * AngstromsPerBohr,
-                   position[2] * AngstromsPerBohr);
+                   static_cast<double>(Run.Field.NetCharges[place]), position[0] * AngstromsPerBohr,
+                   position[1] * AngstromsPerBohr, position[2] * AngstromsPerBohr);
     }
 }
 
 void ReportWavefunction(double electronicEnergy) {
-    ComputeNetCharges();
     const double total = (electronicEnergy + Run.Field.CoreRepulsion) * KcalPerHartree;
     LogProgress(4128, total - Run.Basis.IsolatedEnergy);
     if (Run.Report.LogEnabled) {

@@ -219,5 +219,6 @@ void SolveWavefunction() {
     if (ListsMatrices()) {
         ListScfStage(FinalStage);
     }
+    ComputeNetCharges();
     ReportWavefunction(state.ElectronicEnergy);
 }

@@ -29,7 +29,7 @@ static void DemandWholeAtom(const AtomRecord& atom, const AtomPosition& position
 static void DemandWholeMolecule() {
     Demand(Run.Molecule.AtomCount > 0 && Run.Molecule.NMRAtomCount > 0, "there are atoms");
     for (int i = 0; i < Run.Molecule.AtomCount; ++i) {
-        DemandWholeAtom(Run.Molecule.AtomRecords[i], Run.Molecule.AtomCoordinates[i]);
+        DemandWholeAtom(Run.Molecule.AtomRecords[i], Run.Molecule.InputCoordinates[i]);
     }
     for (int i = 0; i < Run.Molecule.NMRAtomCount; ++i) {
         Demand(Run.Molecule.NMRAtomList[i] >= 1 && Run.Molecule.NMRAtomList[i] <= Run.Molecule.AtomCount,

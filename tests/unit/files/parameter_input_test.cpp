@@ -108,9 +108,9 @@ TEST_F(ParameterInput, FillsTheSystem) {
     EXPECT_EQ(oxygen.BondedAtoms[0], 1);
     EXPECT_EQ(oxygen.BondedAtoms[1], 2);
     EXPECT_EQ(oxygen.AtomCharge, -0.5f);
-    EXPECT_EQ(::Run.Molecule.AtomCoordinates[0].Position[0], 1.5);
-    EXPECT_EQ(::Run.Molecule.AtomCoordinates[0].Position[1], -2.5);
-    EXPECT_EQ(::Run.Molecule.AtomCoordinates[0].Position[2], 3.5);
+    EXPECT_EQ(::Run.Molecule.InputCoordinates[0].Position[0], 1.5);
+    EXPECT_EQ(::Run.Molecule.InputCoordinates[0].Position[1], -2.5);
+    EXPECT_EQ(::Run.Molecule.InputCoordinates[0].Position[2], 3.5);
     EXPECT_EQ(::Run.Molecule.AtomRecords[2].AtomIndex, 2);
     EXPECT_EQ(::Run.Molecule.AtomRecords[1].AtomType, 4);  // the last of the names that match
     EXPECT_EQ(::Run.Molecule.AtomRecords[1].AtomCharge, 0.25f);
@@ -346,7 +346,7 @@ TEST_F(ParameterInput, FewerAtomLinesThanTheCount) {
     EXPECT_EQ(::Run.Molecule.AtomRecords[3].AtomicNumber, 0);
     EXPECT_EQ(::Run.Molecule.AtomRecords[3].MoleculeIndex, 0);
     EXPECT_EQ(::Run.Molecule.AtomRecords[3].BondCount, 0);
-    EXPECT_EQ(::Run.Molecule.AtomCoordinates[3].Position[0], 0.0);
+    EXPECT_EQ(::Run.Molecule.InputCoordinates[3].Position[0], 0.0);
     EXPECT_EQ(ReadInput(NMRBlock + "AtomsBegin\n3\nmol\natom 1 H H H - 0 0 0 0 1 3 s\nAtomsEnd\n"), "");
     EXPECT_EQ(::Run.Molecule.AtomRecords[0].BondedAtoms[0], 2);
     EXPECT_EQ(ReadInput(NMRBlock + Hydrogens(2, {3})),

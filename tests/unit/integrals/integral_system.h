@@ -55,7 +55,6 @@ protected:
         ::Run.Molecule.QuantumSelection = {1, ::Run.Molecule.SelectedAtomCount, 1, ::Run.Basis.OrbitalCount,
                                            List.data()};
         ::Run.Basis.OrbitalRanges = Ranges.data();
-        ::Run.Basis.OrbitalExponents = Exponents.data();
         ::Run.Basis.OrbitalPrincipalNumbers = Shells.data();
         ::Run.Parameters.ActiveParameters = Parameters.data();
         ::Run.Report.PollShift = 30;

@@ -88,7 +88,7 @@ static void LoadReference(const TermsReference& reference) {
         const TermsAtom& atom = reference.Atoms[place];
         const int number = ::Run.Molecule.QuantumSelection.SelectedAtomList[place] - 1;
         std::copy(atom.Position, atom.Position + 3, ::Run.Molecule.AtomCoordinates[number].Position);
-        SelectedAtom(place).AtomCharge = static_cast<float>(atom.Charge);
+        ::Run.Field.NetCharges[place] = static_cast<float>(atom.Charge);
         AtomTypeParameters& parameters = ::Run.Parameters.ParameterFileShielding[SelectedAtom(place).AtomType];
         parameters.SlaterExponentS = atom.Exponents[0];
         parameters.SlaterExponentP = atom.Exponents[1];
@@ -281,7 +281,7 @@ TEST(ShieldingTerms, ModifiedExponents) {
     const double steps[3] = {0.35, 0.175, 0.11666666666666665};
     for (const float charge : {0.0f, 0.2f}) {
         for (int place = 0; place < 3; ++place) {
-            SelectedAtom(place).AtomCharge = charge;
+            ::Run.Field.NetCharges[place] = charge;
         }
         StartShieldingTerms();
         for (int place = 0; place < 3; ++place) {

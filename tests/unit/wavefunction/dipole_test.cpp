@@ -28,7 +28,7 @@ static std::vector<double> DipoleOf(const LoadedMolecule& loaded, const std::vec
                                     const std::vector<double>& charges) {
     SetSquare(::Run.Field.TotalDensity, density);
     for (int place = 0; place < ::Run.Molecule.SelectedAtomCount; ++place) {
-        SelectedAtom(place).AtomCharge = static_cast<float>(charges[static_cast<std::size_t>(place)]);
+        ::Run.Field.NetCharges[place] = static_cast<float>(charges[static_cast<std::size_t>(place)]);
     }
     loaded.ClearLog();
     ComputeReferencePoint();

@@ -17,6 +17,7 @@ static std::string Reported(const LoadedMolecule& loaded, double electronic) {
         ::Run.Field.TotalDensity[k * (n + 1)] = 1.0 + 0.01 * static_cast<double>(k);
     }
     loaded.ClearLog();
+    ComputeNetCharges();
     ReportWavefunction(electronic);
     return loaded.Log();
 }
@@ -88,10 +89,10 @@ TEST(ReportWavefunction, ChargesAndListedNumbers) {
     ::Run.Field.CoreRepulsion = 0.0;
     const std::string log = Reported(loaded, -1.0);
     const double first[] = {1.0, 4 + 0.10, 4 + 0.26, 4 + 0.42};  // populations of the places: H, Ar, Cl, capping C
-    EXPECT_NEAR(static_cast<double>(SelectedAtom(0).AtomCharge), 1.0 - first[0], 1e-6);
-    EXPECT_NEAR(static_cast<double>(SelectedAtom(1).AtomCharge), 8.0 - first[1], 1e-6);
-    EXPECT_NEAR(static_cast<double>(SelectedAtom(2).AtomCharge), 7.0 - first[2], 1e-6);
-    EXPECT_NEAR(static_cast<double>(SelectedAtom(3).AtomCharge), 7.0 - first[3], 1e-6);
+    EXPECT_NEAR(static_cast<double>(::Run.Field.NetCharges[0]), 1.0 - first[0], 1e-6);
+    EXPECT_NEAR(static_cast<double>(::Run.Field.NetCharges[1]), 8.0 - first[1], 1e-6);
+    EXPECT_NEAR(static_cast<double>(::Run.Field.NetCharges[2]), 7.0 - first[2], 1e-6);
+    EXPECT_NEAR(static_cast<double>(::Run.Field.NetCharges[3]), 7.0 - first[3], 1e-6);
     EXPECT_NE(log.find("\n                       1   1     0.000000       0.00000     0.00000     0.00000\n"
                        "                       3   0     3.900000       0.00000     3.00000     0.00000\n"
                        "                       4  17     2.740000       0.00000     5.50000    -1.25000\n"
@@ -106,7 +107,7 @@ TEST(ReportWavefunction, LonePair) {
     SelectedAtom(1).AtomCharge = 0.25f;
     ::Run.Field.CoreRepulsion = 0.0;
     const std::string log = Reported(loaded, -1.0);
-    EXPECT_EQ(SelectedAtom(1).AtomCharge, 0.25f);
+    EXPECT_EQ(::Run.Field.NetCharges[1], 0.25f);
     EXPECT_NE(log.find("\n                       2   0     0.250000 "), std::string::npos);
 }
 
@@ -117,9 +118,9 @@ TEST(ReportWavefunction, LevelTenSkipsTheDipole) {
     ::Run.Options.LogPrintLevel = 10;
     EXPECT_EQ(CountOf(Reported(loaded, -1.0), "Dipole Moments"), 0);
     ::Run.Report.LogEnabled = 0;
-    SelectedAtom(1).AtomCharge = 5.0f;
+    ::Run.Field.NetCharges[1] = 5.0f;
     EXPECT_EQ(Reported(loaded, -1.0), "(no file)");
-    EXPECT_NEAR(static_cast<double>(SelectedAtom(1).AtomCharge), 1.0 - 1.01, 1e-6);
+    EXPECT_NEAR(static_cast<double>(::Run.Field.NetCharges[1]), 1.0 - 1.01, 1e-6);
 }
 
 // A single atom: no dipole lines, but the two that close the block.

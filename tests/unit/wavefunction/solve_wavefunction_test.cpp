@@ -24,7 +24,7 @@ static std::vector<double> EnergyAndCharges(const Molecule& molecule) {
     SolveWavefunction();
     std::vector<double> result = {TotalEnergy()};
     for (int place = 0; place < ::Run.Molecule.SelectedAtomCount; ++place) {
-        result.push_back(static_cast<double>(SelectedAtom(place).AtomCharge));
+        result.push_back(static_cast<double>(::Run.Field.NetCharges[place]));
     }
     return result;
 }
@@ -69,7 +69,7 @@ TEST(SolveWavefunction, HydrogenMoleculeByHand) {
             EXPECT_NEAR(TotalEnergy(), 2 * a - 0.5 * g11 - 1.5 * g12 + 2 * h12 + 1 / r, 1e-9) << distance;
             EXPECT_NEAR(::Run.Field.OrbitalEnergies[0], a + h12 - 0.5 * g12, 1e-9);
             EXPECT_NEAR(::Run.Field.OrbitalEnergies[1], a - h12 + 0.5 * g12, 1e-9);
-            EXPECT_NEAR(static_cast<double>(SelectedAtom(0).AtomCharge), 0.0, 1e-7);
+            EXPECT_NEAR(static_cast<double>(::Run.Field.NetCharges[0]), 0.0, 1e-7);
         }
     }
 }
@@ -152,7 +152,7 @@ TEST(SolveWavefunction, IdentitiesAtConvergence) {
         EXPECT_EQ(2 * ::Run.Basis.DoublyOccupiedLevels, ::Run.Basis.ElectronCount);
         double charge = 0.0;
         for (int place = 0; place < ::Run.Molecule.SelectedAtomCount; ++place) {
-            charge += static_cast<double>(SelectedAtom(place).AtomCharge);
+            charge += static_cast<double>(::Run.Field.NetCharges[place]);
         }
         EXPECT_NEAR(charge, ::Run.Options.TotalCharge, 1e-5);  // 32-bit populations
         const std::vector<double> listed =
