@@ -4,6 +4,7 @@
 #include "ground/message_poll.h"
 #include "ground/platform.h"
 #include "ground/recovery_frame.h"
+#include "shell/process_entry.h"
 #include "tests/support/test_support.h"
 
 #include <gtest/gtest.h>
@@ -159,6 +160,7 @@ class Polling : public RecoveryFrames {
 protected:
     void SetUp() override {
         RecoveryFrames::SetUp();
+        RegisterWindowClass("braisag", MainWindowProc);
         Window = CreateMainWindow("braisag", "Velkoran");
     }
     PlatformWindow* Window = nullptr;

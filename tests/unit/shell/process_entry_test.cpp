@@ -108,6 +108,7 @@ static Outcome RunProcess(
     WriteText(work.Path + "/nmrspect.in", input);
     Outcome outcome;
     outcome.ExitCode = ExitCodeOfChild([&] {
+        RegisterWindowClass("braisag", MainWindowProc);
         PlatformWindow* window = CreateMainWindow("braisag", "Velkoran");
         for (const unsigned id : posted) {
             PostWindowMessage(window, id);
