@@ -2,6 +2,7 @@
 // Stopping a run that reads or waits for a file: inputs without an end, FIFOs without an other end, logs and outputs
 // that nobody reads. The output file stays as it was.
 #include "tests/program/child_process.h"
+#include "tests/support/molecule_support.h"
 #include "tests/support/test_support.h"
 
 #include <gtest/gtest.h>
@@ -65,9 +66,7 @@ class ReadingStop : public testing::Test {
 protected:
     void SetUp() override {
         fs::create_directory(Work.Path + "/p");
-        for (const char* name : {"nmrtype.txt", "nmr_shft.abp", "nmr_cupl.abp"}) {
-            fs::copy(std::string(VELKORAN_TESTS) + "/../parameters/" + name, Path("p/") + name);
-        }
+        CopyParameterFiles(Path("p"));
         WriteText(Path("nmrparam.in"), Selection + Atoms);
         WriteText(Path("nmrspect.in"), SpectrumInput);
         WriteText(Path("nmrparam.out"), "older result");
