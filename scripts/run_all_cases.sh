@@ -10,33 +10,27 @@ tests=$(cd "$(dirname "$0")/../tests" && pwd)
 program=$1
 mkdir "$2"
 cd "$2"
-cp -r "$tests/../parameters" parameters
-cp -r "$tests/reference/wavefunction/params" reference_parameters
 
-# Runs every folder below $1 as a run of kind $2 with the parameter files of $3, if it has none of its own, and with the
-# line $4 in front of its input, if any.
+# Runs every folder below $1 as a run of kind $2, with the line $3 in front of its input, if any.
 run_group() {
     group=$(echo "$1" | tr / _)
     mkdir "$group"
     cp -r "$tests/$1"/*/ "$group"
     for folder in "$group"/*/; do
         folder=${folder%/}
-        folder_parameters=$3
-        if [ -d "$folder/params" ]; then
-            folder_parameters=$folder/params
+        sh "$tests/support/parameter_folder.sh" "$tests/$1/${folder##*/}" "$folder/p"
+        if [ -n "$3" ]; then
+            sed -i "1i $3" "$folder/nmrparam.in"
         fi
-        if [ -n "$4" ]; then
-            sed -i "1i $4" "$folder/nmrparam.in"
-        fi
-        if ! "$program" "$folder_parameters" "$folder" "$2" "$folder/run.log" >"$folder/stdout" 2>&1; then
+        if ! "$program" "$folder/p" "$folder" "$2" "$folder/run.log" >"$folder/stdout" 2>&1; then
             echo "run_all_cases: $program failed in $folder" >&2
             exit 1
         fi
     done
 }
-run_group cases/spectrum 2 parameters ""
-run_group cases/regression 2 parameters ""
-run_group cases/parameter 1 parameters ""
-run_group reference/spectrum/cases 2 reference_parameters ""
-run_group reference/wavefunction/cases 1 reference_parameters "LogPrintLevel = 4"
-run_group reference/parameter/cases 1 reference_parameters "LogPrintLevel = 4"
+run_group cases/spectrum 2 ""
+run_group cases/regression 2 ""
+run_group cases/parameter 1 ""
+run_group reference/spectrum/cases 2 ""
+run_group reference/wavefunction/cases 1 "LogPrintLevel = 4"
+run_group reference/parameter/cases 1 "LogPrintLevel = 4"

@@ -11,7 +11,9 @@ import pathlib
 import re
 import sys
 
-FOLDERS = sorted(pathlib.Path(__file__).resolve().parent.glob("parameter/listing_of_*"))
+CASES = pathlib.Path(__file__).resolve().parent
+FOLDERS = sorted(CASES.glob("parameter/listing_of_*"))
+PARAMETER_SETS = CASES.parent / "support" / "parameter_sets"
 
 BOHRS = 1.889725985            # in an Angstrom
 HARTREES = 0.03674930900274282  # in an eV
@@ -44,7 +46,8 @@ class System:
         self.perturbed = len(re.findall(r"^mol 1 atom \d+$", text, re.M))
         self.elements = [atom[0] for atom in atoms]
         self.places = [[float(x) * BOHRS for x in atom[1:]] for atom in atoms]
-        records = (folder / "params" / "nmr_cupl.abp").read_text(encoding="ascii").splitlines()
+        parameter_set = (folder / "parameter_set").read_text(encoding="ascii").strip()
+        records = (PARAMETER_SETS / parameter_set / "nmr_cupl.abp").read_text(encoding="ascii").splitlines()
         columns = {record.split()[0]: [float(x) for x in record.split()[1:]] for record in records}
         self.parameters = [columns[element] for element in self.elements]
         self.cores = [CORE_CHARGES[element] for element in self.elements]

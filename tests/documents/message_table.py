@@ -144,12 +144,12 @@ def numbers_in_code():
     return found
 
 
-def run_labelled(program, folder, kind, parameters):
+def run_labelled(program, folder, kind):
     """Runs a folder; its output file and its log, None where there is none, with <INPUT> and <PARAMETERS> for paths."""
     name = "nmrspect" if kind == 2 else "nmrparam"
     with tempfile.TemporaryDirectory() as temporary:
         work = pathlib.Path(temporary)
-        shutil.copytree(parameters, work / "p")
+        subprocess.run(["sh", TESTS / "support" / "parameter_folder.sh", folder, work / "p"], check=True)
         source = folder / (name + ".in")
         if source.is_dir():
             (work / source.name).mkdir()
@@ -172,9 +172,7 @@ def expected_text(path):
 
 def numbers_of_folder(program, folder, kind, exact):
     """The numbers that a run raises; with exact its files, less the numbers, must be the expected ones."""
-    usual = ROOT / "parameters" if exact else TESTS / "reference" / "wavefunction" / "params"
-    parameters = folder / "params" if (folder / "params").exists() else usual
-    texts = run_labelled(program, folder, kind, parameters)
+    texts = run_labelled(program, folder, kind)
     for text, name in zip(texts, ["expected.out", "expected.log"]):
         plain = LABEL.sub("", text) if text is not None else None
         if exact and plain != expected_text(folder / name):
@@ -201,7 +199,7 @@ def folders_to_run():
 
 
 def folders_by_number(program):
-    """Number to the folder that stands for it: the one named after it, else the one that raises fewest. Two tables:
+    """Number to the folder that stands for it: the one that raises fewest, the first of these by its name. Two tables:
     folders compared byte for byte, and runs with values evaluated independently."""
     jobs = folders_to_run()
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
@@ -209,7 +207,7 @@ def folders_by_number(program):
     tables = {True: {}, False: {}}
     for (folder, _, exact), numbers in zip(jobs, results):
         for number in numbers:
-            rank = (str(number) not in folder.name, len(numbers), str(folder))
+            rank = (len(numbers), str(folder))
             tables[exact].setdefault(number, []).append((rank, folder))
     return [{number: min(folders)[1] for number, folders in tables[exact].items()} for exact in (True, False)]
 
@@ -332,7 +330,7 @@ numbers in use have no text: 8552, an empty line of a listing, and 24834, the si
 
 Where the test is a folder of `tests`, the whole output file and the whole log of its run are compared with the expected
 ones, byte for byte; where it is a name, it is a test of `tests/program`. Several runs may raise a text: the folder
-is the one named after it, or else the one that raises fewest. The last column is for lines with calculated values: a
+is the one that raises fewest, the first of these by its name. The last column is for lines with calculated values: a
 run of `tests/reference`, whose values were evaluated by another program, or the test that evaluates those of the
 folder.
 

@@ -4,6 +4,7 @@
 
 #include "tests/support/test_support.h"
 
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -13,6 +14,7 @@
 #include <unistd.h>
 
 static constexpr char Program[] = VELKORAN_PROGRAM;
+static constexpr double PauseSeconds = 0.001;  // between two looks
 
 double Now() {
     std::timespec time;
@@ -20,8 +22,9 @@ double Now() {
     return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
-static void Pause() {
-    const std::timespec pause = {0, 1000000};
+void Sleep(double seconds) {
+    const double whole = std::floor(seconds);
+    const std::timespec pause = {static_cast<std::time_t>(whole), static_cast<long>(1e9 * (seconds - whole))};
     nanosleep(&pause, nullptr);
 }
 
@@ -66,7 +69,7 @@ int WaitForProgram(pid_t child, double seconds) {
             waitpid(child, &status, 0);
             return -1000;
         }
-        Pause();
+        Sleep(PauseSeconds);
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
@@ -81,9 +84,15 @@ bool WaitForText(const std::string& path, const std::string& text, double second
         if (Now() > end) {
             return false;
         }
-        Pause();
+        Sleep(PauseSeconds);
     }
     return true;
+}
+
+bool IsRunning(pid_t child) {
+    siginfo_t info = {};
+    waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOHANG | WNOWAIT);
+    return info.si_pid == 0;
 }
 
 // The mask of the signals that a process handles stands in its status file, hexadecimal, SIGHUP in the last bit.
@@ -101,38 +110,6 @@ bool WaitUntilStoppable(pid_t child, double seconds) {
         if (Now() > end) {
             return false;
         }
-        Pause();
+        Sleep(PauseSeconds);
     }
-}
-
-std::string ChainInput(int count, bool weak, double minimalIntensity) {
-    std::string isotopes;
-    std::string shifts;
-    std::string rows;
-    for (int i = 0; i < count; ++i) {
-        isotopes += "1 ";
-        shifts += std::to_string(i) + " ";
-        for (int j = 0; j < count; ++j) {
-            rows += i + 1 == j || j + 1 == i ? "5 " : "0 ";
-        }
-        rows += "\n";
-    }
-    return "chain\n" + std::to_string(count) + "\n" + isotopes + "\nMHz\n100\nppm\n" + shifts + "\nHz\n" + rows +
-           "minimal intensity\n" + std::to_string(minimalIntensity) + "\nweak\n" + (weak ? "1" : "0") + "\n";
-}
-
-std::string ManyLinesInput(int count) {
-    std::string isotopes;
-    std::string shifts;
-    std::string rows;
-    for (int i = 0; i < count; ++i) {
-        isotopes += "1 ";
-        shifts += std::to_string(i) + " ";
-        for (int j = 0; j < count; ++j) {
-            rows += std::to_string(1000 + (j * (j + 1) / 2 + i) * (j + 7) * 37 % 7919) + "e-3 ";
-        }
-        rows += "\n";
-    }
-    return "many lines\n" + std::to_string(count) + "\n" + isotopes + "\nMHz\n400\nppm\n" + shifts + "\nHz\n" + rows +
-           "minimal intensity\n0.001\nweak\n1\n";
 }

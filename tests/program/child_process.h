@@ -33,13 +33,11 @@ bool WaitForText(const std::string& path, const std::string& text, double second
 // Waits until a child takes SIGTERM as a wish to stop; false when the time is up.
 bool WaitUntilStoppable(pid_t child, double seconds);
 
+// True while a child hasn't ended; keeps its status for a later wait.
+bool IsRunning(pid_t child);
+
 // Seconds since an arbitrary moment.
 double Now();
 
-// A system of count single nuclei 1 ppm apart at 100 MHz, coupled by 5 Hz with their neighbours, as
-// nmrspect.in.
-std::string ChainInput(int count, bool weak, double minimalIntensity);
-
-// A weak-coupling system of count single nuclei whose couplings all differ, so that most of its lines stay
-// apart.
-std::string ManyLinesInput(int count);
+// Waits, whatever happens.
+void Sleep(double seconds);

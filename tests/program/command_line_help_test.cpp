@@ -2,14 +2,13 @@
 // --help and --version, and that every other command line with two dashes in front is still that of a job.
 #include "numerics/dense_kernels.h"
 #include "tests/program/child_process.h"
+#include "tests/program/spectrum_inputs.h"
 #include "tests/support/test_support.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <sstream>
-
-static constexpr char OneSpin[] = "title\n1\n1\nh\n100\nh\n1.25\nh\n0\nh\n0.001\nh\n0\n";
 
 // What the program says to one argument, in an empty directory that it must leave empty.
 static std::string Answer(const std::string& argument) {

@@ -4,6 +4,7 @@
 #include "files/result_writer.h"
 #include "ground/platform_linux.h"
 #include "tests/program/child_process.h"
+#include "tests/program/spectrum_inputs.h"
 #include "tests/support/test_support.h"
 
 #include <gtest/gtest.h>
@@ -19,9 +20,6 @@
 
 namespace fs = std::filesystem;
 
-static constexpr char OneSpin[] = "title\n1\n1\nh\n100\nh\n1.25\nh\n0\nh\n0.001\nh\n0\n";
-static constexpr char OneSpinResult[] =
-    "This is a comment line.\n1\nFREQUNCY INTENSITY DEGENERACY LINEWIDTH\n125.000 1.000 1 0\n";
 static constexpr char Older[] = "older result";
 static constexpr uid_t Nobody = 65534;
 static constexpr int LongExactGroups = 13;

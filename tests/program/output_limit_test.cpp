@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A run whose result is too long for a limit on file sizes, while the message about it is short enough.
 #include "tests/program/child_process.h"
+#include "tests/program/spectrum_inputs.h"
 #include "tests/support/test_support.h"
 
 #include <gtest/gtest.h>

@@ -2,6 +2,7 @@
 // Runs whose output file can't take their message say so in one line on standard error; the exit code stays 0. And
 // what stands where a run makes a file of its own: it is neither followed nor changed.
 #include "tests/program/child_process.h"
+#include "tests/program/spectrum_inputs.h"
 #include "tests/support/test_support.h"
 
 #include <gtest/gtest.h>
@@ -16,9 +17,6 @@
 
 namespace fs = std::filesystem;
 
-static constexpr char OneSpin[] = "title\n1\n1\nh\n100\nh\n1.25\nh\n0\nh\n0.001\nh\n0\n";
-static constexpr char OneSpinResult[] =
-    "This is a comment line.\n1\nFREQUNCY INTENSITY DEGENERACY LINEWIDTH\n125.000 1.000 1 0\n";
 static constexpr char Older[] = "older result";
 static constexpr char LogFailure[] = "Velkoran cannot open the log file.";
 static constexpr uid_t Nobody = 65534;

@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: MIT
 // The program as a process: its command line, its paths, its files.
 #include "tests/program/child_process.h"
+#include "tests/program/spectrum_inputs.h"
 #include "tests/support/test_support.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <unistd.h>
-
-static constexpr char OneSpin[] = "title\n1\n1\nh\n100\nh\n1.25\nh\n0\nh\n0.001\nh\n0\n";
-static constexpr char OneSpinResult[] =
-    "This is a comment line.\n1\nFREQUNCY INTENSITY DEGENERACY LINEWIDTH\n125.000 1.000 1 0\n";
 
 static std::string Trouble(const std::string& path) {
     return "ERRMSG: Trouble has been occured when openning " + path + ".\n";

@@ -2,14 +2,13 @@
 // Stopping a run that reads or waits for a file: inputs without an end, FIFOs without an other end, logs and outputs
 // that nobody reads. The output file stays as it was.
 #include "tests/program/child_process.h"
+#include "tests/support/molecule_support.h"
 #include "tests/support/test_support.h"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <csignal>
 #include <cstdlib>
-#include <ctime>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/resource.h>
@@ -31,12 +30,6 @@ static const std::string Selection = "NMRSelectionBegin\n1\nmol 1 atom 1\nNMRSel
 static const std::string Atoms =
     "AtomsBegin\n2\nmol 1\natom 1 H H H - 0 0 0 0 0\natom 2 H H H - 0 0 0 0.74 0\nAtomsEnd\n";
 static const std::string SpectrumInput = "title\n1\n1\nMHz\n100\nppm\n1\nHz\n0\nintensity\n0.001\nweak\n0\n";
-
-static void Sleep(double seconds) {
-    const double whole = std::floor(seconds);
-    const timespec pause = {static_cast<time_t>(whole), static_cast<long>(1e9 * (seconds - whole))};
-    nanosleep(&pause, nullptr);
-}
 
 // A child that writes a text into a file, then another one again and again, until nobody reads any more.
 static pid_t StartFeeder(const std::string& path, const std::string& once, const std::string& again) {
@@ -65,9 +58,7 @@ class ReadingStop : public testing::Test {
 protected:
     void SetUp() override {
         fs::create_directory(Work.Path + "/p");
-        for (const char* name : {"nmrtype.txt", "nmr_shft.abp", "nmr_cupl.abp"}) {
-            fs::copy(std::string(VELKORAN_TESTS) + "/../parameters/" + name, Path("p/") + name);
-        }
+        CopyParameterFiles(Path("p"));
         WriteText(Path("nmrparam.in"), Selection + Atoms);
         WriteText(Path("nmrspect.in"), SpectrumInput);
         WriteText(Path("nmrparam.out"), "older result");
@@ -96,9 +87,7 @@ protected:
     void ExpectStopped(pid_t child, const std::string& what, double after = QuietSeconds) {
         ASSERT_TRUE(WaitUntilStoppable(child, StartSeconds)) << what;
         Sleep(after);
-        siginfo_t info = {};
-        waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOHANG | WNOWAIT);
-        EXPECT_EQ(info.si_pid, 0) << what << ": too short a run for this test";
+        EXPECT_TRUE(IsRunning(child)) << what << ": too short a run for this test";
         kill(child, SIGTERM);
         EXPECT_EQ(WaitForProgram(child, StopSeconds), 0) << what;
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Stopping a run by signals: exit code 0, no output file written or touched, the log as far as it went.
 #include "tests/program/child_process.h"
+#include "tests/program/spectrum_inputs.h"
 #include "tests/support/test_support.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +9,6 @@
 #include <csignal>
 #include <ctime>
 #include <sys/resource.h>
-#include <sys/wait.h>
 
 static constexpr int LongExactGroups = 13;    // seconds in every build
 static constexpr double StartSeconds = 30.0;  // until the first lines are in the log
@@ -29,13 +29,6 @@ protected:
     }
 
     bool LogHolds(const char* text) { return WaitForText(Work.Path + "/run.log", text, StartSeconds); }
-
-    // True while the child hasn't ended; keeps its status for a later wait.
-    static bool IsRunning(pid_t child) {
-        siginfo_t info = {};
-        waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOHANG | WNOWAIT);
-        return info.si_pid == 0;
-    }
 
     // Seconds of a child that may have ended but wasn't waited for; of all children that were.
     static double ProcessorTimeOf(pid_t child) {
@@ -78,8 +71,7 @@ TEST_F(Stop, ExactRunByEachSignal) {
 TEST_F(Stop, ExactRunInTheMiddleOfItsMatrices) {
     const pid_t child = Start(ChainInput(LongExactGroups, false, 0.001));
     ASSERT_TRUE(LogHolds(BlockTable));
-    const timespec pause = {0, 300000000};
-    nanosleep(&pause, nullptr);
+    Sleep(0.3);
     ASSERT_TRUE(IsRunning(child)) << "too short a run for this test";
     kill(child, SIGTERM);
     ExpectStopped(child);
@@ -100,8 +92,7 @@ TEST_F(Stop, SignalsInTheEndlessShowerStillStop) {
     const double end = Now() + StopSeconds;
     while (IsRunning(child) && Now() < end) {
         kill(child, SIGTERM);
-        const timespec pause = {0, 2000000};
-        nanosleep(&pause, nullptr);
+        Sleep(0.002);
     }
     ExpectStopped(child);
 }
@@ -123,8 +114,7 @@ TEST_F(Stop, WeakRun) {
         const pid_t child = Start(ChainInput(20, true, 1000.0));
         ASSERT_TRUE(LogHolds("Computing"));
         while (IsRunning(child) && ProcessorTimeOf(child) < part * whole) {
-            const timespec pause = {0, 1000000};
-            nanosleep(&pause, nullptr);
+            Sleep(0.001);
         }
         kill(child, SIGTERM);
         EXPECT_EQ(WaitForProgram(child, StopSeconds), 0);
@@ -153,8 +143,7 @@ TEST_F(Stop, InheritedIgnoredSignals) {
     ASSERT_TRUE(LogHolds(BlockTable));
     kill(child, SIGHUP);
     kill(child, SIGINT);
-    const timespec pause = {0, 200000000};
-    nanosleep(&pause, nullptr);
+    Sleep(0.2);
     EXPECT_TRUE(IsRunning(child));
     kill(child, SIGTERM);
     ExpectStopped(child);

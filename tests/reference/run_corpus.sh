@@ -19,10 +19,8 @@ for dir in "$corpus"/cases/$pattern/; do
   [ -f "$dir/expected.out" ] || continue
   name=$(basename "$dir")
   rm -rf "$top/p" "$top/w"
-  mkdir "$top/p" "$top/w"
-  params=$here/wavefunction/params
-  [ -d "$dir/params" ] && params=$dir/params
-  cp "$params"/* "$top/p/"
+  mkdir "$top/w"
+  sh "$here/../support/parameter_folder.sh" "$dir" "$top/p" || exit 2
   [ -f "$dir/$stem.in" ] && cp "$dir/$stem.in" "$top/w/$stem.in"
   timeout 60 "$bin" "$top/p" "$top/w" $kind "$top/w/run.log" >"$top/stdout" 2>&1 </dev/null
   rc=$?

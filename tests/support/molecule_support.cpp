@@ -133,11 +133,15 @@ std::string ExampleFolder() {
     return ProjectFolder("examples");
 }
 
-void ReadMolecule(const std::string& directory, const Molecule& molecule) {
-    static char folder[FilePathSize];
+void CopyParameterFiles(const std::string& directory) {
     for (const char* name : {"nmrtype.txt", "nmr_shft.abp", "nmr_cupl.abp"}) {
         fs::copy_file(ParameterFolder() + "/" + name, directory + "/" + name, fs::copy_options::overwrite_existing);
     }
+}
+
+void ReadMolecule(const std::string& directory, const Molecule& molecule) {
+    static char folder[FilePathSize];
+    CopyParameterFiles(directory);
     WriteText(directory + "/nmrparam.in", MoleculeInput(molecule));
     UseFilesIn(directory);
     std::snprintf(::Run.Job.InputFilePath, FilePathSize, "%s/nmrparam.in", directory.c_str());

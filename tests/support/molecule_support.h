@@ -43,6 +43,9 @@ std::string MoleculeInput(const Molecule& molecule);
 std::string ParameterFolder();
 std::string ExampleFolder();
 
+// Copies the parameter files of parameters/ into a directory.
+void CopyParameterFiles(const std::string& directory);
+
 // Reads and prepares a molecule as a run does, up to PrepareSystem, and puts the coupling table in force with its
 // tables by orbital. The state is reset at the end of the scope.
 struct LoadedMolecule {

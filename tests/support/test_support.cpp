@@ -7,6 +7,7 @@
 #include "spectrum/line_list.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -119,6 +120,22 @@ std::string Replaced(std::string text, const std::string& part, const std::strin
         text.replace(at, part.size(), by);
     }
     return text;
+}
+
+static ssize_t ReadDamaged(void* cookie, char* buffer, std::size_t size) {
+    auto* stream = static_cast<DamagedStream*>(cookie);
+    const std::size_t length = std::min(size, stream->Text.size() - stream->Place);
+    if (length == 0) {
+        errno = EIO;
+        return -1;
+    }
+    std::memcpy(buffer, stream->Text.data() + stream->Place, length);
+    stream->Place += length;
+    return static_cast<ssize_t>(length);
+}
+
+std::FILE* DamagedStream::Open() {
+    return fopencookie(this, "r", {ReadDamaged, nullptr, nullptr, nullptr});
 }
 
 int ExitCodeOfChild(const std::function<void()>& steps) {

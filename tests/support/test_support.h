@@ -5,6 +5,7 @@
 
 #include "ground/run_state.h"
 
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <vector>
@@ -55,6 +56,13 @@ void WriteText(const std::string& path, const std::string& text);
 
 // The text with every occurrence of part replaced.
 std::string Replaced(std::string text, const std::string& part, const std::string& by);
+
+// A stream that gives a text and then an error instead of its end.
+struct DamagedStream {
+    std::FILE* Open();  // once, while this lives
+    std::string Text;
+    std::size_t Place = 0;  // of the next byte
+};
 
 // Runs steps in a child process, for 20 s at most; its exit code, or minus the number of the signal that
 // ended it.

@@ -8,8 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cerrno>
 #include <cstring>
 
 static const std::string NMRBlock = "NMRSelectionBegin\n1\nmol 1 atom 1\nNMRSelectionEnd\n";
@@ -516,32 +514,14 @@ TEST_F(ParameterInput, LogPrintLevelOfTenSwitchesTheLogOff) {
     EXPECT_EQ(LogText, Unknown("x = 1"));  // what came while reading stays
 }
 
-// A stream that gives a text and then an error instead of its end.
-struct DamagedStream {
-    std::string Text;
-    std::size_t Place;
-};
-
-static ssize_t ReadDamaged(void* cookie, char* buffer, std::size_t size) {
-    auto* stream = static_cast<DamagedStream*>(cookie);
-    const std::size_t length = std::min(size, stream->Text.size() - stream->Place);
-    if (length == 0) {
-        errno = EIO;
-        return -1;
-    }
-    std::memcpy(buffer, stream->Text.data() + stream->Place, length);
-    stream->Place += length;
-    return static_cast<ssize_t>(length);
-}
-
 // A read error comes before what is missing in the file.
 TEST_F(ParameterInput, ReadErrors) {
     for (const std::string& text : {NMRBlock + Water, NMRBlock, std::string()}) {
         TemporaryDirectory work;
         EXPECT_EQ(ExitCodeOfChild([&] {
                       PrepareReading(work.Path);
-                      DamagedStream stream = {text, 0};
-                      ReadParameterInput(fopencookie(&stream, "r", {ReadDamaged, nullptr, nullptr, nullptr}));
+                      DamagedStream stream = {text};
+                      ReadParameterInput(stream.Open());
                   }),
                   0);
         EXPECT_EQ(ReadText(work.Path + "/nmrspect.out"),

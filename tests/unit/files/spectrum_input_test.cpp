@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The reader of nmrspect.in within the process: what it stores, its limits, damaged streams. Refusals in
-// their own words are whole runs (runs/).
+// their own words are whole runs (cases/spectrum/).
 #include "files/run_input.h"
 #include "files/spectrum_input.h"
 #include "numerics/factorial.h"
@@ -8,8 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cerrno>
 #include <cstring>
 
 // The lines of a system of two groups, to be changed one by one; line[k] is that of step k + 1.
@@ -182,30 +180,12 @@ TEST_F(SpectrumInput, WholeNumbersStopAtTheirFraction) {
     EXPECT_EQ(::Run.Options.NMRFrequency, 2147483647.0);
 }
 
-// A stream that gives a text and then an error instead of its end.
-struct DamagedStream {
-    std::string Text;
-    std::size_t Place;
-};
-
-static ssize_t ReadDamaged(void* cookie, char* buffer, std::size_t size) {
-    auto* stream = static_cast<DamagedStream*>(cookie);
-    const std::size_t length = std::min(size, stream->Text.size() - stream->Place);
-    if (length == 0) {
-        errno = EIO;
-        return -1;
-    }
-    std::memcpy(buffer, stream->Text.data() + stream->Place, length);
-    stream->Place += length;
-    return static_cast<ssize_t>(length);
-}
-
 static std::string ReadDamagedInput(const std::string& text) {
     TemporaryDirectory work;
     ExitCodeOfChild([&] {
         UseFilesIn(work.Path);
-        DamagedStream stream = {text, 0};
-        ReadSpectrumInput(fopencookie(&stream, "r", {ReadDamaged, nullptr, nullptr, nullptr}));
+        DamagedStream stream = {text};
+        ReadSpectrumInput(stream.Open());
     });
     return Replaced(ReadText(work.Path + "/nmrspect.out"), work.Path + "/nmrspect.in", "<INPUT>");
 }
