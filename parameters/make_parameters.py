@@ -13,23 +13,56 @@ FOLDER = Path(__file__).resolve().parent
 
 ELEMENTS = "H HE LI BE B C N O F NE NA MG AL SI P S CL AR".split()
 
-MASSES = [1.0079, 4.0026, 6.94, 9.01218, 10.81, 12.011, 14.0067, 15.9994, 18.9984, 20.179,
-          22.98977, 24.305, 26.98154, 28.0855, 30.97376, 32.06, 35.453, 39.948]
+MASSES = [
+    1.0079,
+    4.0026,
+    6.94,
+    9.01218,
+    10.81,
+    12.011,
+    14.0067,
+    15.9994,
+    18.9984,
+    20.179,
+    22.98977,
+    24.305,
+    26.98154,
+    28.0855,
+    30.97376,
+    32.06,
+    35.453,
+    39.948,
+]
 
 # The columns after the name, as (parameter, decimals). F2 stands before G1, and s before g: the file's order.
 # The shielding file has two columns that nobody reads where the coupling file has s and g.
 COLUMNS = [
-    ("SlaterExponentS", 7), ("SlaterExponentP", 7), ("SlaterExponentD", 7),
-    ("OrbitalEnergyS", 5), ("OrbitalEnergyP", 5), ("OrbitalEnergyD", 5),
-    ("BondingParameter", 4), ("SlaterCondonF2", 6), ("SlaterCondonG1", 6),
-    ("sDensity0", 7), ("gFactor", 7),
-    ("IsolatedEnergyTndo1", 7), ("IsolatedEnergyTndo2", 7), ("AtomHeat", 3),
+    ("SlaterExponentS", 7),
+    ("SlaterExponentP", 7),
+    ("SlaterExponentD", 7),
+    ("OrbitalEnergyS", 5),
+    ("OrbitalEnergyP", 5),
+    ("OrbitalEnergyD", 5),
+    ("BondingParameter", 4),
+    ("SlaterCondonF2", 6),
+    ("SlaterCondonG1", 6),
+    ("sDensity0", 7),
+    ("gFactor", 7),
+    ("IsolatedEnergyTndo1", 7),
+    ("IsolatedEnergyTndo2", 7),
+    ("AtomHeat", 3),
 ]
 COUPLING_ONLY = ("sDensity0", "gFactor")
 
 # What a type may leave out, and then is 0: p and d orbitals that it hasn't got, and their constants.
-MAY_BE_ABSENT = ("SlaterExponentP", "SlaterExponentD", "OrbitalEnergyP", "OrbitalEnergyD",
-                 "SlaterCondonF2", "SlaterCondonG1")
+MAY_BE_ABSENT = (
+    "SlaterExponentP",
+    "SlaterExponentD",
+    "OrbitalEnergyP",
+    "OrbitalEnergyD",
+    "SlaterCondonF2",
+    "SlaterCondonG1",
+)
 
 # Figures of the table that document a type and stand in no file.
 NOT_WRITTEN = ("Isotope", "Spin")

@@ -51,7 +51,7 @@ def screening(n, k):
 
 
 def weight(n1, n2, k):
-    return screening(n1, k) / (2 ** k * 4 * factorial(2 * n2) * 2 ** (2 * n2 - 1))
+    return screening(n1, k) / (2**k * 4 * factorial(2 * n2) * 2 ** (2 * n2 - 1))
 
 
 def number(value):

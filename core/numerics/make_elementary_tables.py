@@ -14,13 +14,13 @@ from fractions import Fraction
 TARGET = os.path.join(os.path.dirname(os.path.abspath(__file__)), "elementary_tables.h")
 DIGITS = 1400
 ONE = 1 << DIGITS
-EXPONENTIAL_STEPS = 64   # of a factor of 2
-LOGARITHM_STEPS = 128    # of 1
-FIRST_LOGARITHM = 90     # sqrt(1/2) and sqrt(2), in these steps
+EXPONENTIAL_STEPS = 64  # of a factor of 2
+LOGARITHM_STEPS = 128  # of 1
+FIRST_LOGARITHM = 90  # sqrt(1/2) and sqrt(2), in these steps
 LAST_LOGARITHM = 182
-ANGLE_STEPS = 64         # of 1
-LAST_SINE = 51           # pi/4, in these steps
-WORDS = 40               # of 32 bits, of 2/pi
+ANGLE_STEPS = 64  # of 1
+LAST_SINE = 51  # pi/4, in these steps
+WORDS = 40  # of 32 bits, of 2/pi
 
 HEAD = """// SPDX-License-Identifier: MIT
 // Made by make_elementary_tables.py, which says how: not to be edited.
@@ -142,22 +142,26 @@ def generated():
     out += "// ln 2; the product of the first piece with an integer of 11 bits is exact.\n"
     out += table("double Ln2[2]", [value.hex() for value in pieces(ln2, 41)])
     out += f"// 2^(i/{EXPONENTIAL_STEPS}), in two doubles.\n"
-    out += table(f"double ExponentialTable[{EXPONENTIAL_STEPS}][2]",
-                 [braces(two_doubles(exponential(ln2 * i // EXPONENTIAL_STEPS))) for i in range(EXPONENTIAL_STEPS)])
+    out += table(
+        f"double ExponentialTable[{EXPONENTIAL_STEPS}][2]",
+        [braces(two_doubles(exponential(ln2 * i // EXPONENTIAL_STEPS))) for i in range(EXPONENTIAL_STEPS)],
+    )
     out += f"// Nine bits of 1/c, and ln c in two doubles, c being near i/{LOGARITHM_STEPS}.\n"
     out += f"inline constexpr int FirstLogarithm = {FIRST_LOGARITHM};\n"
     rows = [logarithm_row(j) for j in range(FIRST_LOGARITHM, LAST_LOGARITHM + 1)]
     out += table(f"double LogarithmTable[{len(rows)}][3]", [braces(row) for row in rows])
     angles = [ONE * i // ANGLE_STEPS for i in range(ANGLE_STEPS + 1)]
     out += f"// Sine and cosine of i/{ANGLE_STEPS}, each in two doubles.\n"
-    out += table(f"double SineTable[{LAST_SINE}][4]",
-                 [braces(two_doubles(sine(x)) + two_doubles(cosine(x))) for x in angles[:LAST_SINE]])
+    out += table(
+        f"double SineTable[{LAST_SINE}][4]",
+        [braces(two_doubles(sine(x)) + two_doubles(cosine(x))) for x in angles[:LAST_SINE]],
+    )
     out += f"// The angle whose tangent is i/{ANGLE_STEPS}, in two doubles.\n"
     out += table(f"double ArcTangentTable[{ANGLE_STEPS + 1}][2]", [braces(two_doubles(arc_tangent(x))) for x in angles])
     bits = (2 * ONE * ONE // PI) >> (DIGITS - 32 * WORDS)
     words = [f"0x{bits >> 32 * (WORDS - 1 - i) & 0xffffffff:08x}" for i in range(WORDS)]
     out += "// 2/pi, the first word being that of 2^-32.\n"
-    out += table(f"std::uint32_t TwoOverPi[{WORDS}]", [", ".join(words[i:i + 8]) for i in range(0, WORDS, 8)])
+    out += table(f"std::uint32_t TwoOverPi[{WORDS}]", [", ".join(words[i : i + 8]) for i in range(0, WORDS, 8)])
     return out.rstrip("\n") + "\n"
 
 

@@ -16,31 +16,31 @@ def pixels(size):
     """Rows from the bottom up, as the format wants them."""
     rows = []
     for y in range(size):
-        row = b''
+        row = b""
         for x in range(size):
             at = (x + 0.5) / size
             height = 0.14 + sum(h / (1.0 + ((at - p) / LINE_WIDTH) ** 2) for p, h in LINES)
             row += bytes(CURVE if (y + 0.5) / size < height else BACKGROUND)
         rows.append(row)
-    return b''.join(rows)
+    return b"".join(rows)
 
 
 def image(size):
     mask_row = math.ceil(size / 32) * 4
-    header = struct.pack('<IiiHHIIiiII', 40, size, 2 * size, 1, 32, 0, 4 * size * size, 0, 0, 0, 0)
+    header = struct.pack("<IiiHHIIiiII", 40, size, 2 * size, 1, 32, 0, 4 * size * size, 0, 0, 0, 0)
     return header + pixels(size) + bytes(mask_row * size)
 
 
 def main():
     images = [image(size) for size in SIZES]
     offset = 6 + 16 * len(SIZES)
-    directory = struct.pack('<HHH', 0, 1, len(SIZES))
+    directory = struct.pack("<HHH", 0, 1, len(SIZES))
     for size, data in zip(SIZES, images):
-        directory += struct.pack('<BBBBHHII', size, size, 0, 0, 1, 32, len(data), offset)
+        directory += struct.pack("<BBBBHHII", size, size, 0, 0, 1, 32, len(data), offset)
         offset += len(data)
-    with open(os.path.join(os.path.dirname(os.path.abspath(__file__)), 'backend_icon.ico'), 'wb') as file:
-        file.write(directory + b''.join(images))
+    with open(os.path.join(os.path.dirname(os.path.abspath(__file__)), "backend_icon.ico"), "wb") as file:
+        file.write(directory + b"".join(images))
 
 
-if __name__ == '__main__':
+if __name__ == "__main__":
     main()

@@ -13,12 +13,12 @@ import sys
 
 FOLDERS = sorted(pathlib.Path(__file__).resolve().parent.glob("parameter/listing_of_*"))
 
-BOHRS = 1.889725985            # in an Angstrom
+BOHRS = 1.889725985  # in an Angstrom
 HARTREES = 0.03674930900274282  # in an eV
-KCAL = 627.5220032             # in a Hartree
+KCAL = 627.5220032  # in a Hartree
 KCAL_OF_EV = 23.061
-EV = 27.211395                 # in a Hartree, for the levels
-DEBYES = 2.5416                # in e bohr
+EV = 27.211395  # in a Hartree, for the levels
+DEBYES = 2.5416  # in e bohr
 REDUCED = 1.2438805210547523e-8 * 5.069040731147547e29  # of a response, in 1/cm3
 HERTZ = 3.850008004857603e-21
 MASSES = {"H": 1.0079, "He": 4.0026}
@@ -27,10 +27,10 @@ CORE_CHARGES = {"H": 1, "He": 2}
 # Columns of nmr_cupl.abp behind the name.
 EXPONENT, ENERGY, BONDING, CONTACT, FACTOR, ISOLATED, HEAT = 0, 3, 6, 9, 10, 11, 13
 
-STEPS = 3000          # of the damped iterations, which need about a hundred
+STEPS = 3000  # of the damped iterations, which need about a hundred
 SMALLEST_CHANGE = 1e-13
-ROUNDING = 0.51       # of the last printed place
-CONVERGENCE = 2.0     # in the last printed place: what the limit of the run leaves in levels, coefficients, populations
+ROUNDING = 0.51  # of the last printed place
+CONVERGENCE = 2.0  # in the last printed place: what the limit of the run leaves in levels, coefficients, populations
 COUPLING_ERROR = 1e-5  # relative
 
 
@@ -61,9 +61,9 @@ class System:
             for j in range(i):
                 distance = math.dist(self.places[i], self.places[j])
                 x = zeta * distance
-                polynomial = 1 + 11 * x / 8 + 3 * x ** 2 / 4 + x ** 3 / 6
+                polynomial = 1 + 11 * x / 8 + 3 * x**2 / 4 + x**3 / 6
                 self.gamma[i][j] = self.gamma[j][i] = (1 - polynomial * math.exp(-2 * x)) / distance
-                overlap = math.exp(-x) * (1 + x + x ** 2 / 3)
+                overlap = math.exp(-x) * (1 + x + x**2 / 3)
                 bonding = (self.parameters[i][BONDING] + self.parameters[j][BONDING]) / 2 * HARTREES
                 self.core[i][j] = self.core[j][i] = -overlap * bonding
                 self.repulsion += self.cores[i] * self.cores[j] / distance
@@ -124,7 +124,7 @@ class Solution:
 
     def next_density(self, density):
         n = range(self.system.n)
-        orbitals = eigen(self.fock(density))[1][:self.pairs]
+        orbitals = eigen(self.fock(density))[1][: self.pairs]
         return [[2 * sum(c[i] * c[j] for c in orbitals) for j in n] for i in n]
 
     def responses(self, atom):
@@ -134,7 +134,7 @@ class Solution:
         def step(change):
             fock = [[-change[k][l] * self.system.gamma[k][l] + (k == l == atom) for l in n] for k in n]
             result = [[0.0] * self.system.n for _ in n]
-            for i, c in enumerate(self.orbitals[:self.pairs]):
+            for i, c in enumerate(self.orbitals[: self.pairs]):
                 for a in range(self.pairs, self.system.n):
                     u = self.orbitals[a]
                     w = sum(u[k] * fock[k][l] * c[l] for k in n for l in n) / (self.levels[i] - self.levels[a])
@@ -174,8 +174,15 @@ def check_energies(checker, system, solution):
     isolated = sum(parameters[ISOLATED] for parameters in system.parameters) * KCAL_OF_EV
     total = solution.electronic + system.repulsion
     heats = sum(parameters[HEAT] for parameters in system.parameters)
-    values = [total * KCAL, total, total * KCAL - isolated, isolated, solution.electronic * KCAL,
-              system.repulsion * KCAL, heats + total * KCAL - isolated]
+    values = [
+        total * KCAL,
+        total,
+        total * KCAL - isolated,
+        isolated,
+        solution.electronic * KCAL,
+        system.repulsion * KCAL,
+        heats + total * KCAL - isolated,
+    ]
     # the energies end by what the iterations of the run leave, some millionths of a kcal/mol
     checker.compare("energies", checker.section("Energies\n", "Eigenvalues(eV)"), values, 20.0)
     checker.compare("progress", checker.section("\nEnergy=", "\n"), [values[2]], CONVERGENCE)
@@ -236,8 +243,9 @@ def check_couplings(checker, system, solution):
                 places = ROUNDING + abs(coupling) * COUPLING_ERROR * 1e3
                 checker.compare("result file", [square[a][b]], [coupling], places)
             if a != b:
-                expected_rows.append((a + 1, b + 1, first[FACTOR], second[FACTOR], first[CONTACT], second[CONTACT],
-                                      reduced, coupling))
+                expected_rows.append(
+                    (a + 1, b + 1, first[FACTOR], second[FACTOR], first[CONTACT], second[CONTACT], reduced, coupling)
+                )
     if len(rows) != len(expected_rows):
         checker.wrong.append("%s: %d couplings, not %d" % (checker.name, len(rows), len(expected_rows)))
     for row, expected in zip(rows, expected_rows):

@@ -26,11 +26,16 @@ CATALOGUE = ROOT / "core" / "resources" / "message_catalogue.inc"
 PAGE = ROOT / "docs" / "messages.md"
 
 RUN_LIMIT = 100  # seconds, of a run in a build with sanitizers
-EMPTY_LINE = 8552   # the two numbers in use that have no text
+EMPTY_LINE = 8552  # the two numbers in use that have no text
 SILENT_STOP = 24834
 
-KINDS = {"LogProgress": "progress", "LogMessage": "listing", "Warning": "warning", "FatalError": "fatal",
-         "LoadCatalogueText": "menu"}
+KINDS = {
+    "LogProgress": "progress",
+    "LogMessage": "listing",
+    "Warning": "warning",
+    "FatalError": "fatal",
+    "LoadCatalogueText": "menu",
+}
 # What only passes a number on; LoadCatalogueText is called both ways.
 FORWARDERS = ["ReportWarning", "ReportFatalError", "LogCatalogueText", "ExpandCatalogueText", "CatalogueText"]
 FORWARDED = {"id", "id.Id", "int id", "MessageIdFor<Values...> id"}
@@ -63,17 +68,34 @@ CONDITIONS = "a general text; each failure that the code tests has one of its ow
 MATHEMATICS = "nothing raises it; it is kept as part of the table that front ends have"
 # Entries that no code raises: why.
 NOT_RAISED = {
-    4129: "the levels are listed in rows under 8227", 4130: OPEN_SHELL,
+    4129: "the levels are listed in rows under 8227",
+    4130: OPEN_SHELL,
     4147: "the couplings begin without a line of their own",
-    8199: OPEN_SHELL, 8200: OPEN_SHELL, 8211: FIELD_SIZE,
-    8289: OPEN_SHELL, 8290: OPEN_SHELL, 8291: OPEN_SHELL, 8292: OPEN_SHELL,
-    8295: "the overlap matrix isn't listed", 8296: "the overlap matrix isn't listed",
+    8199: OPEN_SHELL,
+    8200: OPEN_SHELL,
+    8211: FIELD_SIZE,
+    8289: OPEN_SHELL,
+    8290: OPEN_SHELL,
+    8291: OPEN_SHELL,
+    8292: OPEN_SHELL,
+    8295: "the overlap matrix isn't listed",
+    8296: "the overlap matrix isn't listed",
     8309: "8208 says whether there are d orbitals",
     16402: "the Slater-Condon constants of capping atoms aren't tested",
-    16416: "there is no request for single orbitals", 16417: OPEN_SHELL, 16433: FIELD_SIZE, 16434: FIELD_SIZE,
-    24592: TYPE_FILE, 24593: TYPE_FILE, 24594: TYPE_FILE,
+    16416: "there is no request for single orbitals",
+    16417: OPEN_SHELL,
+    16433: FIELD_SIZE,
+    16434: FIELD_SIZE,
+    24592: TYPE_FILE,
+    24593: TYPE_FILE,
+    24594: TYPE_FILE,
     24649: "24647 comes first: no element beyond argon gets so far",
-    24704: PLOTS, 24705: PLOTS, 24706: PLOTS, 24832: CONDITIONS, 24833: CONDITIONS, 24848: CONDITIONS,
+    24704: PLOTS,
+    24705: PLOTS,
+    24706: PLOTS,
+    24832: CONDITIONS,
+    24833: CONDITIONS,
+    24848: CONDITIONS,
     **{number: MATHEMATICS for number in [*range(65280, 65286), 65296, 65297]},
 }
 
@@ -106,8 +128,12 @@ def write_labelled_catalogue(path):
 
 
 def without_comments(source):
-    return re.sub(r'//[^\n]*|/\*.*?\*/|' + LITERAL, lambda match: match.group(0) if match.group(1) is not None else " ",
-                  source, flags=re.S)
+    return re.sub(
+        r"//[^\n]*|/\*.*?\*/|" + LITERAL,
+        lambda match: match.group(0) if match.group(1) is not None else " ",
+        source,
+        flags=re.S,
+    )
 
 
 def first_argument(source, position):
@@ -137,8 +163,10 @@ def numbers_in_code():
                 choice = re.fullmatch(r"(?:[^?]*\?\s*(\w+)\s*:\s*)?(\w+)", argument)
                 values = [constants.get(value, value) for value in choice.groups() if value] if choice else ["?"]
                 if call.group(1) in FORWARDERS or not all(value.isdigit() for value in values):
-                    sys.exit("message_table: %s: the number isn't known in %s(%s"
-                             % (path.relative_to(ROOT), call.group(1), argument))
+                    sys.exit(
+                        "message_table: %s: the number isn't known in %s(%s"
+                        % (path.relative_to(ROOT), call.group(1), argument)
+                    )
                 for value in values:
                     found.setdefault(int(value), set()).add(KINDS[call.group(1)])
     return found
@@ -274,8 +302,11 @@ def make_page(program):
     program_tests = tests_in((TESTS / "program").glob("*_test.cpp"))
     step_tests = tests_in([*(TESTS / "unit").rglob("*_test.cpp"), *(TESTS / "instance_setup").glob("*_test.cpp")])
     wrong = ["%d has no text" % number for number in code if number not in [*texts, EMPTY_LINE, SILENT_STOP]]
-    wrong += ["a run raises %d, which isn't found in the code" % number
-              for number in {*exact, *evaluated} if number not in code]
+    wrong += [
+        "a run raises %d, which isn't found in the code" % number
+        for number in {*exact, *evaluated}
+        if number not in code
+    ]
     wrong += [] if EMPTY_LINE in exact else ["no run has the empty line of %d" % EMPTY_LINE]
     in_runs, in_steps, never_true, not_raised = [], [], [], []
     for number, text in texts.items():
@@ -308,10 +339,17 @@ def make_page(program):
                 wrong.append("%d is raised by no test: %s" % (number, text))
             in_runs.append([*entry, shown, source_of_values(text, exact.get(number), evaluated.get(number))])
     counts = (len(texts), len(in_runs), len(in_steps), len(never_true), len(not_raised))
-    return PAGE_TEXT % (*counts, table(["Number", "Kind", "Text", "Test", "Values evaluated independently"], in_runs),
-                        table(["Number", "Kind", "Text", "Unit test", "Why no run raises it"], in_steps),
-                        table(["Number", "Kind", "Text", "Why nothing raises it"], never_true),
-                        table(["Number", "Text", "Why, as far as it is known"], not_raised)), wrong
+    return (
+        PAGE_TEXT
+        % (
+            *counts,
+            table(["Number", "Kind", "Text", "Test", "Values evaluated independently"], in_runs),
+            table(["Number", "Kind", "Text", "Unit test", "Why no run raises it"], in_steps),
+            table(["Number", "Kind", "Text", "Why nothing raises it"], never_true),
+            table(["Number", "Text", "Why, as far as it is known"], not_raised),
+        ),
+        wrong,
+    )
 
 
 PAGE_TEXT = """# Messages
@@ -365,7 +403,9 @@ def main():
     if not arguments.check:
         PAGE.write_text(page, encoding="ascii")
     elif not PAGE.exists() or read(PAGE) != page:
-        wrong.append("docs/messages.md isn't what the runs give: python3 tests/documents/message_table.py writes it anew")
+        wrong.append(
+            "docs/messages.md isn't what the runs give: python3 tests/documents/message_table.py writes it anew"
+        )
     for line in wrong:
         print("message_table: " + line, file=sys.stderr)
     return 1 if wrong else 0

@@ -25,8 +25,18 @@ def text(value):
 
 # --- tables A and B
 
-EVEN_MOMENTS = ["2.0", "0.666666666667", "0.4", "0.285714285714", "0.222222222222", "0.181818181818",
-                "0.153846153846", "0.133333333333", "0.117647058824", "0.105263157895"]
+EVEN_MOMENTS = [
+    "2.0",
+    "0.666666666667",
+    "0.4",
+    "0.285714285714",
+    "0.222222222222",
+    "0.181818181818",
+    "0.153846153846",
+    "0.133333333333",
+    "0.117647058824",
+    "0.105263157895",
+]
 
 
 def a_exact(n, p):
@@ -35,7 +45,7 @@ def a_exact(n, p):
 
 
 def b_exact(n, q):
-    return quad(lambda t: t ** n * exp(-q * t), [-1, 0, 1])
+    return quad(lambda t: t**n * exp(-q * t), [-1, 0, 1])
 
 
 def b_terms(q, order):
@@ -58,13 +68,37 @@ def b_formula(n, q, order):
     if terms == 0:
         return mpf(EVEN_MOMENTS[n // 2]) if n % 2 == 0 else mpf(0)
     if terms is None:  # integration by parts, as the recursion does it; exact but for rounding
-        return sum(-end * exp(-q * end) * sum(factorial(n) / factorial(n - k) * mpf(end) ** (n - k) / q ** (k + 1)
-                                              for k in range(n + 1)) for end in (1, -1))
+        return sum(
+            -end
+            * exp(-q * end)
+            * sum(factorial(n) / factorial(n - k) * mpf(end) ** (n - k) / q ** (k + 1) for k in range(n + 1))
+            for end in (1, -1)
+        )
     return 2 * sum((-q) ** k / ((n + 1 + k) * factorial(k)) for k in range(n % 2, terms, 2))
 
 
-B_POINTS = [1e-07, 1e-06, 1.0000001e-06, 0.01, 0.3, 0.5, 0.5000001, 0.75, 1.0, 1.0000001, 1.5, 2.0, 2.0000001, 2.5, 3.0,
-            3.0000001, 4.5, 12.0, 60.0, 99.999999]
+B_POINTS = [
+    1e-07,
+    1e-06,
+    1.0000001e-06,
+    0.01,
+    0.3,
+    0.5,
+    0.5000001,
+    0.75,
+    1.0,
+    1.0000001,
+    1.5,
+    2.0,
+    2.0000001,
+    2.5,
+    3.0,
+    3.0000001,
+    4.5,
+    12.0,
+    60.0,
+    99.999999,
+]
 B_ORDERS = [2, 5, 6, 7, 8, 10, 11, 19]
 A_POINTS = [1.0000001e-06, 0.001, 0.1, 0.9, 3.0, 12.0, 60.0, 99.999999]
 
@@ -83,17 +117,45 @@ def rows_b():
                 for n in sorted({0, 1, order - 1, order}):
                     if n not in exact:
                         exact[n] = b_exact(n, mpf(q))
-                    yield [text(q), str(order), str(n), str(b_terms(mpf(q), order) or 0), text(exact[n]),
-                           text(b_formula(n, mpf(q), order))]
+                    yield [
+                        text(q),
+                        str(order),
+                        str(n),
+                        str(b_terms(mpf(q), order) or 0),
+                        text(exact[n]),
+                        text(b_formula(n, mpf(q), order)),
+                    ]
 
 
 # --- the exponential integral
 
-LARGE = ["0.24999999", "-0.062498588", "0.031208561", "-0.022951979", "0.020412099", "-0.017555779", "0.011723273",
-         "-0.0049362007", "0.00094427614"]
-SMALL = ["-1", "0.25", "-0.05555552", "0.010416662", "-0.0016666906", "0.00023148392", "-2.833759e-05",
-         "3.099604e-06", "-3.0726221e-07", "2.763583e-08", "-2.1915699e-09", "1.6826592e-10", "-1.5798675e-11",
-         "1.0317602e-12"]
+LARGE = [
+    "0.24999999",
+    "-0.062498588",
+    "0.031208561",
+    "-0.022951979",
+    "0.020412099",
+    "-0.017555779",
+    "0.011723273",
+    "-0.0049362007",
+    "0.00094427614",
+]
+SMALL = [
+    "-1",
+    "0.25",
+    "-0.05555552",
+    "0.010416662",
+    "-0.0016666906",
+    "0.00023148392",
+    "-2.833759e-05",
+    "3.099604e-06",
+    "-3.0726221e-07",
+    "2.763583e-08",
+    "-2.1915699e-09",
+    "1.6826592e-10",
+    "-1.5798675e-11",
+    "1.0317602e-12",
+]
 
 
 def e1_exact(x):
@@ -106,18 +168,41 @@ def e1_formula(x):
     if x >= -4:
         if abs(x) < mpf(1e-06):
             return mpf("1e38")
-        return -log(abs(x)) - x * sum(mpf(c) * x ** k for k, c in enumerate(SMALL)) - mpf("0.57721566")
+        return -log(abs(x)) - x * sum(mpf(c) * x**k for k, c in enumerate(SMALL)) - mpf("0.57721566")
     a = -x
     total, term, k = log(a) + mpf("0.577215664901533") + a, a, 1
     while abs(term) > mpf("1e-06"):
         k += 1
-        term = a ** k / (k * factorial(k))
+        term = a**k / (k * factorial(k))
         total += term
     return -total
 
 
-E1_POINTS = [1.0000001e-06, 0.001, 0.5, 1.0, 2.5, 3.9999999, 4.0, 4.0000001, 6.0, 20.0, 80.0, -1.0000001e-06, -0.001,
-             -0.37, -0.38, -1.0, -2.5, -3.9999999, -4.0, -4.0000001, -6.0, -20.0, -80.0]
+E1_POINTS = [
+    1.0000001e-06,
+    0.001,
+    0.5,
+    1.0,
+    2.5,
+    3.9999999,
+    4.0,
+    4.0000001,
+    6.0,
+    20.0,
+    80.0,
+    -1.0000001e-06,
+    -0.001,
+    -0.37,
+    -0.38,
+    -1.0,
+    -2.5,
+    -3.9999999,
+    -4.0,
+    -4.0000001,
+    -6.0,
+    -20.0,
+    -80.0,
+]
 
 
 def rows_e1():
@@ -142,10 +227,11 @@ def rows_pair():
 
 # --- Coulomb integrals
 
+
 def screened(n, zeta, r):
     """r times the potential of a cloud at the distance r."""
     s = 2 * zeta * r
-    return 1 - exp(-s) * sum(s ** k / factorial(k) * (1 - mpf(k) / (2 * n)) for k in range(2 * n))
+    return 1 - exp(-s) * sum(s**k / factorial(k) * (1 - mpf(k) / (2 * n)) for k in range(2 * n))
 
 
 def distribution(n, zeta, r):
@@ -155,8 +241,11 @@ def distribution(n, zeta, r):
 def screened_integral(n, zeta, low, high):
     """Integral of the screened charge from low to high: by spherical averages the potential around another centre."""
     b = 2 * zeta
-    return high - low - sum((1 - mpf(k) / (2 * n)) / factorial(k) * gammainc(k + 1, b * low, b * high) / b
-                            for k in range(2 * n))
+    return (
+        high
+        - low
+        - sum((1 - mpf(k) / (2 * n)) / factorial(k) * gammainc(k + 1, b * low, b * high) / b for k in range(2 * n))
+    )
 
 
 def breaks(n, zeta, distance):
@@ -172,12 +261,25 @@ def coulomb_exact(n1, n2, zeta1, zeta2, distance):
             return mpf(0)
         low, high = abs(r - distance), r + distance
         return distribution(n1, zeta1, r) * screened_integral(n2, zeta2, low, high) / (2 * r * distance)
+
     with mp.workdps(22):
         return quad(integrand, breaks(n1, zeta1, distance), method="gauss-legendre")
 
 
-ORDERS = {(1, 1): 7, (1, 2): 9, (1, 3): 10, (1, 4): 12, (1, 5): 14, (2, 2): 10, (2, 3): 13, (2, 4): 14, (2, 5): 16,
-          (3, 3): 14, (3, 4): 16, (3, 5): 18}
+ORDERS = {
+    (1, 1): 7,
+    (1, 2): 9,
+    (1, 3): 10,
+    (1, 4): 12,
+    (1, 5): 14,
+    (2, 2): 10,
+    (2, 3): 13,
+    (2, 4): 14,
+    (2, 5): 16,
+    (3, 3): 14,
+    (3, 4): 16,
+    (3, 5): 18,
+}
 
 
 def a_closed(n, p):
@@ -193,32 +295,70 @@ def coulomb_formula(n1, n2, zeta1, zeta2, distance):
 
     def product(i, j):
         return a_closed(i, p) * b_formula(j, q, order)
+
     if (n1, n2) == (1, 1):
         s1 = product(0, 1) + product(1, 0)
         s2 = product(0, 2) - product(2, 0)
         s3 = product(0, 1) - 3 * product(1, 0) + 4 * product(0, 0)
-        terms = [(0, 0, 64), (1, 0, -32 * product(0, 0)), (2, 0, -16 * product(0, 0)), (3, 0, -4 * s1), (4, 0, s2),
-                 (1, 1, 16 * (2 * product(0, 1) + product(0, 0))), (2, 1, 4 * s3), (3, 1, 2 * s2), (1, 2, 4 * s3),
-                 (0, 3, -4 * s1), (1, 3, -2 * s2), (0, 4, -s2)]
-        return sum(p ** i * q ** j * c for i, j, c in terms) / (64 * distance)
+        terms = [
+            (0, 0, 64),
+            (1, 0, -32 * product(0, 0)),
+            (2, 0, -16 * product(0, 0)),
+            (3, 0, -4 * s1),
+            (4, 0, s2),
+            (1, 1, 16 * (2 * product(0, 1) + product(0, 0))),
+            (2, 1, 4 * s3),
+            (3, 1, 2 * s2),
+            (1, 2, 4 * s3),
+            (0, 3, -4 * s1),
+            (1, 3, -2 * s2),
+            (0, 4, -s2),
+        ]
+        return sum(p**i * q**j * c for i, j, c in terms) / (64 * distance)
     a, b = 2 * zeta1, 2 * zeta2
     total = mpf(0)
     for k in range(2 * n1):
         weight = (a * distance / 2) ** k / factorial(k) * (1 - mpf(k) / (2 * n1))
         for x in range(2 * n2):  # powers of eta from (xi - eta)^(2 n2 - 1) and from (xi + eta)^k
             for y in range(k + 1):
-                total += (weight * (-1) ** x * binomial(2 * n2 - 1, x) * binomial(k, y) *
-                          product(2 * n2 - 1 + k - x - y, x + y))
+                total += (
+                    weight
+                    * (-1) ** x
+                    * binomial(2 * n2 - 1, x)
+                    * binomial(k, y)
+                    * product(2 * n2 - 1 + k - x - y, x + y)
+                )
     c2 = b ** (2 * n2 + 1) / factorial(2 * n2)
     return screened(n2, zeta2, distance) / distance - distance / 4 * c2 * (distance / 2) ** (2 * n2 - 1) * total
 
 
 # |q| around every switch of B, and on the last two lines short and long distances
-COULOMB_POINTS = [(1.0, 1.0, 2.0), (1.0000005, 1.0, 1.0), (1.25, 1.2500003, 4.0), (1.1, 1.45, 2.3),
-                  (1.3, 1.1, 1.5), (1.5, 1.25, 2.0), (1.5000001, 1.25, 2.0), (1.0, 1.4, 2.0), (1.5, 1.0, 2.0),
-                  (1.0, 1.5000001, 2.0), (1.9, 1.15, 2.0), (1.0, 2.0, 2.0), (2.0000001, 1.0, 2.0), (1.35, 2.65, 2.0),
-                  (2.5, 1.0, 2.0), (1.0, 2.5000001, 2.0), (2.4, 1.2, 6.5), (0.8, 3.2, 8.0), (1.3, 1.625, 0.00101),
-                  (1.3, 1.625, 0.05), (1.3, 1.625, 0.5), (1.3, 1.5, 20.0), (1.25, 1.2499, 40.0), (1.3, 1.6, 99.0)]
+COULOMB_POINTS = [
+    (1.0, 1.0, 2.0),
+    (1.0000005, 1.0, 1.0),
+    (1.25, 1.2500003, 4.0),
+    (1.1, 1.45, 2.3),
+    (1.3, 1.1, 1.5),
+    (1.5, 1.25, 2.0),
+    (1.5000001, 1.25, 2.0),
+    (1.0, 1.4, 2.0),
+    (1.5, 1.0, 2.0),
+    (1.0, 1.5000001, 2.0),
+    (1.9, 1.15, 2.0),
+    (1.0, 2.0, 2.0),
+    (2.0000001, 1.0, 2.0),
+    (1.35, 2.65, 2.0),
+    (2.5, 1.0, 2.0),
+    (1.0, 2.5000001, 2.0),
+    (2.4, 1.2, 6.5),
+    (0.8, 3.2, 8.0),
+    (1.3, 1.625, 0.00101),
+    (1.3, 1.625, 0.05),
+    (1.3, 1.625, 0.5),
+    (1.3, 1.5, 20.0),
+    (1.25, 1.2499, 40.0),
+    (1.3, 1.6, 99.0),
+]
 
 
 def rows_coulomb():
@@ -227,19 +367,23 @@ def rows_coulomb():
             zeta1, zeta2, distance = (mpf(x) for x in point)
             yield [str(n1), str(n2)] + [text(x) for x in point] + [
                 text(coulomb_exact(n1, n2, zeta1, zeta2, distance)),
-                text(coulomb_formula(n1, n2, zeta1, zeta2, distance))]
+                text(coulomb_formula(n1, n2, zeta1, zeta2, distance)),
+            ]
 
 
 def rows_one_centre():
     for n1 in (1, 2, 3):
         for n2 in (1, 2, 3, 5):
             for zeta1, zeta2 in ((1.0, 1.0), (1.3, 0.7), (0.4, 2.9)):
-                value = quad(lambda r: distribution(n1, mpf(zeta1), r) * screened(n2, mpf(zeta2), r) / r if r else
-                             mpf(0), breaks(n1, mpf(zeta1), mpf(1)))
+                value = quad(
+                    lambda r: distribution(n1, mpf(zeta1), r) * screened(n2, mpf(zeta2), r) / r if r else mpf(0),
+                    breaks(n1, mpf(zeta1), mpf(1)),
+                )
                 yield [str(n1), str(n2), text(zeta1), text(zeta2), text(value)]
 
 
 # --- overlaps
+
 
 def gauss_legendre(count):
     nodes = []
@@ -265,11 +409,17 @@ def gauss_laguerre(count):
 
 
 # x, y, z over r; in the order of the orbitals of an atom
-ANGULAR = [lambda x, y, z: mpf(1),
-           lambda x, y, z: sqrt(3) * x, lambda x, y, z: sqrt(3) * y, lambda x, y, z: sqrt(3) * z,
-           lambda x, y, z: sqrt(5) / 2 * (3 * z * z - 1), lambda x, y, z: sqrt(15) * x * z,
-           lambda x, y, z: sqrt(15) * y * z, lambda x, y, z: sqrt(15) / 2 * (x * x - y * y),
-           lambda x, y, z: sqrt(15) * x * y]
+ANGULAR = [
+    lambda x, y, z: mpf(1),
+    lambda x, y, z: sqrt(3) * x,
+    lambda x, y, z: sqrt(3) * y,
+    lambda x, y, z: sqrt(3) * z,
+    lambda x, y, z: sqrt(5) / 2 * (3 * z * z - 1),
+    lambda x, y, z: sqrt(15) * x * z,
+    lambda x, y, z: sqrt(15) * y * z,
+    lambda x, y, z: sqrt(15) / 2 * (x * x - y * y),
+    lambda x, y, z: sqrt(15) * x * y,
+]
 
 
 def orbital_values(n, kinds, zeta, vector, r):
@@ -289,8 +439,11 @@ def overlap_blocks(n1, n2, kinds, zeta1, zeta2, vector):
     side = [h - along * a for h, a in zip(helper, axis)]
     length = sqrt(sum(c * c for c in side))
     side = [c / length for c in side]
-    other = [axis[1] * side[2] - axis[2] * side[1], axis[2] * side[0] - axis[0] * side[2],
-             axis[0] * side[1] - axis[1] * side[0]]
+    other = [
+        axis[1] * side[2] - axis[2] * side[1],
+        axis[2] * side[0] - axis[0] * side[2],
+        axis[0] * side[1] - axis[1] * side[0],
+    ]
     p = (zeta1 + zeta2) * distance / 2
     q = (zeta1 - zeta2) * distance / 2
     sums = {pair_of_kinds: mpf(0) for pair_of_kinds in kinds}
@@ -300,8 +453,18 @@ def overlap_blocks(n1, n2, kinds, zeta1, zeta2, vector):
             ra, rb = distance * (xi + eta) / 2, distance * (xi - eta) / 2
             height = distance * (1 + xi * eta) / 2
             radius = distance / 2 * sqrt((xi * xi - 1) * (1 - eta * eta))
-            weight = (x_weight * exp(-p) / p * eta_weight * exp(-q * eta) * (distance / 2) ** 3 *
-                      (xi * xi - eta * eta) * 2 * pi / PHI_NODES)
+            weight = (
+                x_weight
+                * exp(-p)
+                / p
+                * eta_weight
+                * exp(-q * eta)
+                * (distance / 2) ** 3
+                * (xi * xi - eta * eta)
+                * 2
+                * pi
+                / PHI_NODES
+            )
             for k in range(PHI_NODES):
                 phi = 2 * pi * k / PHI_NODES
                 va = [height * a + radius * (cos(phi) * s + sin(phi) * o) for a, s, o in zip(axis, side, other)]
@@ -315,8 +478,12 @@ def overlap_blocks(n1, n2, kinds, zeta1, zeta2, vector):
 
 PHI_NODES = 6
 PAIRS_OF_SHELLS = [(1, 1), (1, 2), (2, 1), (1, 3), (2, 2), (2, 3), (3, 2), (3, 3)]
-OVERLAP_POINTS = [(1.3, 1.1, (0.0, 0.0, 1.9)), (1.2, 1.9, (0.0, 0.0, -2.2)), (1.625, 1.95, (1.1, -1.7, 1.4)),
-                  (2.2, 1.0, (-1.9, 0.8, -3.1))]
+OVERLAP_POINTS = [
+    (1.3, 1.1, (0.0, 0.0, 1.9)),
+    (1.2, 1.9, (0.0, 0.0, -2.2)),
+    (1.625, 1.95, (1.1, -1.7, 1.4)),
+    (2.2, 1.0, (-1.9, 0.8, -3.1)),
+]
 
 
 def kinds_of(n1, n2, tilted):
@@ -324,8 +491,26 @@ def kinds_of(n1, n2, tilted):
     if tilted:  # all of the smaller shell pairs, a choice of the larger ones
         chosen = [(a, b) for a in range(count1) for b in range(count2)]
         return chosen if len(chosen) <= 16 else chosen[::2] if len(chosen) < 50 else chosen[::4]
-    return [(0, 0), (0, 3), (3, 0), (3, 3), (1, 1), (2, 2), (0, 4), (4, 0), (3, 4), (4, 3), (1, 5), (5, 1), (2, 6),
-            (4, 4), (5, 5), (6, 6), (7, 7), (8, 8)]
+    return [
+        (0, 0),
+        (0, 3),
+        (3, 0),
+        (3, 3),
+        (1, 1),
+        (2, 2),
+        (0, 4),
+        (4, 0),
+        (3, 4),
+        (4, 3),
+        (1, 5),
+        (5, 1),
+        (2, 6),
+        (4, 4),
+        (5, 5),
+        (6, 6),
+        (7, 7),
+        (8, 8),
+    ]
 
 
 def rows_overlap():
@@ -340,9 +525,16 @@ def rows_overlap():
             sums = overlap_blocks(n1, n2, kinds, mpf(zeta1), mpf(zeta2), [mpf(c) for c in vector])
             for kind1, kind2 in kinds:
                 value = sums[kind1, kind2]
-                yield [str(n1), str(n2), str(kind1), str(kind2), text(zeta1), text(zeta2),
-                       "{" + ", ".join(text(c) for c in vector) + "}",
-                       text(value) if abs(value) > mpf("1e-18") else "0.0"]
+                yield [
+                    str(n1),
+                    str(n2),
+                    str(kind1),
+                    str(kind2),
+                    text(zeta1),
+                    text(zeta2),
+                    "{" + ", ".join(text(c) for c in vector) + "}",
+                    text(value) if abs(value) > mpf("1e-18") else "0.0",
+                ]
     mp.dps = 30
 
 
