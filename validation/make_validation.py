@@ -10,29 +10,20 @@ status is 1 if a published result isn't met.
 import argparse
 import csv
 import json
-import os
 import pathlib
 import re
-import subprocess
 import sys
 import tempfile
 
 sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "python"))
+from molecule_runs import CONVERGENCE, ROOT, Runner
 from shielding_table import shielding_section
 
 HERE = pathlib.Path(__file__).resolve().parent
-ROOT = HERE.parent
 PAGE = ROOT / "docs" / "validation.md"
 
-CONVERGENCE = "1e-6"  # kcal/mol
-ITERATIONS = 400
-MAGNETIC_LIMIT = 1e-6  # of the last change in the response to a magnetic field
 ISOTOPE_G = {"14N": 0.4037610, "15N": -0.5663777}  # for a measurement of another isotope than the parameters have
-WANTED = {
-    "coupling": ["CalculateShielding = no"],
-    "shielding": ["CalculateShielding = yes", "ComputeThreeCenterTerms = yes", "CalculateCoupling = no"],
-}
-BOND_LETTERS = {1: "s", 2: "d", 3: "t", 1.5: "a"}
 
 # Directions of a molecular axis: along the axes, in a plane of them, and in general.
 DIRECTIONS = [
@@ -55,103 +46,6 @@ HYDROXIDE = {
     "bonds": [[1, 2, 1]],
     "geometries": [{"kind": "experimental", "source": "r_e", "xyz": [[0, 0, 0], [0, 0, 0.964]]}],
 }
-
-
-class Result:
-    """What one run has printed."""
-
-    def __init__(self, log, output, atoms):
-        differences = re.findall(r"^Iteration = \d+ Difference = (\S+)", log, re.M)
-        self.iterations = len(differences)
-        self.converged = 1 < self.iterations < ITERATIONS
-        self.accelerated = "convergence?  Yes" in log
-        self.energy = float(re.search(r"Total Energy\s+=\s+(\S+) \(a\.u\.\)", log).group(1))
-        dipole = re.search(r"^\s+Sum\s+\S+\s+\S+\s+\S+\s+(\S+)", log, re.M)
-        self.dipole = float(dipole.group(1)) if dipole else 0.0
-        responses = {}
-        for atom, iteration in re.findall(r"^Perturbed atom (\d+):  Iter = (\d+)", log, re.M):
-            responses[atom] = int(iteration)
-        self.responses = len(responses) == atoms and max(responses.values()) < ITERATIONS - 1
-        remainders = {}
-        for axis, remainder in re.findall(r"^Perturbed ([xyz]):  Iter = \d+  Diff = (\S+)", log, re.M):
-            remainders[axis] = float(remainder)
-        self.magnetic = all(remainder < MAGNETIC_LIMIT for remainder in remainders.values())
-        rows = output.split("COUPLING\n")[1].splitlines()[:atoms]
-        self.couplings = [[float(value) for value in row.split()] for row in rows]
-        self.shieldings = [float(value) for value in output.split("SHIELDING\n")[1].splitlines()[0].split()]
-
-    def mean_coupling(self, pairs):
-        """Over the pairs "i-j j-k ...", each in both directions."""
-        values = []
-        for pair in pairs.split():
-            i, j = (int(number) - 1 for number in pair.split("-"))
-            values += [self.couplings[i][j], self.couplings[j][i]]
-        return sum(values) / len(values)
-
-    def mean_shielding(self, atoms):
-        values = [self.shieldings[int(number) - 1] for number in atoms.split()]
-        return sum(values) / len(values)
-
-
-def write_input(path, molecule, positions, method, accelerate, wanted):
-    elements = molecule["elements"]
-    neighbours = [[] for _ in elements]
-    for i, j, order in molecule["bonds"]:
-        neighbours[i - 1].append(f"{j} {BOND_LETTERS[order]}")
-        neighbours[j - 1].append(f"{i} {BOND_LETTERS[order]}")
-    lines = [
-        f"SemiEmpiricalMethod = {method}",
-        f"TotalCharge = {molecule['charge']}",
-        f"SCFConvergenceLimit = {CONVERGENCE}",
-        f"SCFIterationLimit = {ITERATIONS}",
-        f"SCFAccelerateConvergence = {accelerate}",
-        *WANTED[wanted],
-        "NMRSelectionBegin",
-        f"{len(elements)}",
-    ]
-    lines += [f"mol 1 atom {number + 1}" for number in range(len(elements))]
-    lines += ["NMRSelectionEnd", "AtomsBegin", f"{len(elements)}", "mol 1"]
-    for number, (element, (x, y, z)) in enumerate(zip(elements, positions)):
-        bonds = neighbours[number]
-        lines.append(
-            f"atom {number + 1} {element} {element} {element} - 0.0 {x:.8f} {y:.8f} {z:.8f} "
-            f"{len(bonds)} {' '.join(bonds)}"
-        )
-    path.write_text("\n".join(lines + ["AtomsEnd", ""]))
-
-
-class Runner:
-    """Runs the program; the same run only once."""
-
-    def __init__(self, program, folder):
-        self.program = pathlib.Path(program).resolve()
-        self.folder = pathlib.Path(folder)
-        self.results = {}
-        self.runs = 0
-        os.symlink(ROOT / "parameters", self.folder / "parameters")
-
-    def run_once(self, molecule, positions, method, accelerate, wanted):
-        self.runs += 1
-        work = self.folder / f"run{self.runs}"
-        work.mkdir()
-        write_input(work / "nmrparam.in", molecule, positions, int(method[-1]), accelerate, wanted)
-        subprocess.run(
-            [self.program, "parameters", work.name, "1", f"{work.name}/run.log"], cwd=self.folder, check=True
-        )
-        output = (work / "nmrparam.out").read_text()
-        if not output.startswith("Results"):
-            sys.exit(f"{molecule['elements']}: {output}")
-        return Result((work / "run.log").read_text(), output, len(molecule["elements"]))
-
-    def run(self, molecule, positions, method, wanted="coupling"):
-        """A field that doesn't converge gets a second try with the Fock matrix extrapolated."""
-        key = json.dumps([molecule["elements"], molecule["charge"], positions, method, wanted])
-        if key not in self.results:
-            result = self.run_once(molecule, positions, method, "no", wanted)
-            if not result.converged:
-                result = self.run_once(molecule, positions, method, "yes", wanted)
-            self.results[key] = result
-        return self.results[key]
 
 
 def geometry_of(molecule, kind):

@@ -1,8 +1,19 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-# Writes helix.in: a peptide of 30 alanines and a glycine as a right-handed alpha helix, from usual bond lengths and
-# angles. 310 atoms, 775 orbitals, no two atoms further apart than the integrals reach. Usage: make_helix.py > helix.in
+"""Writes helix.in: a peptide of 30 alanines and a glycine as a right-handed alpha helix, from usual bond lengths and
+angles. 310 atoms, 775 orbitals, no two atoms further apart than the integrals reach.
+
+With --check it writes nothing, and exits with 1 if the file isn't what it would write.
+"""
 import math
+import pathlib
+import sys
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "python"))
+from generated_files import write_or_check
+
+TARGET = pathlib.Path(__file__).resolve().parent / "helix.in"
 
 ALANINES = 30
 PHI, PSI, OMEGA = -57.0, -47.0, 180.0  # degrees
@@ -81,21 +92,24 @@ def make_peptide():
         n, alpha, carbon = next_n, next_alpha, next_carbon
 
 
-def main():
+def make_files():
     chain = make_peptide()
-    print("; A peptide of 30 alanines and a glycine, 310 atoms")
-    print("; Geometry: right-handed alpha helix from usual bond lengths and angles, made by make_helix.py")
-    print(f"AtomsBegin\n{len(chain.atoms)}")
-    print("; atom, number, name, element, type, flags, charge, x, y, z in Angstrom, neighbours with bond letters")
-    print("mol 1 helix")
-    for number, (element, position) in enumerate(chain.atoms):
+    lines = [
+        "; A peptide of 30 alanines and a glycine, 310 atoms",
+        "; Geometry: right-handed alpha helix from usual bond lengths and angles, made by make_helix.py",
+        "AtomsBegin",
+        str(len(chain.atoms)),
+        "; atom, number, name, element, type, flags, charge, x, y, z in Angstrom, neighbours with bond letters",
+        "mol 1 helix",
+    ]
+    for number, (element, (x, y, z)) in enumerate(chain.atoms):
         bonds = " ".join(f"{other + 1} {order}" for other, order in sorted(chain.neighbours[number]))
-        x, y, z = position
-        print(
+        lines.append(
             f"atom {number + 1:3} {element + str(number + 1):4} {element:2} {element:2} -  0.0 "
             f"{x:10.5f} {y:10.5f} {z:10.5f}  {len(chain.neighbours[number])}  {bonds}"
         )
-    print("endmol 1\nAtomsEnd")
+    return {TARGET: "\n".join([*lines, "endmol 1", "AtomsEnd", ""])}
 
 
-main()
+if __name__ == "__main__":
+    sys.exit(write_or_check(make_files))

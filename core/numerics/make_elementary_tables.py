@@ -7,11 +7,15 @@ With --check it writes nothing, and exits with 1 if the file isn't what it would
 Values are computed in integers with 1400 binary digits after the point, and rounded once, when they are written. A
 value that takes two doubles is the nearest double and the nearest double to what is left.
 """
-import os
+import pathlib
 import sys
 from fractions import Fraction
 
-TARGET = os.path.join(os.path.dirname(os.path.abspath(__file__)), "elementary_tables.h")
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "python"))
+from generated_files import write_or_check
+
+TARGET = pathlib.Path(__file__).resolve().parent / "elementary_tables.h"
 DIGITS = 1400
 ONE = 1 << DIGITS
 EXPONENTIAL_STEPS = 64  # of a factor of 2
@@ -128,7 +132,7 @@ def logarithm_row(j):
     return [inverse] + two_doubles(-logarithm(int(Fraction(inverse) * ONE)))
 
 
-def generated():
+def make_files():
     ln2 = -logarithm(ONE // 2)
     ln10 = 3 * ln2 + logarithm(ONE * 5 // 4)
     out = HEAD
@@ -162,23 +166,8 @@ def generated():
     words = [f"0x{bits >> 32 * (WORDS - 1 - i) & 0xffffffff:08x}" for i in range(WORDS)]
     out += "// 2/pi, the first word being that of 2^-32.\n"
     out += table(f"std::uint32_t TwoOverPi[{WORDS}]", [", ".join(words[i : i + 8]) for i in range(0, WORDS, 8)])
-    return out.rstrip("\n") + "\n"
-
-
-def main():
-    if sys.argv[1:] == ["--check"]:
-        with open(TARGET, encoding="ascii") as file:
-            if file.read() != generated():
-                print("elementary_tables.h isn't what make_elementary_tables.py makes", file=sys.stderr)
-                return 1
-        return 0
-    if sys.argv[1:]:
-        print("usage: make_elementary_tables.py [--check]", file=sys.stderr)
-        return 2
-    with open(TARGET, "w", encoding="ascii", newline="\n") as file:
-        file.write(generated())
-    return 0
+    return {TARGET: out.rstrip("\n") + "\n"}
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(write_or_check(make_files))

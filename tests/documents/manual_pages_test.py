@@ -19,7 +19,14 @@ import sys
 import tempfile
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "python"))
+from velkoran_runs.log import PROGRESS, field_differences
+from velkoran_runs.parameter_files import FILE_NAMES
+from velkoran_runs.program import RunKind, make_run, start_run
+from velkoran_runs.results import parse_parameter_result, parse_spectrum_result, refusal_of
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
 PAGES = [
     "velkoran.1",
     "nmrparam.in.5",
@@ -31,8 +38,6 @@ PAGES = [
     "nmr_cupl.abp.5",
     "velkoran-log.5",
 ]
-PARAMETER_FILES = ["nmrtype.txt", "nmr_shft.abp", "nmr_cupl.abp"]
-PROGRESS = re.compile(r"Iteration = |Perturbed ")  # what three dots in a log may stand for
 RUN_LIMIT = 100  # seconds, of a run in a build with sanitizers
 
 STRING = r'"(?:[^"\\]|\\.)*"'
@@ -139,7 +144,7 @@ class ManualPages(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
-        self.write("parameters", *PARAMETER_FILES)
+        self.write("parameters", *FILE_NAMES)
         self.write("water", "nmrparam.in")
         self.write("chloro", "nmrspect.in")
 
@@ -163,6 +168,12 @@ class ManualPages(unittest.TestCase):
         )
         self.assertEqual(done.stderr, "")
         return done.stdout
+
+    def run_program(self, work, kind, parameters="parameters"):
+        """Output and log of a run in a work folder, without an older output or log."""
+        texts = make_run(program, parameters, work, kind, f"{work}/run.log", folder=self.folder, seconds=RUN_LIMIT)
+        self.assertEqual(texts.complaint, "")
+        return texts.output, texts.log
 
     def test_every_page_is_tested(self):
         self.assertEqual(sorted(path.name for path in (ROOT / "man").iterdir()), sorted(PAGES))
@@ -209,37 +220,29 @@ class ManualPages(unittest.TestCase):
                 self.assertTrue(found, f"{name}: the example {label!r} reads otherwise than it is tested")
 
     def test_parameter_run(self):
-        self.shell("velkoran parameters water 1 water/run.log")
-        self.assertEqual((self.folder / "water" / "nmrparam.out").read_text(), self.text("nmrparam.out"))
-        match_log(
-            self, self.examples["log of nmrparam.in"], (self.folder / "water" / "run.log").read_text().splitlines()
-        )
+        output, log = self.run_program("water", RunKind.PARAMETER)
+        self.assertEqual(output, self.text("nmrparam.out"))
+        match_log(self, self.examples["log of nmrparam.in"], log.splitlines())
 
     def test_parameter_run_with_the_parameters_of_the_project(self):
         shutil.copytree(ROOT / "parameters", self.folder / "all")
-        self.shell("velkoran all water 1")
-        self.assertEqual((self.folder / "water" / "nmrparam.out").read_text(), self.text("nmrparam.out"))
+        output, _ = self.run_program("water", RunKind.PARAMETER, "all")
+        self.assertEqual(output, self.text("nmrparam.out"))
 
     def test_spectrum_run(self):
-        self.shell("velkoran parameters chloro 2 chloro/run.log")
-        self.assertEqual((self.folder / "chloro" / "nmrspect.out").read_text(), self.text("nmrspect.out"))
-        match_log(
-            self, self.examples["log of nmrspect.in"], (self.folder / "chloro" / "run.log").read_text().splitlines()
-        )
+        output, log = self.run_program("chloro", RunKind.SPECTRUM)
+        self.assertEqual(output, self.text("nmrspect.out"))
+        match_log(self, self.examples["log of nmrspect.in"], log.splitlines())
 
     def test_commands(self):
         for label in ["commands", "spectrum commands"]:
             self.assertEqual(self.shell(self.text(label)), self.text(label + " output"))
         self.assertEqual(self.shell(self.text("log commands"), self.folder / "water"), self.text("log commands output"))
 
-    def run_water(self, change, folder="water", parameters="parameters"):
-        """Result and log of the input of the page after a change of its text; no log, no old result before."""
-        where = self.folder / folder
-        for name in ["nmrparam.out", "run.log"]:
-            (where / name).unlink(missing_ok=True)
-        (where / "nmrparam.in").write_text(change(self.text("nmrparam.in")))
-        self.shell(f"velkoran {parameters} {folder} 1 {folder}/run.log")
-        return (where / "nmrparam.out").read_text(), (where / "run.log").read_text()
+    def run_water(self, change):
+        """Output and log of the input of the page after a change of its text."""
+        (self.folder / "water" / "nmrparam.in").write_text(change(self.text("nmrparam.in")))
+        return self.run_program("water", RunKind.PARAMETER)
 
     def test_values_are_taken_as_the_page_says(self):
         shown = {
@@ -271,16 +274,14 @@ class ManualPages(unittest.TestCase):
 
     def test_two_atoms_at_one_place_give_an_ordinary_looking_result(self):
         result, log = self.run_water(lambda text: text.replace("-0.7572", "0.7572"))
-        lines = result.splitlines()
-        couplings = [[float(word) for word in line.split()] for line in lines[lines.index("COUPLING") + 1 :]]
-        self.assertEqual(round(couplings[1][2]), 106)  # Hz, the figure of docs/method.md
-        self.assertLess(float(re.findall("Difference = (.*)", log)[-1]), 1e-5)
+        self.assertEqual(round(parse_parameter_result(result).couplings[1][2]), 106)  # Hz, the figure of docs/method.md
+        self.assertLess(field_differences(log)[-1], 1e-5)
         self.assertNotIn("Iter = 199 ", log)
 
     def test_backslash_at_the_end_of_the_parameter_directory(self):
-        self.write("pp", *PARAMETER_FILES)
+        self.write("pp", *FILE_NAMES)
         (self.folder / "w").mkdir()
-        self.assertTrue(self.run_at("pp", "w\\").startswith("ERRMSG: "))
+        self.assertIsNotNone(refusal_of(self.run_at("pp", "w\\")))
         for directory in ["pp\\", "pp/"]:
             for work in ["w", "w/", "w\\"]:
                 self.assertEqual(self.run_at(directory, work), self.text("nmrparam.out"), f"{directory} {work}")
@@ -290,7 +291,8 @@ class ManualPages(unittest.TestCase):
         output = self.folder / "w" / "nmrparam.out"
         output.unlink(missing_ok=True)
         (self.folder / "w" / "nmrparam.in").write_text(self.text("nmrparam.in"))
-        self.shell(f"velkoran '{directory}' '{work}' 1")
+        with start_run(program, directory, work, RunKind.PARAMETER, folder=self.folder) as process:
+            self.assertEqual(process.wait(RUN_LIMIT), 0)
         return output.read_text()
 
     def spectrum(self, *changes):
@@ -300,9 +302,8 @@ class ManualPages(unittest.TestCase):
             self.assertEqual(text.count(old), 1, old)
             text = text.replace(old, new)
         (self.folder / "chloro" / "nmrspect.in").write_text(text)
-        self.shell("velkoran parameters chloro 2")
-        lines = (self.folder / "chloro" / "nmrspect.out").read_text().splitlines()[3:]
-        return [tuple(map(float, line.split()[:2])) for line in lines]
+        output, _ = self.run_program("chloro", RunKind.SPECTRUM)
+        return [(line.frequency, line.intensity) for line in parse_spectrum_result(output)]
 
     def test_every_mass_number_is_a_spin_of_one_half(self):
         # a pair of unlike isotopes is of first order: doublets, where a spin 1 would split its neighbour into three
@@ -337,8 +338,7 @@ class ManualPages(unittest.TestCase):
         def couplings(options):
             change = f"{options}\nCalculateShielding = no\n"
             text = re.sub(r"^SCF.*\n", "", self.text("nmrparam.in"), flags=re.M)
-            lines = self.run_water(lambda _: change + text)[0].splitlines()
-            return [[float(word) for word in line.split()] for line in lines[lines.index("COUPLING") + 1 :]]
+            return parse_parameter_result(self.run_water(lambda _: change + text)[0]).couplings
 
         converged = couplings("SCFConvergenceLimit = 1e-6\nSCFIterationLimit = 200")
         for options, least, most in [

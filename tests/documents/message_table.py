@@ -16,15 +16,21 @@ import os
 import pathlib
 import re
 import shutil
-import subprocess
 import sys
 import tempfile
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "python"))
+from velkoran_runs.program import RunKind, make_run
+from velkoran_runs.results import REFUSAL
+from velkoran_runs.texts import read_text, read_text_if_there
 
 TESTS = pathlib.Path(__file__).resolve().parent.parent
 ROOT = TESTS.parent
 CATALOGUE = ROOT / "core" / "resources" / "message_catalogue.inc"
 PAGE = ROOT / "docs" / "messages.md"
 
+PARAMETER, SPECTRUM = RunKind.PARAMETER, RunKind.SPECTRUM
 RUN_LIMIT = 100  # seconds, of a run in a build with sanitizers
 EMPTY_LINE = 8552  # the two numbers in use that have no text
 SILENT_STOP = 24834
@@ -107,15 +113,11 @@ LITERAL = r'"((?:[^"\\]|\\.)*)"'
 LITERAL_ROW = re.compile(r'(?:"(?:[^"\\]|\\.)*"\s*)+')  # literals that the compiler joins
 
 
-def read(path):
-    return path.read_bytes().decode("latin-1")
-
-
 def catalogue():
     """Number to text, as they stand in the source."""
-    lines = re.findall(r'^CATALOGUE_TEXT\((\d+), "(.*)"\)$', read(CATALOGUE), re.M)
+    lines = re.findall(r'^CATALOGUE_TEXT\((\d+), "(.*)"\)$', read_text(CATALOGUE), re.M)
     texts = {int(number): text for number, text in lines}
-    if len(lines) != len(texts) or len(lines) != read(CATALOGUE).count("CATALOGUE_TEXT("):
+    if len(lines) != len(texts) or len(lines) != read_text(CATALOGUE).count("CATALOGUE_TEXT("):
         sys.exit("message_table: the catalogue can't be read")
     return texts
 
@@ -153,7 +155,7 @@ def numbers_in_code():
     found = {}
     for folder in sorted(path for path in (ROOT / "core").iterdir() if path.name != "resources"):
         for path in sorted(folder.glob("*.*")):
-            source = without_comments(read(path))
+            source = without_comments(read_text(path))
             constants = dict(re.findall(r"constexpr int (\w+) = (\d+);", source))
             for call in re.finditer(r"\b(%s)\s*\(" % "|".join([*KINDS, *FORWARDERS]), source):
                 argument = first_argument(source, call.end())
@@ -174,28 +176,21 @@ def numbers_in_code():
 
 def run_labelled(program, folder, kind, parameters):
     """Runs a folder; its output file and its log, None where there is none, with <INPUT> and <PARAMETERS> for paths."""
-    name = "nmrspect" if kind == 2 else "nmrparam"
+    name = kind.input_name
     with tempfile.TemporaryDirectory() as temporary:
         work = pathlib.Path(temporary)
         shutil.copytree(parameters, work / "p")
-        source = folder / (name + ".in")
-        if source.is_dir():
-            (work / source.name).mkdir()
-        elif source.exists():
-            shutil.copyfile(source, work / source.name)
-        subprocess.run([program, work / "p", work, str(kind), work / "run.log"], check=True, timeout=RUN_LIMIT)
-        paths = {str(work) + "\\" + source.name: "<INPUT>", str(work / "p"): "<PARAMETERS>"}
-        texts = []
-        for path in [work / (name + ".out"), work / "run.log"]:
-            text = read(path) if path.exists() else None
-            for part, replacement in paths.items():
-                text = text.replace(part, replacement) if text is not None else None
-            texts.append(text)
+        if (folder / name).is_dir():
+            (work / name).mkdir()
+        elif (folder / name).exists():
+            shutil.copyfile(folder / name, work / name)
+        made = make_run(program, work / "p", work, kind, work / "run.log", seconds=RUN_LIMIT)
+    texts = []
+    for text in [made.output, made.log]:
+        for part, replacement in {f"{work}\\{name}": "<INPUT>", str(work / "p"): "<PARAMETERS>"}.items():
+            text = text.replace(part, replacement) if text is not None else None
+        texts.append(text)
     return texts
-
-
-def expected_text(path):
-    return read(path) if path.exists() else None
 
 
 def numbers_of_folder(program, folder, kind, exact):
@@ -205,7 +200,7 @@ def numbers_of_folder(program, folder, kind, exact):
     texts = run_labelled(program, folder, kind, parameters)
     for text, name in zip(texts, ["expected.out", "expected.log"]):
         plain = LABEL.sub("", text) if text is not None else None
-        if exact and plain != expected_text(folder / name):
+        if exact and plain != read_text_if_there(folder / name):
             sys.exit("message_table: %s isn't what the program gives" % (folder / name).relative_to(ROOT))
     return {int(number) for text in texts if text is not None for number in LABEL.findall(text)}
 
@@ -213,15 +208,15 @@ def numbers_of_folder(program, folder, kind, exact):
 def compares_numbers(case):
     """False for a case of tests/reference part of whose numbers are left out of the comparison."""
     marks = [mark for mark in ["mask", "mask_tensor", "fuzzy"] if (case / mark).exists()]
-    return not marks and "@@" not in read(case / "expected.log")
+    return not marks and "@@" not in read_text(case / "expected.log")
 
 
 def folders_to_run():
     """Folder, kind of run, and whether its whole files are compared byte for byte."""
     jobs = []
-    for group, kind in [("cases/spectrum", 2), ("cases/regression", 2), ("cases/parameter", 1)]:
+    for group, kind in [("cases/spectrum", SPECTRUM), ("cases/regression", SPECTRUM), ("cases/parameter", PARAMETER)]:
         jobs += [(path, kind, True) for path in (TESTS / group).iterdir() if (path / "expected.out").exists()]
-    for corpus, kind in [("spectrum", 2), ("wavefunction", 1), ("parameter", 1)]:
+    for corpus, kind in [("spectrum", SPECTRUM), ("wavefunction", PARAMETER), ("parameter", PARAMETER)]:
         for path in (TESTS / "reference" / corpus / "cases").iterdir():
             if (path / "expected.log").exists() and compares_numbers(path):
                 jobs.append((path, kind, False))
@@ -246,7 +241,7 @@ def tests_in(paths):
     """Name of each test of the files, and its literals."""
     tests = []
     for path in sorted(paths):
-        pieces = re.split(r"^TEST(?:_F|_P)?\((\w+), (\w+)\) ", without_comments(read(path)), flags=re.M)
+        pieces = re.split(r"^TEST(?:_F|_P)?\((\w+), (\w+)\) ", without_comments(read_text(path)), flags=re.M)
         for suite, name, body in zip(pieces[1::3], pieces[2::3], pieces[3::3]):
             body = body.split("\n}\n")[0]
             literals = ["".join(re.findall(LITERAL, row)) for row in LITERAL_ROW.findall(body)]
@@ -329,7 +324,7 @@ def make_page(program):
                 wrong.append("%d stands in no unit test" % number)
             in_steps.append([*entry, quoted(str(test)), NOT_IN_A_RUN[number]])
         else:
-            test = test_that_holds("ERRMSG: " + text, program_tests) if kind == "fatal" else None
+            test = test_that_holds(REFUSAL + text, program_tests) if kind == "fatal" else None
             if number in exact:
                 shown = link(exact[number])
             elif test is not None:
@@ -402,7 +397,7 @@ def main():
     page, wrong = make_page(os.path.abspath(arguments.program))
     if not arguments.check:
         PAGE.write_text(page, encoding="ascii")
-    elif not PAGE.exists() or read(PAGE) != page:
+    elif not PAGE.exists() or read_text(PAGE) != page:
         wrong.append(
             "docs/messages.md isn't what the runs give: python3 tests/documents/message_table.py writes it anew"
         )

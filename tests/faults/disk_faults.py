@@ -16,7 +16,7 @@ def campaign_jobs():
     return [
         examples["methane"],
         examples["ethanol_60"],
-        molecule_run("naphthalene", "all terms", ALL_TERMS + TIGHT),
+        molecule_run("naphthalene", "all terms", ALL_TERMS | TIGHT),
         weak_spins(10),
         weak_spins(12),
     ]

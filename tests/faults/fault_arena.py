@@ -12,11 +12,13 @@ import tempfile
 import time
 
 from fault_jobs import ROOT
+from velkoran_runs.program import start_run
+from velkoran_runs.results import LOG_REFUSAL, REFUSAL
 
 HANG_SECONDS = 120
 TICKS = 0.02  # s
 OLDER = b"This is a comment line.\n1\nFREQUNCY INTENSITY DEGENERACY LINEWIDTH\n1.000 1.000 1 0\n"
-LOG_TEXT = b"Velkoran cannot open the log file."
+LOG_TEXT = LOG_REFUSAL.encode()
 TRUTH = {}  # by name of the job: the bytes of its result
 
 
@@ -107,12 +109,10 @@ class Arena:
             for kind, value in limits:
                 resource.setrlimit(kind, (value, value))
 
-        arguments = [*through, str(self.program), "parameters", name, str(job.kind)] + ([log] if log else [])
-        files = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.PIPE}
+        settings = {"stdout": subprocess.DEVNULL, "stderr": subprocess.PIPE, **settings}
+        settings["preexec_fn"] = set_limits if limits else None
         return Child(
-            subprocess.Popen(
-                arguments, cwd=self.top, preexec_fn=set_limits if limits else None, **{**files, **settings}
-            )
+            start_run(self.program, "parameters", name, job.kind, log, folder=self.top, through=through, **settings)
         )
 
     def measure(self, job, log=True):
@@ -145,7 +145,7 @@ def kind_of_text(text, job, older=False):
         return "whole"
     if older and text == OLDER:
         return "older"
-    if text.startswith(b"ERRMSG: ") and len(text) > 9 and text.count(b"\n") == 1 and text.endswith(b"\n"):
+    if text.startswith(REFUSAL.encode()) and len(text) > 9 and text.count(b"\n") == 1 and text.endswith(b"\n"):
         return "ERRMSG"
     if text == LOG_TEXT:
         return "log text"

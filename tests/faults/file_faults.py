@@ -6,7 +6,17 @@ import shutil
 import signal
 
 from fault_arena import kind_of_output, neighbours
-from fault_jobs import ALL_TERMS, LONG_CAMPAIGN, SHIELDING, TIGHT, example_jobs, exact_spins, molecule_run, weak_spins
+from fault_jobs import (
+    ALL_TERMS,
+    BOTH,
+    LONG_CAMPAIGN,
+    SHIELDING,
+    TIGHT,
+    example_jobs,
+    exact_spins,
+    molecule_run,
+    weak_spins,
+)
 
 CROWD = 20  # runs at once
 CONTAINER = ["unshare", "--pid", "--fork"]  # each run has the process number 1
@@ -16,8 +26,8 @@ def campaign_jobs():
     return [
         weak_spins(16),
         exact_spins(11),
-        molecule_run("cholesterol", "all terms", ALL_TERMS + TIGHT),
-        molecule_run("cholesterol", "both", "CalculateShielding = yes\nCalculateCoupling = yes\n" + TIGHT, 5),
+        molecule_run("cholesterol", "all terms", ALL_TERMS | TIGHT),
+        molecule_run("cholesterol", "both", BOTH | TIGHT, 5),
     ]
 
 
@@ -157,7 +167,7 @@ def run_crowds(arena, table, count, mounts):
     examples = {job.name: job for job in example_jobs()}
     crowds = {
         "one kind": [weak_spins(14)],
-        "both kinds": [weak_spins(12), molecule_run("naphthalene", "shielding", SHIELDING + TIGHT)],
+        "both kinds": [weak_spins(12), molecule_run("naphthalene", "shielding", SHIELDING | TIGHT)],
         "an example": [examples["methane"]],
     }
     if count < LONG_CAMPAIGN:

@@ -14,6 +14,7 @@ from fault_jobs import (
     TIGHT,
     chain_run,
     exact_spins,
+    field,
     many_atoms_run,
     molecule_run,
     weak_spins,
@@ -25,18 +26,18 @@ LARGEST = 1 << 30  # more than any of these runs takes
 SMALLEST = 1 << 20  # in half of it no process comes to its main function
 HIGH_SHARE = 1.1  # of the smallest limit under which a run is done: the largest size
 TRIALS = 200  # of setting a limit
-FEW_STEPS = "SemiEmpiricalMethod = 2\nSCFConvergenceLimit = 10\nSCFIterationLimit = 4\n"
+FEW_STEPS = field(10, 4)
 ENTER = 'echo $$ >"$0/cgroup.procs" && exec "$@"'  # $0 is the folder of the group
 
 
 def campaign_jobs():
     return [
-        molecule_run("naphthalene", "couplings", COUPLING + TIGHT),
-        molecule_run("cholesterol", "shielding", SHIELDING + TIGHT),
-        molecule_run("naphthalene", "all terms", ALL_TERMS + TIGHT),
-        chain_run(60, "shielding", SHIELDING + FEW_STEPS),
-        chain_run(60, "couplings, kept histories", COUPLING + FEW_STEPS + "SCFAccelerateConvergence = yes\n", 3),
-        many_atoms_run(300000, "couplings", COUPLING + TIGHT),
+        molecule_run("naphthalene", "couplings", COUPLING | TIGHT),
+        molecule_run("cholesterol", "shielding", SHIELDING | TIGHT),
+        molecule_run("naphthalene", "all terms", ALL_TERMS | TIGHT),
+        chain_run(60, "shielding", SHIELDING | FEW_STEPS),
+        chain_run(60, "couplings, kept histories", COUPLING | FEW_STEPS | {"SCFAccelerateConvergence": True}, 3),
+        many_atoms_run(300000, "couplings", COUPLING | TIGHT),
         exact_spins(12),
         weak_spins(14),
         weak_spins(16),

@@ -29,10 +29,10 @@ def campaign_jobs():
         exact_spins(11),
         weak_spins(14),
         weak_spins(17),
-        molecule_run("naphthalene", "couplings", COUPLING + TIGHT),
-        molecule_run("naphthalene", "shielding", SHIELDING + TIGHT),
-        molecule_run("cholesterol", "shielding", SHIELDING + TIGHT),
-        molecule_run("naphthalene", "all terms", ALL_TERMS + TIGHT),
+        molecule_run("naphthalene", "couplings", COUPLING | TIGHT),
+        molecule_run("naphthalene", "shielding", SHIELDING | TIGHT),
+        molecule_run("cholesterol", "shielding", SHIELDING | TIGHT),
+        molecule_run("naphthalene", "all terms", ALL_TERMS | TIGHT),
     ]
 
 

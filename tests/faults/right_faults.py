@@ -16,7 +16,7 @@ def campaign_jobs():
         examples["methane"],
         examples["ethanol_60"],
         weak_spins(10),
-        molecule_run("naphthalene", "all terms", ALL_TERMS + TIGHT),
+        molecule_run("naphthalene", "all terms", ALL_TERMS | TIGHT),
     ]
 
 

@@ -10,6 +10,7 @@ beginning of a part's name: kills, limits, groups, disks, rights, files, crowds,
 import argparse
 import functools
 import os
+import pathlib
 import random
 import signal
 import subprocess
@@ -17,6 +18,7 @@ import sys
 import time
 
 sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "python"))
 import disk_faults
 import file_faults
 import group_faults

@@ -9,12 +9,12 @@ from fault_arena import kind_of_output, neighbours
 from fault_jobs import (
     ALL_TERMS,
     COUPLING,
-    ENDLESS,
     LONG_CAMPAIGN,
     SHIELDING,
     TIGHT,
     chain_run,
     exact_spins,
+    field,
     example_jobs,
     molecule_run,
     weak_spins,
@@ -67,8 +67,8 @@ def run_kills(arena, table, count):
         weak_spins(16),
         weak_spins(18),
         weak_spins(19),
-        molecule_run("naphthalene", "all terms", ALL_TERMS + TIGHT),
-        molecule_run("cholesterol", "all terms", ALL_TERMS + TIGHT),
+        molecule_run("naphthalene", "all terms", ALL_TERMS | TIGHT),
+        molecule_run("cholesterol", "all terms", ALL_TERMS | TIGHT),
     ]
     longer = longer if count >= LONG_CAMPAIGN else longer[0:3:2]
     rows = {
@@ -114,23 +114,23 @@ def stop_kinds():
         "exact spectrum": [(exact_spins(11), 25), (exact_spins(12), 72), (exact_spins(13), 3)],
         "weak spectrum": [(weak_spins(16), 26), (weak_spins(18), 60), (weak_spins(20), 12), (weak_spins(22), 2)],
         "wavefunction": [
-            (chain_run(60, "wavefunction", COUPLING + ENDLESS.format(10), 1), 60),
-            (molecule_run("cholesterol", "wavefunction", COUPLING + ENDLESS.format(300), 1), 38),
-            (molecule_run("helix", "wavefunction", COUPLING + ENDLESS.format(20), 1), 2),
+            (chain_run(60, "wavefunction", COUPLING | field(0, 10), 1), 60),
+            (molecule_run("cholesterol", "wavefunction", COUPLING | field(0, 300), 1), 38),
+            (molecule_run("helix", "wavefunction", COUPLING | field(0, 20), 1), 2),
         ],
         "couplings": [
-            (molecule_run("cholesterol", "couplings", COUPLING + TIGHT, 25), 60),
-            (chain_run(40, "couplings", COUPLING + TIGHT, 10), 40),
+            (molecule_run("cholesterol", "couplings", COUPLING | TIGHT, 25), 60),
+            (chain_run(40, "couplings", COUPLING | TIGHT, 10), 40),
         ],
         "shielding, terms 1 to 4": [
-            (molecule_run("cholesterol", "shielding", SHIELDING + TIGHT), 38),
-            (chain_run(60, "shielding", SHIELDING + ENDLESS.format(10)), 60),
-            (molecule_run("helix", "shielding", SHIELDING + TIGHT), 2),
+            (molecule_run("cholesterol", "shielding", SHIELDING | TIGHT), 38),
+            (chain_run(60, "shielding", SHIELDING | field(0, 10)), 60),
+            (molecule_run("helix", "shielding", SHIELDING | TIGHT), 2),
         ],
         "shielding, all ten terms and tensors": [
-            (chain_run(15, "all terms", ALL_TERMS + TIGHT), 40),
-            (chain_run(20, "all terms", ALL_TERMS + TIGHT), 20),
-            (molecule_run("cholesterol", "all terms", ALL_TERMS + TIGHT), 40),
+            (chain_run(15, "all terms", ALL_TERMS | TIGHT), 40),
+            (chain_run(20, "all terms", ALL_TERMS | TIGHT), 20),
+            (molecule_run("cholesterol", "all terms", ALL_TERMS | TIGHT), 40),
         ],
     }
 

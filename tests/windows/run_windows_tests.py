@@ -7,6 +7,7 @@ WINDOWS_BUILD holds velkoran.exe and tests/windows/window_tool.exe; OUTPUT_FOLDE
 directories and the picture of the About box.
 """
 import os
+import pathlib
 import random
 import re
 import shutil
@@ -15,6 +16,14 @@ import sys
 import time
 import unittest
 
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "python"))
+from velkoran_runs.program import RunKind, make_run, start_run
+from velkoran_runs.results import LOG_REFUSAL, REFUSAL, SPECTRUM_HEAD
+from velkoran_runs.spectrum_inputs import spectrum_input
+
+if len(sys.argv) < 4:
+    sys.exit(__doc__)
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 WINDOWS_BUILD, LINUX_PROGRAM, OUTPUT = (os.path.abspath(path) for path in sys.argv[1:4])
 PROGRAM = os.path.join(WINDOWS_BUILD, "velkoran.exe")
@@ -77,11 +86,14 @@ def make_job(name, text):
 def spin_system(spins):
     """A fully coupled system; 13 spins take many seconds."""
     numbers = random.Random(5)
-    rows = [" ".join("%.2f" % numbers.uniform(0.5, 15) for _ in range(spins)) for _ in range(spins)]
-    shifts = " ".join("%.3f" % numbers.uniform(1, 8) for _ in range(spins))
-    return "\n".join(
-        ["long", str(spins), "1 " * spins, "f", "400", "s", shifts, "c", *rows, "m", "0.001", "w", "0", ""]
-    )
+    couplings = [[round(numbers.uniform(0.5, 15), 2) for _ in range(spins)] for _ in range(spins)]
+    return spectrum_input([round(numbers.uniform(1, 8), 3) for _ in range(spins)], couplings, 400)
+
+
+def start_under_wine(name, log=None, environment=ENVIRONMENT):
+    """A run in progress, on the spectrum job of a name."""
+    settings = {"env": environment, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+    return start_run(PROGRAM, ".", name, RunKind.SPECTRUM, log, folder=WORK, through=["wine"], **settings)
 
 
 class LongRun:
@@ -91,14 +103,7 @@ class LongRun:
         self.folder = make_job(name, spin_system(13))
         self.log = os.path.join(self.folder, "run.log")
         self.output = os.path.join(self.folder, "nmrspect.out")
-        self.process = subprocess.Popen(
-            ["wine", PROGRAM, ".", name, "2", name + r"\run.log"],
-            cwd=WORK,
-            env=environment,
-            stdin=subprocess.DEVNULL,
-            stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL,
-        )
+        self.process = start_under_wine(name, name + r"\run.log", environment)
         deadline = time.monotonic() + 30
         while wait_for_log and not (os.path.exists(self.log) and os.path.getsize(self.log) > 200):
             if time.monotonic() > deadline:
@@ -154,7 +159,7 @@ class WindowsProgram(unittest.TestCase):
         self.assertEqual(text, "icon 1\ndialog 1\nproduct Velkoran\n")
 
     def test_04_string_table_is_the_whole_catalogue(self):
-        catalogue = read(os.path.join(ROOT, "resources", "message_catalogue.inc")).decode("ascii")
+        catalogue = read(os.path.join(ROOT, "core", "resources", "message_catalogue.inc")).decode("ascii")
         expected = re.findall(r'^CATALOGUE_TEXT\((\d+), "(.*)"\)$', catalogue, re.M)
         self.assertEqual(len(expected), 198)
         _, text = wine(TOOL, "strings", PROGRAM)
@@ -176,18 +181,16 @@ class WindowsProgram(unittest.TestCase):
             source = os.path.join(ROOT, "examples", name)
             if not os.path.isdir(source):
                 continue
-            kind = "2" if os.path.exists(os.path.join(source, "nmrspect.in")) else "1"
-            output = os.path.join(WORK, name, "nmrspect.out" if kind == "2" else "nmrparam.out")
+            kind = next(kind for kind in RunKind if os.path.exists(os.path.join(source, kind.input_name)))
             with self.subTest(example=name):
                 shutil.copytree(source, os.path.join(WORK, name))
-                subprocess.run([LINUX_PROGRAM, "parameters", name, kind, name + "/linux.log"], cwd=WORK, check=True)
-                expected = read(output)
-                os.remove(output)
-                code, _ = wine(PROGRAM, "parameters", name, kind, name + r"\run.log")
+                linux = make_run(LINUX_PROGRAM, "parameters", name, kind, name + "/linux.log", folder=WORK)
+                os.remove(os.path.join(WORK, name, kind.output_name))
+                code, _ = wine(PROGRAM, "parameters", name, str(kind.value), name + r"\run.log")
                 self.assertEqual(code, 0)
-                log = read(os.path.join(WORK, name, "linux.log"))
-                self.assertEqual(read(output), expected.replace(b"\n", b"\r\n"))
-                self.assertEqual(read(os.path.join(WORK, name, "run.log")), log.replace(b"\n", b"\r\n"))
+                for file, text in ((kind.output_name, linux.output), ("run.log", linux.log)):
+                    expected = text.replace("\n", "\r\n").encode("latin-1")
+                    self.assertEqual(read(os.path.join(WORK, name, file)), expected)
 
     def test_07_refusals(self):
         good = spin_system(2)
@@ -206,17 +209,17 @@ class WindowsProgram(unittest.TestCase):
             with self.subTest(name=name):
                 folder = make_job(name, text)
                 self.assertEqual(wine(PROGRAM, ".", name, "2")[0], 0)
-                self.assertEqual(read(os.path.join(folder, "nmrspect.out")), b"ERRMSG: %s\r\n" % message.encode())
+                self.assertEqual(read(os.path.join(folder, "nmrspect.out")), f"{REFUSAL}{message}\r\n".encode())
 
     def test_08_log_that_cannot_be_opened(self):
         folder = make_job("nolog", spin_system(2))
         self.assertEqual(wine(PROGRAM, ".", "nolog", "2", r"nothing\there.log")[0], 0)
-        self.assertEqual(read(os.path.join(folder, "nmrspect.out")), b"Velkoran cannot open the log file.")
+        self.assertEqual(read(os.path.join(folder, "nmrspect.out")), LOG_REFUSAL.encode())
 
     def test_09_path_with_a_drive_letter(self):
         folder = make_job("drive", spin_system(2))
         self.assertEqual(wine(PROGRAM, r"s:\drive", r"s:\drive", "2", r"s:\drive\run.log", folder="/")[0], 0)
-        self.assertTrue(read(os.path.join(folder, "nmrspect.out")).startswith(b"This is a comment line.\r\n"))
+        self.assertTrue(read(os.path.join(folder, "nmrspect.out")).startswith(SPECTRUM_HEAD.encode() + b"\r\n"))
         self.assertTrue(os.path.getsize(os.path.join(folder, "run.log")) > 0)
 
     def test_10_log_path_that_begins_with_a_backslash_is_that_of_the_drive(self):
@@ -287,14 +290,7 @@ class WindowsProgram(unittest.TestCase):
         for i in range(12):
             name = "late%d" % i
             folder = make_job(name, spin_system(6))
-            process = subprocess.Popen(
-                ["wine", PROGRAM, ".", name, "2"],
-                cwd=WORK,
-                env=ENVIRONMENT,
-                stdin=subprocess.DEVNULL,
-                stdout=subprocess.DEVNULL,
-                stderr=subprocess.DEVNULL,
-            )
+            process = start_under_wine(name)
             time.sleep(0.01 * i)
             tool = subprocess.Popen(
                 ["wine", TOOL, "close"],

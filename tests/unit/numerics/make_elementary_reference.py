@@ -9,16 +9,19 @@ A value is its nearest double and what is left, in units of the last place of th
 those of many random ones whose values lie closest to the middle of two doubles; and those around the ends of ranges.
 """
 import math
-import os
+import pathlib
 import random
 import sys
 from fractions import Fraction
 
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[3] / "python"))
 import mpmath
+from generated_files import write_or_check
 from mpmath import mp, mpf
 
 mp.prec = 240
-TARGET = os.path.join(os.path.dirname(os.path.abspath(__file__)), "elementary_reference.inc")
+TARGET = pathlib.Path(__file__).resolve().parent / "elementary_reference.inc"
 RANDOM_ROWS = 30
 HARD_ROWS = 30
 TRIALS = 30000  # for each range
@@ -118,7 +121,7 @@ def tables():
     ]
 
 
-def generated():
+def make_files():
     out = "// SPDX-License-Identifier: MIT\n"
     out += "// Made by make_elementary_reference.py, which says how: not to be edited.\n"
     for name, function, arguments in tables():
@@ -129,24 +132,8 @@ def generated():
             nearest, rest = split(function(*map(mpf, x)))
             out += "    {" + ", ".join([v.hex() for v in x] + [nearest.hex(), f"{rest:.9f}"]) + "},\n"
         out += "};\n"
-    return out
-
-
-def main():
-    if sys.argv[1:] == ["--check"]:
-        with open(TARGET, encoding="ascii") as file:
-            if file.read() != generated():
-                print("elementary_reference.inc isn't what make_elementary_reference.py makes", file=sys.stderr)
-                return 1
-        return 0
-    if sys.argv[1:]:
-        print("usage: make_elementary_reference.py [--check]", file=sys.stderr)
-        return 2
-    made = generated()
-    with open(TARGET, "w", encoding="ascii", newline="\n") as file:
-        file.write(made)
-    return 0
+    return {TARGET: out}
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(write_or_check(make_files))
