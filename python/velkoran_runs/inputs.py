@@ -89,7 +89,7 @@ def bonded_atoms(
 
 
 def read_atoms(text: str) -> list[list[Atom]]:
-    """The atoms of each molecule of an nmrparam.in. ValueError if there are none, or if a line isn't that of an atom."""
+    """The atoms of each molecule of an nmrparam.in. ValueError if there are none, or if a line isn't an atom's."""
     molecules: list[list[Atom]] = []
     for line in block(text, "Atoms").splitlines():
         words = line.split()

@@ -36,7 +36,7 @@ def is_accelerated(log: str) -> bool:
 
 
 def field_differences(log: str) -> list[float]:
-    """The changes of the electronic energy, in kcal/mol: one for each iteration of each wavefunction, in their order."""
+    """The changes of the electronic energy, in kcal/mol: one for each iteration of each wavefunction."""
     return [float(word) for word in re.findall(r"^Iteration = \d+ Difference = (\S+)", log, re.M)]
 
 

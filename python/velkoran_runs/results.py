@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: MIT
 """Reads nmrparam.out and nmrspect.out; see their manual pages."""
 import dataclasses
-import math
 
 REFUSAL = "ERRMSG: "
 LOG_REFUSAL = "Velkoran cannot open the log file."
@@ -79,7 +78,8 @@ def parse_tensors(lines: list[str]) -> list[Tensor]:
 
 
 def parse_parameter_result(text: str) -> ParameterResult:
-    """The numbers of nmrparam.out. RefusedRun if it is a refusal, ValueError if it isn't a whole result."""
+    """The numbers of nmrparam.out, which may be nan or inf. RefusedRun if it is a refusal, ValueError if it isn't a
+    whole result."""
     lines = lines_of_result(text, PARAMETER_HEAD)
     sections: dict[str, list[str]] = {"": []}
     name = ""
@@ -107,7 +107,8 @@ def parse_parameter_result(text: str) -> ParameterResult:
 
 
 def parse_spectrum_result(text: str) -> list[SpectrumLine]:
-    """The lines of nmrspect.out. RefusedRun if it is a refusal, ValueError if it isn't a whole result."""
+    """The lines of nmrspect.out, whose numbers may be nan or inf. RefusedRun if it is a refusal, ValueError if it isn't
+    a whole result."""
     lines = lines_of_result(text, SPECTRUM_HEAD)
     if len(lines) < 2 or lines[1] != COLUMN_HEADS:
         raise ValueError("The spectrum has no headings of its columns.")
@@ -116,7 +117,7 @@ def parse_spectrum_result(text: str) -> list[SpectrumLine]:
     spectrum = []
     for line in lines[2:]:
         frequency, intensity, degeneracy, width = line.split()
-        if width != "0" or not math.isfinite(float(frequency)):
+        if width != "0":
             raise ValueError(f"This isn't a line of a spectrum: {line}")
         spectrum.append(SpectrumLine(float(frequency), float(intensity), int(degeneracy)))
     return spectrum

@@ -28,8 +28,8 @@ def spectrum_input(
     """The text of nmrspect.in for n groups of nuclei.
 
     shifts are n numbers in ppm, couplings n rows of n numbers in Hz, of which those above the diagonal count, frequency
-    is in MHz. sizes are the numbers of nuclei of each group and masses their mass numbers, n of each, or none for single
-    protons. weak asks for the weak-coupling approximation. ValueError if the numbers don't fit together.
+    is in MHz. sizes are the numbers of nuclei of each group and masses their mass numbers, n of each, or none for
+    single protons. weak asks for the weak-coupling approximation. ValueError if the numbers don't fit together.
     """
     count = len(shifts)
     if len(couplings) != count or any(len(line) != count for line in couplings):

@@ -24,8 +24,7 @@ static std::string Expanded(int id, const std::vector<MessageArgument>& argument
     return buffer.data();
 }
 
-static std::string Formatted(const char* text, const std::vector<MessageArgument>& arguments,
-                             int size = 200) {
+static std::string Formatted(const char* text, const std::vector<MessageArgument>& arguments, int size = 200) {
     std::vector<char> buffer(static_cast<std::size_t>(size) + 1, '#');
     FormatMessageText(text, arguments.data(), buffer.data(), size);
     EXPECT_EQ(buffer[static_cast<std::size_t>(size)], '#') << "written behind the buffer";
@@ -77,14 +76,12 @@ TEST(MessageCatalogue, LoadingCutsAtTheLimit) {
 
 // On purpose: front ends match on the texts as they are, misspelled or not.
 TEST(MessageCatalogue, MisspellingsStay) {
-    EXPECT_STREQ(CatalogueText(8535),
-                 "        Line        Frequncy(in Hz)      Intensity       Degeneracy\n");
+    EXPECT_STREQ(CatalogueText(8535), "        Line        Frequncy(in Hz)      Intensity       Degeneracy\n");
     EXPECT_STREQ(CatalogueText(8537), "Spectrometer frequncy = %.0f (in MHz)");
     EXPECT_STREQ(CatalogueText(24596), "Trouble has been occured when openning %s.");
     EXPECT_STREQ(CatalogueText(24610),
                  "The number of NMR atoms (=%d in the input file %s) cann't be less than or equal to zero.");
-    EXPECT_STREQ(CatalogueText(24624),
-                 "Velkoran has met troubles when reading the input from thr input file %s.");
+    EXPECT_STREQ(CatalogueText(24624), "Velkoran has met troubles when reading the input from thr input file %s.");
 }
 
 TEST(MessageCatalogue, NoTextHasAConversionThatTheFormatterDoesNotKnow) {

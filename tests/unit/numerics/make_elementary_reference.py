@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Writes tests/unit/numerics/elementary_reference.inc: values of the elementary functions in multi-precision arithmetic. Needs
-mpmath; takes about ten seconds.
+"""Writes tests/unit/numerics/elementary_reference.inc: values of the elementary functions in multi-precision
+arithmetic. Needs mpmath; takes about ten seconds.
 
 With --check it writes nothing, and exits with 1 if the file isn't what it would write.
 
