@@ -8,46 +8,39 @@ import pathlib
 import re
 import subprocess
 import sys
-import tempfile
 
-from fixed_order_cost import ROOT, Cholesterol, ProcessorSeconds, TwelveSpins
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "python"))
+from cost_runs import COUPLING, ROOT, SHIELDING_TENSORS, best_seconds, cholesterol, twelve_spins, work_folder
+from velkoran_runs.program import command_line
 
 RUNS = 20
 MILLION = 1e6
+CALLGRIND = ("valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null")
 
 
-def CholesterolShielding():
-    """All ten terms and the tensors."""
-    return Cholesterol().replace("CalculateShielding = no\n", "CalculateShielding = yes\nCalculateCoupling = no\n"
-                                 "ComputeThreeCenterTerms = yes\nCalculateShieldTensor = yes\n")
-
-
-def Instructions(program, folder, kind):
-    command = ["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", program, "parameters", folder, kind]
+def million_instructions(program, folder, job):
+    command = command_line(program, "parameters", folder, job.kind, through=CALLGRIND)
     said = subprocess.run(command, cwd=ROOT, check=True, stderr=subprocess.PIPE, text=True).stderr
     return int(re.search(r"Collected : (\d+)", said).group(1)) / MILLION
 
 
-JOBS = (("exact spectrum of 12 spins", "nmrspect", "2", TwelveSpins()),
-        ("couplings of 25 nuclei of cholesterol", "nmrparam", "1", Cholesterol()),
-        ("shielding tensors of 25 nuclei of cholesterol", "nmrparam", "1", CholesterolShielding()))
-
-
 def main():
-    programs = [pathlib.Path(name).resolve() for name in sys.argv[1:3]]
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
+    programs = [pathlib.Path(name).resolve() for name in sys.argv[1:]]
     print("| Run | As it is (s) | Plain (s) | Ratio | As it is (million instructions) | Plain | Ratio |")
     print("|---|---:|---:|---:|---:|---:|---:|")
-    for name, stem, kind, text in JOBS:
-        with tempfile.TemporaryDirectory() as folder:
-            pathlib.Path(folder, stem + ".in").write_text(text)
-            best = [min(times) for times in
-                    zip(*([ProcessorSeconds(program, folder, kind) for program in programs] for _ in range(RUNS)))]
-            counts = [Instructions(program, folder, kind) for program in programs]
-            result = pathlib.Path(folder, stem + ".out").read_text()
-            if not result or result.startswith("ERRMSG"):
-                sys.exit(f"{name}: no result")
-        print(f"| {name} | {best[0]:.3f} | {best[1]:.3f} | {best[0] / best[1]:.3f} | "
-              f"{counts[0]:.1f} | {counts[1]:.1f} | {counts[0] / counts[1]:.4f} |", flush=True)
+    tensors = cholesterol("shielding tensors", SHIELDING_TENSORS)
+    for job in (twelve_spins(), cholesterol("couplings", COUPLING), tensors):
+        with work_folder(job) as folder:
+            best = best_seconds(programs, folder, job, RUNS)
+            counts = [million_instructions(program, folder, job) for program in programs]
+        print(
+            f"| {job.name} | {best[0]:.3f} | {best[1]:.3f} | {best[0] / best[1]:.3f} | "
+            f"{counts[0]:.1f} | {counts[1]:.1f} | {counts[0] / counts[1]:.4f} |",
+            flush=True,
+        )
 
 
 if __name__ == "__main__":

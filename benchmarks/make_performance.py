@@ -71,24 +71,32 @@ processor, which a tuned library doesn't promise.
 """
 
 
-def Collect(folder, options):
+def collect(folder, options):
     """Joins the results of the benchmarks; leaves out what belongs to the machine's user and not to its speed."""
-    cpuInfo = pathlib.Path("/proc/cpuinfo").read_text()
-    processor = re.search(r"^model name\s*: (.*)$", cpuInfo, re.MULTILINE)
+    cpu_info = pathlib.Path("/proc/cpuinfo").read_text()
+    processor = re.search(r"^model name\s*: (.*)$", cpu_info, re.MULTILINE)
     version = re.search(r"project\(velkoran VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text()).group(1)
-    results = {"version": version, "processor": processor.group(1) if processor else "unknown",
-               "date": datetime.date.today().isoformat(), "options": f" {options}".rstrip(), "benchmarks": {}}
+    results = {
+        "version": version,
+        "processor": processor.group(1) if processor else "unknown",
+        "date": datetime.date.today().isoformat(),
+        "options": f" {options}".rstrip(),
+        "benchmarks": {},
+    }
     for program in PROGRAMS:
         rows = json.loads((folder / f"{program}.json").read_text())["benchmarks"]
         results["benchmarks"][program] = {
-            row["name"].removesuffix("/manual_time"):
-                {"seconds": float(f"{row['real_time'] * SECONDS[row['time_unit']]:.4g}"),
-                 **{name: float(f"{row[name]:.4g}") for name in COUNTERS if name in row}}
-            for row in rows if row["run_type"] == "iteration"}
+            row["name"].removesuffix("/manual_time"): {
+                "seconds": float(f"{row['real_time'] * SECONDS[row['time_unit']]:.4g}"),
+                **{name: float(f"{row[name]:.4g}") for name in COUNTERS if name in row},
+            }
+            for row in rows
+            if row["run_type"] == "iteration"
+        }
     RESULTS.write_text(json.dumps(results, indent=1) + "\n")
 
 
-def Time(seconds):
+def time_text(seconds):
     """A time with three digits and its unit."""
     for unit, size in (("s", 1.0), ("ms", 1e-3), ("µs", 1e-6)):
         if seconds >= size or unit == "µs":
@@ -96,65 +104,87 @@ def Time(seconds):
             return f"{value:.{2 if value < 10 else 1 if value < 100 else 0}f} {unit}"
 
 
-def Table(header, rows):
+def table_lines(header, rows):
     """A table whose first column is text and whose others are numbers."""
     lines = ["", f"| {' | '.join(header)} |", f"|---|{'---:|' * (len(header) - 1)}"]
     return lines + [f"| {' | '.join(row)} |" for row in rows]
 
 
-def Counter(row, name, digits=0):
+def counter_text(row, name, digits=0):
     return f"{row[name]:.{digits}f}" if name in row else ""
 
 
-def SpectrumRows(rows):
-    return [(name.replace("/", ", ").replace("_", " "), Time(row["seconds"]), Counter(row, "MB", 1),
-             Counter(row, "lines")) for name, row in rows.items()]
+def spectrum_rows(rows):
+    return [
+        (
+            name.replace("/", ", ").replace("_", " "),
+            time_text(row["seconds"]),
+            counter_text(row, "MB", 1),
+            counter_text(row, "lines"),
+        )
+        for name, row in rows.items()
+    ]
 
 
-def ParameterRows(rows, shielding):
+def parameter_rows(rows, shielding):
     """The rows of the table of shieldings, or of the other."""
     table = []
     for name, row in rows.items():
         kind, *rest = name.split("/")
         if kind.startswith("shielding") != shielding:
             continue
-        cells = [f"{kind.removeprefix('shielding_').replace('_', ' ')}, {', '.join(rest).replace('TNDO', 'TNDO/')}",
-                 Counter(row, "N"), Counter(row, "field_iterations"), Time(row["seconds"]), Counter(row, "MB", 1)]
-        table.append(cells if shielding else cells + [Counter(row, "ms_per_atom", 2)])
+        cells = [
+            f"{kind.removeprefix('shielding_').replace('_', ' ')}, {', '.join(rest).replace('TNDO', 'TNDO/')}",
+            counter_text(row, "N"),
+            counter_text(row, "field_iterations"),
+            time_text(row["seconds"]),
+            counter_text(row, "MB", 1),
+        ]
+        table.append(cells if shielding else cells + [counter_text(row, "ms_per_atom", 2)])
     return table
 
 
-def StepRows(rows):
+def step_rows(rows):
     """One row a step, one column a molecule; the names of the molecules, with their orbitals."""
     molecules, steps = {}, {}
     for name, row in rows.items():
         step, molecule = name.split("/")
         molecules[molecule] = f"{molecule}, N = {row['N']:.0f}"
-        steps.setdefault(step, {})[molecule] = Time(row["seconds"])
-    return list(molecules.values()), [[step.replace("_", " "), *(times.get(molecule, "") for molecule in molecules)]
-                                      for step, times in steps.items()]
+        steps.setdefault(step, {})[molecule] = time_text(row["seconds"])
+    return list(molecules.values()), [
+        [step.replace("_", " "), *(times.get(molecule, "") for molecule in molecules)] for step, times in steps.items()
+    ]
 
 
-def EigensolverRows(rows):
-    return [(name.partition("/")[2], Time(row["seconds"]), Time(rows[name.replace("Eigensolver", "Lapack")]["seconds"]),
-             Counter(row, "ratio", 2)) for name, row in rows.items() if name.startswith("Eigensolver")]
+def eigensolver_rows(rows):
+    return [
+        (
+            name.partition("/")[2],
+            time_text(row["seconds"]),
+            time_text(rows[name.replace("Eigensolver", "Lapack")]["seconds"]),
+            counter_text(row, "ratio", 2),
+        )
+        for name, row in rows.items()
+        if name.startswith("Eigensolver")
+    ]
 
 
-def MakePage(results):
+def make_page(results):
     benchmarks = results["benchmarks"]
     lines = INTRODUCTION.format(**results).splitlines()
     lines += SPECTRA.splitlines()
-    lines += Table(("Run", "Time", "MB", "Lines"), SpectrumRows(benchmarks["spectrum"]))
+    lines += table_lines(("Run", "Time", "MB", "Lines"), spectrum_rows(benchmarks["spectrum"]))
     lines += SHIELDING.splitlines()
-    lines += Table(("Run", "N", "Iterations", "Time", "MB"), ParameterRows(benchmarks["parameter"], True))
+    lines += table_lines(("Run", "N", "Iterations", "Time", "MB"), parameter_rows(benchmarks["parameter"], True))
     lines += COUPLING.splitlines()
-    lines += Table(("Run", "N", "Iterations", "Time", "MB", "ms per nucleus"),
-                   ParameterRows(benchmarks["parameter"], False))
+    lines += table_lines(
+        ("Run", "N", "Iterations", "Time", "MB", "ms per nucleus"), parameter_rows(benchmarks["parameter"], False)
+    )
     lines += STEPS.splitlines()
-    molecules, rows = StepRows(benchmarks["wavefunction"])
-    lines += Table(["Step"] + molecules, rows)
+    molecules, rows = step_rows(benchmarks["wavefunction"])
+    lines += table_lines(["Step"] + molecules, rows)
     lines += EIGENSOLVER.splitlines()
-    lines += Table(("Order", "Ours", "OpenBLAS", "Ratio"), EigensolverRows(benchmarks["eigensolver"]))
+    lines += table_lines(("Order", "Ours", "OpenBLAS", "Ratio"), eigensolver_rows(benchmarks["eigensolver"]))
     return "\n".join(lines) + "\n"
 
 
@@ -165,8 +195,8 @@ def main():
     parser.add_argument("--check", action="store_true")
     arguments = parser.parse_args()
     if arguments.collect:
-        Collect(arguments.collect, arguments.options)
-    page = MakePage(json.loads(RESULTS.read_text()))
+        collect(arguments.collect, arguments.options)
+    page = make_page(json.loads(RESULTS.read_text()))
     if not arguments.check:
         PAGE.write_text(page)
     elif PAGE.read_text() != page:

@@ -10,214 +10,148 @@ status is 1 if a published result isn't met.
 import argparse
 import csv
 import json
-import os
 import pathlib
 import re
-import subprocess
 import sys
 import tempfile
 
 sys.dont_write_bytecode = True
-from shielding_table import ShieldingSection
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "python"))
+from molecule_runs import CONVERGENCE, ROOT, Runner
+from shielding_table import shielding_section
 
 HERE = pathlib.Path(__file__).resolve().parent
-ROOT = HERE.parent
 PAGE = ROOT / "docs" / "validation.md"
 
-CONVERGENCE = "1e-6"     # kcal/mol
-ITERATIONS = 400
-MAGNETIC_LIMIT = 1e-6    # of the last change in the response to a magnetic field
 ISOTOPE_G = {"14N": 0.4037610, "15N": -0.5663777}  # for a measurement of another isotope than the parameters have
-WANTED = {"coupling": ["CalculateShielding = no"],
-          "shielding": ["CalculateShielding = yes", "ComputeThreeCenterTerms = yes", "CalculateCoupling = no"]}
-BOND_LETTERS = {1: "s", 2: "d", 3: "t", 1.5: "a"}
 
 # Directions of a molecular axis: along the axes, in a plane of them, and in general.
-DIRECTIONS = [(1, 0, 0), (0, 1, 0), (0, 0, 1), (0.6, 0.8, 0), (0.8, 0, -0.6), (0, 0.28, 0.96), (0.36, 0.48, 0.8),
-              (-0.48, 0.6, 0.64), (2 / 3, -2 / 3, 1 / 3), (2 / 7, 3 / 7, 6 / 7), (-6 / 11, -2 / 11, 9 / 11),
-              (1 / 9, 4 / 9, -8 / 9)]
-HYDROXIDE = {"charge": -1, "elements": ["O", "H"], "bonds": [[1, 2, 1]],
-             "geometries": [{"kind": "experimental", "source": "r_e", "xyz": [[0, 0, 0], [0, 0, 0.964]]}]}
+DIRECTIONS = [
+    (1, 0, 0),
+    (0, 1, 0),
+    (0, 0, 1),
+    (0.6, 0.8, 0),
+    (0.8, 0, -0.6),
+    (0, 0.28, 0.96),
+    (0.36, 0.48, 0.8),
+    (-0.48, 0.6, 0.64),
+    (2 / 3, -2 / 3, 1 / 3),
+    (2 / 7, 3 / 7, 6 / 7),
+    (-6 / 11, -2 / 11, 9 / 11),
+    (1 / 9, 4 / 9, -8 / 9),
+]
+HYDROXIDE = {
+    "charge": -1,
+    "elements": ["O", "H"],
+    "bonds": [[1, 2, 1]],
+    "geometries": [{"kind": "experimental", "source": "r_e", "xyz": [[0, 0, 0], [0, 0, 0.964]]}],
+}
 
 
-class Result:
-    """What one run has printed."""
-    def __init__(self, log, output, atoms):
-        differences = re.findall(r"^Iteration = \d+ Difference = (\S+)", log, re.M)
-        self.iterations = len(differences)
-        self.converged = 1 < self.iterations < ITERATIONS
-        self.accelerated = "convergence?  Yes" in log
-        self.energy = float(re.search(r"Total Energy\s+=\s+(\S+) \(a\.u\.\)", log).group(1))
-        dipole = re.search(r"^\s+Sum\s+\S+\s+\S+\s+\S+\s+(\S+)", log, re.M)
-        self.dipole = float(dipole.group(1)) if dipole else 0.0
-        responses = {}
-        for atom, iteration in re.findall(r"^Perturbed atom (\d+):  Iter = (\d+)", log, re.M):
-            responses[atom] = int(iteration)
-        self.responses = len(responses) == atoms and max(responses.values()) < ITERATIONS - 1
-        remainders = {}
-        for axis, remainder in re.findall(r"^Perturbed ([xyz]):  Iter = \d+  Diff = (\S+)", log, re.M):
-            remainders[axis] = float(remainder)
-        self.magnetic = all(remainder < MAGNETIC_LIMIT for remainder in remainders.values())
-        rows = output.split("COUPLING\n")[1].splitlines()[:atoms]
-        self.couplings = [[float(value) for value in row.split()] for row in rows]
-        self.shieldings = [float(value) for value in output.split("SHIELDING\n")[1].splitlines()[0].split()]
-
-    def MeanCoupling(self, pairs):
-        """Over the pairs "i-j j-k ...", each in both directions."""
-        values = []
-        for pair in pairs.split():
-            i, j = (int(number) - 1 for number in pair.split("-"))
-            values += [self.couplings[i][j], self.couplings[j][i]]
-        return sum(values) / len(values)
-
-    def MeanShielding(self, atoms):
-        values = [self.shieldings[int(number) - 1] for number in atoms.split()]
-        return sum(values) / len(values)
-
-
-def WriteInput(path, molecule, positions, method, accelerate, wanted):
-    elements = molecule["elements"]
-    neighbours = [[] for _ in elements]
-    for i, j, order in molecule["bonds"]:
-        neighbours[i - 1].append(f"{j} {BOND_LETTERS[order]}")
-        neighbours[j - 1].append(f"{i} {BOND_LETTERS[order]}")
-    lines = [f"SemiEmpiricalMethod = {method}", f"TotalCharge = {molecule['charge']}",
-             f"SCFConvergenceLimit = {CONVERGENCE}", f"SCFIterationLimit = {ITERATIONS}",
-             f"SCFAccelerateConvergence = {accelerate}", *WANTED[wanted], "NMRSelectionBegin", f"{len(elements)}"]
-    lines += [f"mol 1 atom {number + 1}" for number in range(len(elements))]
-    lines += ["NMRSelectionEnd", "AtomsBegin", f"{len(elements)}", "mol 1"]
-    for number, (element, (x, y, z)) in enumerate(zip(elements, positions)):
-        bonds = neighbours[number]
-        lines.append(f"atom {number + 1} {element} {element} {element} - 0.0 {x:.8f} {y:.8f} {z:.8f} "
-                     f"{len(bonds)} {' '.join(bonds)}")
-    path.write_text("\n".join(lines + ["AtomsEnd", ""]))
-
-
-class Runner:
-    """Runs the program; the same run only once."""
-    def __init__(self, program, folder):
-        self.program = pathlib.Path(program).resolve()
-        self.folder = pathlib.Path(folder)
-        self.results = {}
-        self.runs = 0
-        os.symlink(ROOT / "parameters", self.folder / "parameters")
-
-    def RunOnce(self, molecule, positions, method, accelerate, wanted):
-        self.runs += 1
-        work = self.folder / f"run{self.runs}"
-        work.mkdir()
-        WriteInput(work / "nmrparam.in", molecule, positions, int(method[-1]), accelerate, wanted)
-        subprocess.run([self.program, "parameters", work.name, "1", f"{work.name}/run.log"], cwd=self.folder,
-                       check=True)
-        output = (work / "nmrparam.out").read_text()
-        if not output.startswith("Results"):
-            sys.exit(f"{molecule['elements']}: {output}")
-        return Result((work / "run.log").read_text(), output, len(molecule["elements"]))
-
-    def Run(self, molecule, positions, method, wanted="coupling"):
-        """A field that doesn't converge gets a second try with the Fock matrix extrapolated."""
-        key = json.dumps([molecule["elements"], molecule["charge"], positions, method, wanted])
-        if key not in self.results:
-            result = self.RunOnce(molecule, positions, method, "no", wanted)
-            if not result.converged:
-                result = self.RunOnce(molecule, positions, method, "yes", wanted)
-            self.results[key] = result
-        return self.results[key]
-
-
-def GeometryOf(molecule, kind):
+def geometry_of(molecule, kind):
     return next(g for g in molecule["geometries"] if g["kind"] == kind)
 
 
-def ReadTable(name):
+def read_table(name):
     with open(HERE / name, newline="") as file:
         return list(csv.DictReader(file))
 
 
-def ComputedResult(row, result):
+def computed_result(row, result):
     if row["quantity"] == "total_energy":
         return result.energy
     if row["quantity"] == "dipole":
         return result.dipole
-    return result.MeanCoupling(row["pairs"])
+    return result.mean_coupling(row["pairs"])
 
 
-def WhyNotMet(runner, molecule, row, result):
+def why_not_met(runner, molecule, row, result):
     """What the runs say about a published result that isn't met."""
     if not result.converged:
         return "the field doesn't converge."
     if not result.responses and row["pairs"]:
         return "the response doesn't converge."
-    others = [f"{ComputedResult(row, runner.Run(molecule, geometry['xyz'], row['method'])):.2f} with "
-              f"the geometry {geometry['source']}" for geometry in molecule["geometries"]
-              if geometry["kind"] != row["geometry"]]
+    others = [
+        f"{computed_result(row, runner.run(molecule, geometry['xyz'], row['method'])):.2f} with "
+        f"the geometry {geometry['source']}"
+        for geometry in molecule["geometries"]
+        if geometry["kind"] != row["geometry"]
+    ]
     if others:
         return "the geometry may differ, the result is " + ", ".join(others) + "."
     return "no reason is known."
 
 
-def LiteratureSection(runner, molecules, lines):
+def literature_section(runner, molecules, lines):
     """The table of published results; the rows that aren't met."""
     ammonia = molecules["NH3"]
-    tetrahedral = runner.Run(ammonia, GeometryOf(ammonia, "standard_model")["xyz"], "TNDO/1").dipole
-    lines += ["## Published results", "",
-              "TNDO/1 has the parameters of CNDO/2, TNDO/2 those of INDO. The geometries are the standard ones of "
-              "Pople and Gordon (1967),", "which the published couplings belong to, and experimental ones for "
-              "diatomics that have no standard and for ammonia,",
-              f"whose published dipole moment isn't that of a tetrahedral angle ({tetrahedral:.2f} Debye here). A "
-              "value quoted from memory of the print", "is marked *.", "",
-              "| Molecule | Quantity | Method | Geometry | Published | Computed | Difference | Tolerance | Met "
-              "| Source |",
-              "|---|---|---|---|---:|---:|---:|---:|---|---|"]
-    rows = ReadTable("literature.csv")
+    tetrahedral = runner.run(ammonia, geometry_of(ammonia, "standard_model")["xyz"], "TNDO/1").dipole
+    lines += [
+        "## Published results",
+        "",
+        "TNDO/1 has the parameters of CNDO/2, TNDO/2 those of INDO. The geometries are the standard ones of "
+        "Pople and Gordon (1967),",
+        "which the published couplings belong to, and experimental ones for "
+        "diatomics that have no standard and for ammonia,",
+        f"whose published dipole moment isn't that of a tetrahedral angle ({tetrahedral:.2f} Debye here). A "
+        "value quoted from memory of the print",
+        "is marked *.",
+        "",
+        "| Molecule | Quantity | Method | Geometry | Published | Computed | Difference | Tolerance | Met " "| Source |",
+        "|---|---|---|---|---:|---:|---:|---:|---|---|",
+    ]
+    rows = read_table("literature.csv")
     failed = []
     reasons = []
     for row in rows:
         molecule = molecules[row["molecule"]]
-        result = runner.Run(molecule, GeometryOf(molecule, row["geometry"])["xyz"], row["method"])
+        result = runner.run(molecule, geometry_of(molecule, row["geometry"])["xyz"], row["method"])
         digits = 4 if row["quantity"] == "total_energy" else 2
-        computed = ComputedResult(row, result)
+        computed = computed_result(row, result)
         difference = computed - float(row["published"])
-        met = (result.converged and (result.responses or not row["pairs"]) and
-               abs(difference) <= float(row["tolerance"]))
+        met = result.converged and (result.responses or not row["pairs"]) and abs(difference) <= float(row["tolerance"])
         quantity = row["quantity"].replace("_", " ")
         if not met:
             failed.append(row)
-            reasons.append(f"Not met: {row['molecule']}, {quantity}, {row['method']}: "
-                           f"{WhyNotMet(runner, molecule, row, result)}")
+            reasons.append(
+                f"Not met: {row['molecule']}, {quantity}, {row['method']}: "
+                f"{why_not_met(runner, molecule, row, result)}"
+            )
         mark = "" if row["confidence"] == "published" else "*"
-        lines.append(f"| {row['molecule']} | {quantity}, {row['unit']} | {row['method']} | "
-                     f"{row['geometry'].replace('_model', '')} | {row['published']}{mark} | {computed:.{digits}f} | "
-                     f"{difference:+.{digits}f} | {row['tolerance']} | {'yes' if met else '**no**'} | "
-                     f"{row['source']} |")
+        lines.append(
+            f"| {row['molecule']} | {quantity}, {row['unit']} | {row['method']} | "
+            f"{row['geometry'].replace('_model', '')} | {row['published']}{mark} | {computed:.{digits}f} | "
+            f"{difference:+.{digits}f} | {row['tolerance']} | {'yes' if met else '**no**'} | "
+            f"{row['source']} |"
+        )
     lines += ["", f"{len(rows) - len(failed)} of {len(rows)} are met.", ""]
     for reason in reasons:
         lines += [reason, ""]
     return failed
 
 
-def ElementOf(nucleus):
+def element_of(nucleus):
     return nucleus.lstrip("0123456789")
 
 
-def KindOf(row):
-    return f"{row['bonds']}J({ElementOf(row['nucleus1'])}{ElementOf(row['nucleus2'])})"
+def kind_of(row):
+    return f"{row['bonds']}J({element_of(row['nucleus1'])}{element_of(row['nucleus2'])})"
 
 
-def ComputedCoupling(row, result):
-    computed = result.MeanCoupling(row["pairs"])
+def computed_coupling(row, result):
+    computed = result.mean_coupling(row["pairs"])
     if "14N" in (row["nucleus1"], row["nucleus2"]):
         computed *= ISOTOPE_G["14N"] / ISOTOPE_G["15N"]
     return computed
 
 
-def MeasuredSection(runner, molecules, lines):
+def measured_section(runner, molecules, lines):
     """The table of measured couplings and its summary by kind."""
     deviations = {}
     table = []
-    for row in ReadTable("experiment_coupling.csv"):
+    for row in read_table("experiment_coupling.csv"):
         molecule = molecules[row["molecule"]]
-        result = runner.Run(molecule, GeometryOf(molecule, row["geometry"])["xyz"], "TNDO/2")
+        result = runner.run(molecule, geometry_of(molecule, row["geometry"])["xyz"], "TNDO/2")
         notes = [row["note"]] if row["note"] else []
         text, difference = "-", "-"
         if not result.converged:
@@ -225,33 +159,48 @@ def MeasuredSection(runner, molecules, lines):
         elif not result.responses:
             notes.append("the response doesn't converge")
         else:
-            computed = ComputedCoupling(row, result)
+            computed = computed_coupling(row, result)
             deviation = computed - float(row["measured"])
-            deviations.setdefault(KindOf(row), []).append((deviation, row["molecule"]))
+            deviations.setdefault(kind_of(row), []).append((deviation, row["molecule"]))
             text, difference = f"{computed:.1f}", f"{deviation:+.1f}"
         if result.accelerated:
             notes.append("with `SCFAccelerateConvergence`")
-        table.append(f"| {row['molecule']} | {row['label']} | {row['nucleus1']} {row['nucleus2']} | "
-                     f"{row['measured']} | {text} | {difference} | {row['geometry']} | {row['source']} | "
-                     f"{'; '.join(notes)} |")
-    lines += ["## Measured couplings", "",
-              "TNDO/2, in Hz. The deviation is computed less measured; couplings of equivalent pairs are averaged. "
-              "Where no experimental", "geometry is at hand, one optimised by another method is used. All "
-              "conformations are single ones.", "",
-              "| Kind | Couplings | Mean deviation | Mean absolute | Largest | Molecule |",
-              "|---|---:|---:|---:|---:|---|"]
+        table.append(
+            f"| {row['molecule']} | {row['label']} | {row['nucleus1']} {row['nucleus2']} | "
+            f"{row['measured']} | {text} | {difference} | {row['geometry']} | {row['source']} | "
+            f"{'; '.join(notes)} |"
+        )
+    lines += [
+        "## Measured couplings",
+        "",
+        "TNDO/2, in Hz. The deviation is computed less measured; couplings of equivalent pairs are averaged. "
+        "Where no experimental",
+        "geometry is at hand, one optimised by another method is used. All " "conformations are single ones.",
+        "",
+        "| Kind | Couplings | Mean deviation | Mean absolute | Largest | Molecule |",
+        "|---|---:|---:|---:|---:|---|",
+    ]
     for kind, values in deviations.items():
         numbers = [value for value, _ in values]
         largest, name = max(values, key=lambda item: abs(item[0]))
-        lines.append(f"| {kind} | {len(numbers)} | {sum(numbers) / len(numbers):+.1f} | "
-                     f"{sum(map(abs, numbers)) / len(numbers):.1f} | {largest:+.1f} | {name} |")
-    lines += ["", "| Molecule | Coupling | Nuclei | Measured | Computed | Deviation | Geometry | Source | Note |",
-              "|---|---|---|---:|---:|---:|---|---|---|"] + table + [""]
+        lines.append(
+            f"| {kind} | {len(numbers)} | {sum(numbers) / len(numbers):+.1f} | "
+            f"{sum(map(abs, numbers)) / len(numbers):.1f} | {largest:+.1f} | {name} |"
+        )
+    lines += (
+        [
+            "",
+            "| Molecule | Coupling | Nuclei | Measured | Computed | Deviation | Geometry | Source | Note |",
+            "|---|---|---|---:|---:|---:|---|---|---|",
+        ]
+        + table
+        + [""]
+    )
 
 
-def RunShielding(runner, molecules, row):
+def run_shielding(runner, molecules, row):
     molecule = molecules[row["molecule"]]
-    return runner.Run(molecule, GeometryOf(molecule, row["geometry"])["xyz"], "TNDO/2", "shielding")
+    return runner.run(molecule, geometry_of(molecule, row["geometry"])["xyz"], "TNDO/2", "shielding")
 
 
 LIMITS = """## What the couplings leave out
@@ -275,23 +224,28 @@ up to the limit of iterations. A field that doesn't converge, as that of nitrous
 """
 
 
-def LinearSection(runner, molecules, lines):
+def linear_section(runner, molecules, lines):
     """Molecules whose highest occupied levels are a degenerate pair."""
-    lines += ["## Linear molecules", "",
-              "Two levels of the same energy at the top of the occupied ones, whose order rounding decides, must not "
-              "make a result depend on", "the orientation. Each molecule was computed with its axis in "
-              f"{len(DIRECTIONS)} directions. Energies in Hartree, dipole moments in",
-              "Debye, couplings in Hz; the spread is that of the energy over the directions, in 1e-9 Hartree.", "",
-              "| Molecule | Method | Field converged | Iterations | Energy | Spread | Dipole | Response converged | J "
-              "|",
-              "|---|---|---|---:|---:|---:|---:|---|---:|"]
+    lines += [
+        "## Linear molecules",
+        "",
+        "Two levels of the same energy at the top of the occupied ones, whose order rounding decides, must not "
+        "make a result depend on",
+        "the orientation. Each molecule was computed with its axis in "
+        f"{len(DIRECTIONS)} directions. Energies in Hartree, dipole moments in",
+        "Debye, couplings in Hz; the spread is that of the energy over the directions, in 1e-9 Hartree.",
+        "",
+        "| Molecule | Method | Field converged | Iterations | Energy | Spread | Dipole | Response converged | J " "|",
+        "|---|---|---|---:|---:|---:|---:|---|---:|",
+    ]
     for name in ("HCl", "Cl2", "OH-", "HF", "ClF", "F2"):
         molecule = HYDROXIDE if name == "OH-" else molecules[name]
-        ends = GeometryOf(molecule, "experimental")["xyz"]
+        ends = geometry_of(molecule, "experimental")["xyz"]
         length = ends[1][2] - ends[0][2]
         for method in ("TNDO/1", "TNDO/2"):
-            results = [runner.Run(molecule, [[0.0] * 3, [length * x for x in direction]], method)
-                       for direction in DIRECTIONS]
+            results = [
+                runner.run(molecule, [[0.0] * 3, [length * x for x in direction]], method) for direction in DIRECTIONS
+            ]
             energies = [result.energy for result in results]
             counts = sorted({result.iterations for result in results})
             iterations = f"{counts[0]}" if len(counts) == 1 else f"{counts[0]} to {counts[-1]}"
@@ -300,30 +254,38 @@ def LinearSection(runner, molecules, lines):
             responses = sum(result.responses for result in results)
             couplings = [result.couplings[0][1] for result in results]
             steady = responses == len(results) and max(couplings) - min(couplings) < 0.01
-            lines.append(f"| {name} | {method} | {converged} of {len(results)} | "
-                         f"{iterations} | {energies[0]:.6f} | "
-                         f"{'below 20' if spread < 2e-8 else f'{spread * 1e9:.0f}'} | {results[0].dipole:.2f} | "
-                         f"{responses} of {len(results)} | {f'{couplings[0]:.2f}' if steady else '-'} |")
+            lines.append(
+                f"| {name} | {method} | {converged} of {len(results)} | "
+                f"{iterations} | {energies[0]:.6f} | "
+                f"{'below 20' if spread < 2e-8 else f'{spread * 1e9:.0f}'} | {results[0].dipole:.2f} | "
+                f"{responses} of {len(results)} | {f'{couplings[0]:.2f}' if steady else '-'} |"
+            )
     lines.append("")
 
 
-def MakePage(program):
+def make_page(program):
     """The page, and the published results that aren't met."""
     with open(HERE / "geometries.json") as file:
         molecules = json.load(file)["molecules"]
-    lines = ["# Validation", "",
-             "What the program gives beside published results of the same methods, and beside experiment. Every number "
-             "of this page comes", f"from a run with the parameters of [parameters](../parameters/README.md) and "
-             f"`SCFConvergenceLimit = {CONVERGENCE}`; data and their", "sources are in "
-             "[validation](../validation).", ""]
+    lines = [
+        "# Validation",
+        "",
+        "What the program gives beside published results of the same methods, and beside experiment. Every number "
+        "of this page comes",
+        f"from a run with the parameters of [parameters](../parameters/README.md) and "
+        f"`SCFConvergenceLimit = {CONVERGENCE}`; data and their",
+        "sources are in " "[validation](../validation).",
+        "",
+    ]
     with tempfile.TemporaryDirectory() as folder:
         runner = Runner(program, folder)
-        failed = LiteratureSection(runner, molecules, lines)
-        MeasuredSection(runner, molecules, lines)
+        failed = literature_section(runner, molecules, lines)
+        measured_section(runner, molecules, lines)
         lines += LIMITS.splitlines() + [""]
-        ShieldingSection(lambda row: RunShielding(runner, molecules, row), ReadTable("experiment_shielding.csv"),
-                         lines)
-        LinearSection(runner, molecules, lines)
+        shielding_section(
+            lambda row: run_shielding(runner, molecules, row), read_table("experiment_shielding.csv"), lines
+        )
+        linear_section(runner, molecules, lines)
     lines += ["## How this page is made", "", "    sh scripts/make_validation.sh"]
     return "\n".join(lines) + "\n", failed
 
@@ -331,23 +293,24 @@ def MakePage(program):
 NUMBER = re.compile(r"[-+]?\d+(?:\.\d+)?")
 
 
-def SameButForRounding(a, b):
+def same_but_for_rounding(a, b):
     """True if two lines differ at most by a unit of the last digit of their numbers."""
     if NUMBER.split(a) != NUMBER.split(b):
         return False
     for x, y in zip(NUMBER.findall(a), NUMBER.findall(b)):
         digits = [len(n.partition(".")[2]) for n in (x, y)]
-        if x != y and (digits[0] != digits[1] or digits[0] == 0 or
-                       abs(float(x) - float(y)) > 1.01 * 10.0 ** -digits[0]):
+        if x != y and (
+            digits[0] != digits[1] or digits[0] == 0 or abs(float(x) - float(y)) > 1.01 * 10.0 ** -digits[0]
+        ):
             return False
     return True
 
 
-def Compare(page, committed):
+def compare(page, committed):
     """The first difference that isn't rounding, or None."""
     new, old = page.splitlines(), committed.splitlines()
     for number, (a, b) in enumerate(zip(new, old), 1):
-        if not SameButForRounding(a, b):
+        if not same_but_for_rounding(a, b):
             return f"line {number}:\n  now       {a}\n  committed {b}"
     return None if len(new) == len(old) else f"{len(new)} lines in place of {len(old)}"
 
@@ -357,10 +320,10 @@ def main():
     parser.add_argument("--check", action="store_true")
     parser.add_argument("--program", default=str(ROOT / "build" / "release" / "velkoran"))
     arguments = parser.parse_args()
-    page, failed = MakePage(arguments.program)
+    page, failed = make_page(arguments.program)
     status = 0
     if arguments.check:
-        difference = Compare(page, PAGE.read_text())
+        difference = compare(page, PAGE.read_text())
         if difference:
             print(f"{PAGE.name} isn't what the program gives now, {difference}", file=sys.stderr)
             status = 1

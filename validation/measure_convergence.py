@@ -10,61 +10,69 @@ both methods, with and without SCFAccelerateConvergence, and the default limits.
 import argparse
 import json
 import pathlib
-import re
 import resource
-import subprocess
 import sys
 import tempfile
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
-CAUTION = re.compile(r"^CAUTION: (field with \S+|response to the \w+)", re.M)
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "python"))
+from velkoran_runs.inputs import Atom, atoms_text, parameter_input
+from velkoran_runs.log import cautions
+from velkoran_runs.program import RunKind, make_run
+from velkoran_runs.results import parse_parameter_result
+
+ROOT = pathlib.Path(__file__).resolve().parents[1]
 KINDS = ["field with nmr_shft.abp", "field with nmr_cupl.abp", "response to the contact", "response to the magnetic"]
-HEADS = ["Method", "Acceleration", "Runs", "Fields, shielding", "Fields, coupling", "Contact responses",
-         "Magnetic responses", "Runs with any", "Processor time (s)", "Ratio"]
+HEADS = [
+    "Method",
+    "Acceleration",
+    "Runs",
+    "Fields, shielding",
+    "Fields, coupling",
+    "Contact responses",
+    "Magnetic responses",
+    "Runs with any",
+    "Processor time (s)",
+    "Ratio",
+]
 
 
-def InputOf(atoms, method, acceleration):
-    lines = [f"SemiEmpiricalMethod = {method}", f"SCFAccelerateConvergence = {acceleration}", "NMRSelectionBegin",
-             str(len(atoms)), *(f"mol 1 atom {number + 1}" for number in range(len(atoms))), "NMRSelectionEnd",
-             "AtomsBegin", str(len(atoms)), "mol 1"]
-    for number, (symbol, x, y, z) in enumerate(atoms):
-        lines.append(f"atom {number + 1} {symbol} {symbol} {symbol} - 0.0 {x:.8f} {y:.8f} {z:.8f} 0")
-    return "\n".join([*lines, "AtomsEnd", ""])
+def cautions_of(program, work, atoms, method, acceleration):
+    """The kinds of the cautions of one run, in their order."""
+    options = {"SemiEmpiricalMethod": method, "SCFAccelerateConvergence": acceleration}
+    text = parameter_input(atoms_text([Atom(symbol, tuple(place)) for symbol, *place in atoms]), options)
+    (work / RunKind.PARAMETER.input_name).write_text(text)
+    texts = make_run(program, "parameters", ".", RunKind.PARAMETER, folder=work)
+    try:
+        parse_parameter_result(texts.output or "")
+    except ValueError as error:
+        sys.exit(f"measure_convergence: {error}")
+    said = cautions(texts.log or "")
+    return [kind for caution in said for kind in KINDS if caution.startswith(kind)]
 
 
-def CautionsOf(program, work, atoms, method, acceleration):
-    """The cautions of one run, by their first words."""
-    (work / "nmrparam.in").write_text(InputOf(atoms, method, acceleration))
-    (work / "run.log").unlink(missing_ok=True)
-    subprocess.run([program, "parameters", ".", "1", "run.log"], cwd=work, check=True)
-    result = (work / "nmrparam.out").read_text()
-    if not result.startswith("Results"):
-        sys.exit(f"measure_convergence: {result}")
-    return CAUTION.findall((work / "run.log").read_text())
-
-
-def ProcessorSeconds():
+def processor_seconds():
     usage = resource.getrusage(resource.RUSAGE_CHILDREN)
     return usage.ru_utime + usage.ru_stime
 
 
-def Share(count, total):
+def share_of(count, total):
     return f"{count} of {total}"
 
 
-def Measure(program, work, molecules, method, acceleration):
+def measure(program, work, molecules, method, acceleration):
     """One row of the table without its ratio, and the processor time."""
     counts = dict.fromkeys(KINDS, 0)
     doubtful = 0
-    start = ProcessorSeconds()
+    start = processor_seconds()
     for atoms in molecules:
-        cautions = CautionsOf(program, work, atoms, method, acceleration)
+        cautions = cautions_of(program, work, atoms, method, acceleration)
         doubtful += bool(cautions)
         for caution in cautions:
             counts[caution] += 1
-    seconds = ProcessorSeconds() - start
+    seconds = processor_seconds() - start
     totals = [len(molecules), len(molecules), sum(map(len, molecules)), 3 * len(molecules)]
-    shares = [Share(counts[kind], total) for kind, total in zip(KINDS, totals)]
+    shares = [share_of(counts[kind], total) for kind, total in zip(KINDS, totals)]
     return [f"TNDO/{method}", acceleration, str(len(molecules)), *shares, str(doubtful), f"{seconds:.0f}"], seconds
 
 
@@ -82,9 +90,9 @@ def main():
         work = pathlib.Path(folder)
         (work / "parameters").symlink_to(ROOT / "parameters")
         for method in (1, 2):
-            row, plain = Measure(program, work, molecules, method, "no")
+            row, plain = measure(program, work, molecules, method, "no")
             print("| " + " | ".join([*row, "1"]) + " |", flush=True)
-            row, accelerated = Measure(program, work, molecules, method, "yes")
+            row, accelerated = measure(program, work, molecules, method, "yes")
             print("| " + " | ".join([*row, f"{accelerated / plain:.2f}"]) + " |", flush=True)
 
 

@@ -3,9 +3,16 @@
 beside computed ones."""
 
 # Nucleus: the element's name and its reference compound.
-REFERENCES = {"1H": ("Hydrogen", "CH4"), "13C": ("Carbon", "CH4"), "15N": ("Nitrogen", "NH3"),
-              "17O": ("Oxygen", "H2O"), "19F": ("Fluorine", "CH3F"), "29Si": ("Silicon", "SiH4"),
-              "31P": ("Phosphorus", "PH3"), "33S": ("Sulfur", "H2S")}
+REFERENCES = {
+    "1H": ("Hydrogen", "CH4"),
+    "13C": ("Carbon", "CH4"),
+    "15N": ("Nitrogen", "NH3"),
+    "17O": ("Oxygen", "H2O"),
+    "19F": ("Fluorine", "CH3F"),
+    "29Si": ("Silicon", "SiH4"),
+    "31P": ("Phosphorus", "PH3"),
+    "33S": ("Sulfur", "H2S"),
+}
 
 HEAD = """## Shielding
 
@@ -20,45 +27,50 @@ nitrogen and oxygen some tens.
 """
 
 
-def ExperimentDifferences(rows):
+def experiment_differences(rows):
     """Per nucleus the row of the reference, and (row, difference) of the others; a site comes once."""
     result = {}
     for nucleus, (_, reference) in REFERENCES.items():
         own = [row for row in rows if row["nucleus"] == nucleus]
-        shieldings = {(row["molecule"], row["atoms"]): float(row["value"]) for row in own
-                      if row["quantity"] == "shielding"}
-        ofMolecule = {molecule: value for (molecule, _), value in shieldings.items()}
-        shifts = {row["zero"]: float(row["value"]) for row in own
-                  if row["quantity"] == "shift" and row["molecule"] == reference}
+        shieldings = {
+            (row["molecule"], row["atoms"]): float(row["value"]) for row in own if row["quantity"] == "shielding"
+        }
+        of_molecule = {molecule: value for (molecule, _), value in shieldings.items()}
+        shifts = {
+            row["zero"]: float(row["value"])
+            for row in own
+            if row["quantity"] == "shift" and row["molecule"] == reference
+        }
         differences = []
         for row in own:
             value = float(row["value"])
             if row["molecule"] == reference:
                 continue
             if row["quantity"] == "shielding":
-                differences.append((row, value - ofMolecule[reference]))
+                differences.append((row, value - of_molecule[reference]))
             elif (row["molecule"], row["atoms"]) not in shieldings:
                 zero = row["zero"]
-                start = shifts[zero] if zero in shifts else ofMolecule[zero] - ofMolecule[reference]
+                start = shifts[zero] if zero in shifts else of_molecule[zero] - of_molecule[reference]
                 differences.append((row, start - value))
-        referenceRow = next(row for row in own if row["molecule"] == reference and row["quantity"] == "shielding")
-        result[nucleus] = (referenceRow, differences)
+        reference_row = next(row for row in own if row["molecule"] == reference and row["quantity"] == "shielding")
+        result[nucleus] = (reference_row, differences)
     return result
 
 
-def Correlation(pairs):
+def correlation(pairs):
     count = len(pairs)
     if count < 3:
         return "-"
     means = [sum(pair[k] for pair in pairs) / count for k in (0, 1)]
-    product, first, second = (sum((pair[a] - means[a]) * (pair[b] - means[b]) for pair in pairs)
-                              for a, b in ((0, 1), (0, 0), (1, 1)))
+    product, first, second = (
+        sum((pair[a] - means[a]) * (pair[b] - means[b]) for pair in pairs) for a, b in ((0, 1), (0, 0), (1, 1))
+    )
     return f"{product / (first * second) ** 0.5:.2f}"
 
 
-def ElementTable(run, nucleus, reference, differences):
+def element_table(run, nucleus, reference, differences):
     """The rows of an element's table, (measured, computed, molecule) of those that converge, and the reference's."""
-    base = run(reference).MeanShielding(reference["atoms"])
+    base = run(reference).mean_shielding(reference["atoms"])
     table = []
     values = []
     for row, measured in differences:
@@ -70,37 +82,56 @@ def ElementTable(run, nucleus, reference, differences):
         elif not result.magnetic:
             notes.append("the response doesn't converge")
         else:
-            computed = result.MeanShielding(row["atoms"]) - base
+            computed = result.mean_shielding(row["atoms"]) - base
             values.append((measured, computed, row["molecule"]))
             text, deviation = f"{computed:+.1f}", f"{computed - measured:+.1f}"
         if result.accelerated:
             notes.append("with `SCFAccelerateConvergence`")
-        table.append(f"| {row['molecule']} | {row['site']} | {measured:+.1f} | {text} | {deviation} | "
-                     f"{row['quantity']} | {row['geometry']} | {row['source']} | {'; '.join(notes)} |")
+        table.append(
+            f"| {row['molecule']} | {row['site']} | {measured:+.1f} | {text} | {deviation} | "
+            f"{row['quantity']} | {row['geometry']} | {row['source']} | {'; '.join(notes)} |"
+        )
     return table, values, base
 
 
-def ShieldingSection(run, rows, lines):
+def shielding_section(run, rows, lines):
     """run gives the result of the molecule of a row."""
     summary = []
     tables = []
-    for nucleus, (reference, differences) in ExperimentDifferences(rows).items():
+    for nucleus, (reference, differences) in experiment_differences(rows).items():
         name, molecule = REFERENCES[nucleus]
-        table, values, base = ElementTable(run, nucleus, reference, differences)
+        table, values, base = element_table(run, nucleus, reference, differences)
         deviations = [(computed - measured, other) for measured, computed, other in values]
         numbers = [deviation for deviation, _ in deviations]
         largest, worst = max(deviations, key=lambda item: abs(item[0]))
         spread = max(measured for measured, _, _ in values) - min(measured for measured, _, _ in values)
-        summary.append(f"| {name} | {molecule} | {float(reference['value']):.1f} | {base:.1f} | {len(numbers)} | "
-                       f"{spread:.1f} | {sum(numbers) / len(numbers):+.1f} | "
-                       f"{sum(map(abs, numbers)) / len(numbers):.1f} | {largest:+.1f} | {worst} | "
-                       f"{Correlation(values)} |")
-        tables += [f"### {name}, from {molecule}", "",
-                   "| Molecule | Atom | Measured | Computed | Deviation | Measured as | Geometry | Source | Note |",
-                   "|---|---|---:|---:|---:|---|---|---|---|"] + table + [""]
-    lines += HEAD.splitlines() + ["", "| Element | Reference | Its shielding | Computed | Values | Range measured | "
-                                  "Mean deviation | Mean absolute | Largest | Molecule | Correlation |",
-                                  "|---|---|---:|---:|---:|---:|---:|---:|---:|---|---:|"] + summary + [""]
+        summary.append(
+            f"| {name} | {molecule} | {float(reference['value']):.1f} | {base:.1f} | {len(numbers)} | "
+            f"{spread:.1f} | {sum(numbers) / len(numbers):+.1f} | "
+            f"{sum(map(abs, numbers)) / len(numbers):.1f} | {largest:+.1f} | {worst} | "
+            f"{correlation(values)} |"
+        )
+        tables += (
+            [
+                f"### {name}, from {molecule}",
+                "",
+                "| Molecule | Atom | Measured | Computed | Deviation | Measured as | Geometry | Source | Note |",
+                "|---|---|---:|---:|---:|---|---|---|---|",
+            ]
+            + table
+            + [""]
+        )
+    lines += (
+        HEAD.splitlines()
+        + [
+            "",
+            "| Element | Reference | Its shielding | Computed | Values | Range measured | "
+            "Mean deviation | Mean absolute | Largest | Molecule | Correlation |",
+            "|---|---|---:|---:|---:|---:|---:|---:|---:|---|---:|",
+        ]
+        + summary
+        + [""]
+    )
     lines += MEANING.splitlines() + [""] + tables
 
 

@@ -19,12 +19,16 @@ r_b = R (xi - eta)/2,
 
 Every number is an exact integer or fraction here and is rounded once, when it is written.
 """
-import os
+import pathlib
 import sys
 from fractions import Fraction
 from math import factorial
 
-TARGET = os.path.join(os.path.dirname(os.path.abspath(__file__)), "coulomb_coefficients.cpp")
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "python"))
+from generated_files import write_or_check
+
+TARGET = pathlib.Path(__file__).resolve().parent / "coulomb_coefficients.cpp"
 SMALLEST_SHELL = 2  # of the second cloud: class (1, 1) has a table of its own
 LARGEST_FIRST = 3
 LARGEST_SECOND = 5
@@ -51,7 +55,7 @@ def screening(n, k):
 
 
 def weight(n1, n2, k):
-    return screening(n1, k) / (2 ** k * 4 * factorial(2 * n2) * 2 ** (2 * n2 - 1))
+    return screening(n1, k) / (2**k * 4 * factorial(2 * n2) * 2 ** (2 * n2 - 1))
 
 
 def number(value):
@@ -75,7 +79,7 @@ def wrapped(text, indent):
     return "\n".join(lines)
 
 
-def generated():
+def make_files():
     out = HEAD
     shells = range(SMALLEST_SHELL, LARGEST_SECOND + 1)
     out += "const double CoulombProducts[CoulombShells][CoulombPowers][CoulombEntries] = {\n"
@@ -92,23 +96,8 @@ def generated():
     out += "};\n\nconst double CoulombScreening[CoulombShells][CoulombScreeningPowers] = {\n"
     for n2 in shells:
         out += wrapped(braces([screening(n2, k) for k in range(2 * n2)], 2 * LARGEST_SECOND), "    ") + ",\n"
-    return out + "};\n"
-
-
-def main():
-    if sys.argv[1:] == ["--check"]:
-        with open(TARGET, encoding="ascii") as file:
-            if file.read() != generated():
-                print("coulomb_coefficients.cpp isn't what make_coulomb_coefficients.py makes", file=sys.stderr)
-                return 1
-        return 0
-    if sys.argv[1:]:
-        print("usage: make_coulomb_coefficients.py [--check]", file=sys.stderr)
-        return 2
-    with open(TARGET, "w", encoding="ascii", newline="\n") as file:
-        file.write(generated())
-    return 0
+    return {TARGET: out + "};\n"}
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(write_or_check(make_files))

@@ -7,20 +7,24 @@ With --check it writes nothing, and exits with 1 if the file isn't what it would
 Values are computed in integers with 1400 binary digits after the point, and rounded once, when they are written. A
 value that takes two doubles is the nearest double and the nearest double to what is left.
 """
-import os
+import pathlib
 import sys
 from fractions import Fraction
 
-TARGET = os.path.join(os.path.dirname(os.path.abspath(__file__)), "elementary_tables.h")
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "python"))
+from generated_files import write_or_check
+
+TARGET = pathlib.Path(__file__).resolve().parent / "elementary_tables.h"
 DIGITS = 1400
 ONE = 1 << DIGITS
-EXPONENTIAL_STEPS = 64   # of a factor of 2
-LOGARITHM_STEPS = 128    # of 1
-FIRST_LOGARITHM = 90     # sqrt(1/2) and sqrt(2), in these steps
+EXPONENTIAL_STEPS = 64  # of a factor of 2
+LOGARITHM_STEPS = 128  # of 1
+FIRST_LOGARITHM = 90  # sqrt(1/2) and sqrt(2), in these steps
 LAST_LOGARITHM = 182
-ANGLE_STEPS = 64         # of 1
-LAST_SINE = 51           # pi/4, in these steps
-WORDS = 40               # of 32 bits, of 2/pi
+ANGLE_STEPS = 64  # of 1
+LAST_SINE = 51  # pi/4, in these steps
+WORDS = 40  # of 32 bits, of 2/pi
 
 HEAD = """// SPDX-License-Identifier: MIT
 // Made by make_elementary_tables.py, which says how: not to be edited.
@@ -128,7 +132,7 @@ def logarithm_row(j):
     return [inverse] + two_doubles(-logarithm(int(Fraction(inverse) * ONE)))
 
 
-def generated():
+def make_files():
     ln2 = -logarithm(ONE // 2)
     ln10 = 3 * ln2 + logarithm(ONE * 5 // 4)
     out = HEAD
@@ -142,39 +146,28 @@ def generated():
     out += "// ln 2; the product of the first piece with an integer of 11 bits is exact.\n"
     out += table("double Ln2[2]", [value.hex() for value in pieces(ln2, 41)])
     out += f"// 2^(i/{EXPONENTIAL_STEPS}), in two doubles.\n"
-    out += table(f"double ExponentialTable[{EXPONENTIAL_STEPS}][2]",
-                 [braces(two_doubles(exponential(ln2 * i // EXPONENTIAL_STEPS))) for i in range(EXPONENTIAL_STEPS)])
+    out += table(
+        f"double ExponentialTable[{EXPONENTIAL_STEPS}][2]",
+        [braces(two_doubles(exponential(ln2 * i // EXPONENTIAL_STEPS))) for i in range(EXPONENTIAL_STEPS)],
+    )
     out += f"// Nine bits of 1/c, and ln c in two doubles, c being near i/{LOGARITHM_STEPS}.\n"
     out += f"inline constexpr int FirstLogarithm = {FIRST_LOGARITHM};\n"
     rows = [logarithm_row(j) for j in range(FIRST_LOGARITHM, LAST_LOGARITHM + 1)]
     out += table(f"double LogarithmTable[{len(rows)}][3]", [braces(row) for row in rows])
     angles = [ONE * i // ANGLE_STEPS for i in range(ANGLE_STEPS + 1)]
     out += f"// Sine and cosine of i/{ANGLE_STEPS}, each in two doubles.\n"
-    out += table(f"double SineTable[{LAST_SINE}][4]",
-                 [braces(two_doubles(sine(x)) + two_doubles(cosine(x))) for x in angles[:LAST_SINE]])
+    out += table(
+        f"double SineTable[{LAST_SINE}][4]",
+        [braces(two_doubles(sine(x)) + two_doubles(cosine(x))) for x in angles[:LAST_SINE]],
+    )
     out += f"// The angle whose tangent is i/{ANGLE_STEPS}, in two doubles.\n"
     out += table(f"double ArcTangentTable[{ANGLE_STEPS + 1}][2]", [braces(two_doubles(arc_tangent(x))) for x in angles])
     bits = (2 * ONE * ONE // PI) >> (DIGITS - 32 * WORDS)
     words = [f"0x{bits >> 32 * (WORDS - 1 - i) & 0xffffffff:08x}" for i in range(WORDS)]
     out += "// 2/pi, the first word being that of 2^-32.\n"
-    out += table(f"std::uint32_t TwoOverPi[{WORDS}]", [", ".join(words[i:i + 8]) for i in range(0, WORDS, 8)])
-    return out.rstrip("\n") + "\n"
-
-
-def main():
-    if sys.argv[1:] == ["--check"]:
-        with open(TARGET, encoding="ascii") as file:
-            if file.read() != generated():
-                print("elementary_tables.h isn't what make_elementary_tables.py makes", file=sys.stderr)
-                return 1
-        return 0
-    if sys.argv[1:]:
-        print("usage: make_elementary_tables.py [--check]", file=sys.stderr)
-        return 2
-    with open(TARGET, "w", encoding="ascii", newline="\n") as file:
-        file.write(generated())
-    return 0
+    out += table(f"std::uint32_t TwoOverPi[{WORDS}]", [", ".join(words[i : i + 8]) for i in range(0, WORDS, 8)])
+    return {TARGET: out.rstrip("\n") + "\n"}
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(write_or_check(make_files))

@@ -10,12 +10,16 @@ are not freed of their e^(-x).
 
 Roots by Newton's method in 50 digits, from bisection; each number is rounded once, when it is written.
 """
-import os
+import pathlib
 import sys
 from decimal import Decimal, getcontext
 
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "python"))
+from generated_files import write_or_check
+
 getcontext().prec = 50
-TARGET = os.path.join(os.path.dirname(os.path.abspath(__file__)), "gauss_rules.cpp")
+TARGET = pathlib.Path(__file__).resolve().parent / "gauss_rules.cpp"
 LEGENDRE = range(8, 49, 4)
 LAGUERRE = (12, 16, 20, 24, 28)
 
@@ -65,6 +69,18 @@ def roots(function, n, low, high, steps, count):
     return found
 
 
+def upper_half(n):
+    """The positive nodes of the Legendre rule of an even number of nodes, rising, each with its weight."""
+    nodes = roots(legendre, n, Decimal("1e-9"), 1 - Decimal("1e-9"), 40 * n, n // 2)
+    return [(x, 2 / ((1 - x * x) * legendre(n, x)[1] ** 2)) for x in nodes]
+
+
+def legendre_rule(n):
+    """All nodes of it, rising, each with its weight."""
+    half = upper_half(n)
+    return [(-x, weight) for x, weight in reversed(half)] + half
+
+
 def listed(name, values):
     text = "static const double %s[%d] = {\n" % (name, len(values))
     line = "   "
@@ -77,32 +93,22 @@ def listed(name, values):
     return text + line + "\n};\n"
 
 
-def table():
+def make_files():
     text = HEAD
     for n in LEGENDRE:
-        nodes = roots(legendre, n, Decimal("1e-9"), 1 - Decimal("1e-9"), 40 * n, n // 2)
+        nodes, weights = zip(*upper_half(n))
         text += listed("legendreNodes%d" % n, nodes)
-        text += listed("legendreWeights%d" % n, [2 / ((1 - x * x) * legendre(n, x)[1] ** 2) for x in nodes])
+        text += listed("legendreWeights%d" % n, weights)
     for n in LAGUERRE:
         nodes = roots(laguerre, n, Decimal("1e-9"), Decimal(4 * n), 40 * n, n)
         text += listed("laguerreNodes%d" % n, nodes)
-        text += listed("laguerreWeights%d" % n,
-                       [x * x.exp() / ((n + 1) * laguerre(n + 1, x)[0]) ** 2 for x in nodes])
+        text += listed("laguerreWeights%d" % n, [x * x.exp() / ((n + 1) * laguerre(n + 1, x)[0]) ** 2 for x in nodes])
     text += "\nconst GaussRule LegendreRules[LegendreRuleCount] = {\n"
     text += "".join("    {%d, legendreNodes%d, legendreWeights%d},\n" % (n, n, n) for n in LEGENDRE)
     text += "};\n\nconst GaussRule LaguerreRules[LaguerreRuleCount] = {\n"
     text += "".join("    {%d, laguerreNodes%d, laguerreWeights%d},\n" % (n, n, n) for n in LAGUERRE)
-    return text + "};\n"
-
-
-def main():
-    text = table()
-    if "--check" in sys.argv[1:]:
-        with open(TARGET, encoding="ascii") as present:
-            sys.exit(0 if present.read() == text else 1)
-    with open(TARGET, "w", encoding="ascii") as target:
-        target.write(text)
+    return {TARGET: text + "};\n"}
 
 
 if __name__ == "__main__":
-    main()
+    sys.exit(write_or_check(make_files))

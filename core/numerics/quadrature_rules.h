@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Made by make_quadrature_rules.py, which says how: not to be edited.
 // The two Gauss-Legendre rules of the three-centre quadrature: nodes are the roots of the Legendre polynomials of
 // degree 14 and 32, mapped from (-1, 1) to (0, 1).
 #pragma once

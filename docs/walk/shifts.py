@@ -11,7 +11,7 @@ import sys
 SYMBOLS = {1: "H", 6: "C", 7: "N", 8: "O", 9: "F", 14: "Si", 15: "P", 16: "S", 17: "Cl"}
 
 
-def RunMolecule(program, parameters, folder):
+def run_molecule(program, parameters, folder):
     """The selected nuclei as atomic numbers, their shieldings in ppm, and the couplings in Hz row by row."""
     log = pathlib.Path(folder, "run.log")
     log.unlink(missing_ok=True)  # the program appends to it
@@ -25,11 +25,11 @@ def RunMolecule(program, parameters, folder):
     elements = [int(word) for word in lines[2].split()]
     shieldings = [float(word) for word in lines[lines.index("SHIELDING") + 1].split()]
     first = lines.index("COUPLING") + 1
-    couplings = [[float(word) for word in line.split()] for line in lines[first:first + len(elements)]]
+    couplings = [[float(word) for word in line.split()] for line in lines[first : first + len(elements)]]
     return elements, shieldings, couplings
 
 
-def MeanShieldings(elements, shieldings):
+def mean_shieldings(elements, shieldings):
     """The mean of the nuclei of each element, by atomic number."""
     values = collections.defaultdict(list)
     for element, shielding in zip(elements, shieldings):
@@ -40,14 +40,16 @@ def MeanShieldings(elements, shieldings):
 def main():
     program, parameters, *folders = sys.argv[1:]
     with concurrent.futures.ThreadPoolExecutor() as pool:  # a run uses one processor core
-        results = list(pool.map(lambda folder: RunMolecule(program, parameters, folder), folders))
-    reference = MeanShieldings(*results[0][:2])
+        results = list(pool.map(lambda folder: run_molecule(program, parameters, folder), folders))
+    reference = mean_shieldings(*results[0][:2])
     print("molecule      nucleus  shielding    shift")
     for folder, (elements, shieldings, _) in zip(folders, results):
-        for element, shielding in MeanShieldings(elements, shieldings).items():
+        for element, shielding in mean_shieldings(elements, shieldings).items():
             if element in reference:
-                print(f"{pathlib.Path(folder).name:13} {SYMBOLS[element]:7} {shielding:10.2f} "
-                      f"{reference[element] - shielding:8.2f}")
+                print(
+                    f"{pathlib.Path(folder).name:13} {SYMBOLS[element]:7} {shielding:10.2f} "
+                    f"{reference[element] - shielding:8.2f}"
+                )
 
 
 main()

@@ -11,28 +11,32 @@ import pathlib
 import re
 import sys
 
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "python"))
+from velkoran_runs.inputs import read_atoms, read_options, read_selection
+from velkoran_runs.parameter_files import COUPLING_FILE, parse_records
+from velkoran_runs.results import parse_parameter_result
+from velkoran_runs.texts import read_text
+
 CASES = pathlib.Path(__file__).resolve().parent
 FOLDERS = sorted(CASES.glob("parameter/listing_of_*"))
 PARAMETER_SETS = CASES.parent / "support" / "parameter_sets"
 
-BOHRS = 1.889725985            # in an Angstrom
+BOHRS = 1.889725985  # in an Angstrom
 HARTREES = 0.03674930900274282  # in an eV
-KCAL = 627.5220032             # in a Hartree
+KCAL = 627.5220032  # in a Hartree
 KCAL_OF_EV = 23.061
-EV = 27.211395                 # in a Hartree, for the levels
-DEBYES = 2.5416                # in e bohr
+EV = 27.211395  # in a Hartree, for the levels
+DEBYES = 2.5416  # in e bohr
 REDUCED = 1.2438805210547523e-8 * 5.069040731147547e29  # of a response, in 1/cm3
 HERTZ = 3.850008004857603e-21
 MASSES = {"H": 1.0079, "He": 4.0026}
 CORE_CHARGES = {"H": 1, "He": 2}
 
-# Columns of nmr_cupl.abp behind the name.
-EXPONENT, ENERGY, BONDING, CONTACT, FACTOR, ISOLATED, HEAT = 0, 3, 6, 9, 10, 11, 13
-
-STEPS = 3000          # of the damped iterations, which need about a hundred
+STEPS = 3000  # of the damped iterations, which need about a hundred
 SMALLEST_CHANGE = 1e-13
-ROUNDING = 0.51       # of the last printed place
-CONVERGENCE = 2.0     # in the last printed place: what the limit of the run leaves in levels, coefficients, populations
+ROUNDING = 0.51  # of the last printed place
+CONVERGENCE = 2.0  # in the last printed place: what the limit of the run leaves in levels, coefficients, populations
 COUPLING_ERROR = 1e-5  # relative
 
 
@@ -40,23 +44,22 @@ class System:
     """A folder's input, and the integrals of its atoms."""
 
     def __init__(self, folder):
-        text = (folder / "nmrparam.in").read_text(encoding="ascii")
-        atoms = re.findall(r"^atom \d+ \w+ (\w+) \w+ - 0 (\S+) (\S+) (\S+) 0$", text, re.M)
-        self.charge = int(re.search(r"^TotalCharge = (\S+)$", text, re.M).group(1))
-        self.perturbed = len(re.findall(r"^mol 1 atom \d+$", text, re.M))
-        self.elements = [atom[0] for atom in atoms]
-        self.places = [[float(x) * BOHRS for x in atom[1:]] for atom in atoms]
-        parameter_set = (folder / "parameter_set").read_text(encoding="ascii").strip()
-        records = (PARAMETER_SETS / parameter_set / "nmr_cupl.abp").read_text(encoding="ascii").splitlines()
-        columns = {record.split()[0]: [float(x) for x in record.split()[1:]] for record in records}
-        self.parameters = [columns[element] for element in self.elements]
+        text = read_text(folder / "nmrparam.in")
+        (atoms,) = read_atoms(text)
+        self.charge = int(read_options(text)["TotalCharge"])
+        self.perturbed = len(read_selection(text))
+        self.elements = [atom.element for atom in atoms]
+        self.places = [[x * BOHRS for x in atom.position] for atom in atoms]
+        parameter_set = read_text(folder / "parameter_set").strip()
+        records = parse_records(read_text(PARAMETER_SETS / parameter_set / COUPLING_FILE))
+        self.parameters = [records[element] for element in self.elements]
         self.cores = [CORE_CHARGES[element] for element in self.elements]
         self.n = len(atoms)
         self.build_integrals()
 
     def build_integrals(self):
         n = range(self.n)
-        zeta = self.parameters[0][EXPONENT]
+        zeta = self.parameters[0]["SlaterExponentS"]
         self.gamma = [[0.625 * zeta] * self.n for _ in n]
         self.core = [[0.0] * self.n for _ in n]
         self.repulsion = 0.0
@@ -64,15 +67,17 @@ class System:
             for j in range(i):
                 distance = math.dist(self.places[i], self.places[j])
                 x = zeta * distance
-                polynomial = 1 + 11 * x / 8 + 3 * x ** 2 / 4 + x ** 3 / 6
+                polynomial = 1 + 11 * x / 8 + 3 * x**2 / 4 + x**3 / 6
                 self.gamma[i][j] = self.gamma[j][i] = (1 - polynomial * math.exp(-2 * x)) / distance
-                overlap = math.exp(-x) * (1 + x + x ** 2 / 3)
-                bonding = (self.parameters[i][BONDING] + self.parameters[j][BONDING]) / 2 * HARTREES
+                overlap = math.exp(-x) * (1 + x + x**2 / 3)
+                bonding = (
+                    (self.parameters[i]["BondingParameter"] + self.parameters[j]["BondingParameter"]) / 2 * HARTREES
+                )
                 self.core[i][j] = self.core[j][i] = -overlap * bonding
                 self.repulsion += self.cores[i] * self.cores[j] / distance
         for i in n:
             attraction = sum(self.cores[j] * self.gamma[i][j] for j in n)
-            self.core[i][i] = self.parameters[i][ENERGY] * HARTREES + self.gamma[i][i] / 2 - attraction
+            self.core[i][i] = self.parameters[i]["OrbitalEnergyS"] * HARTREES + self.gamma[i][i] / 2 - attraction
 
 
 def eigen(matrix):
@@ -127,7 +132,7 @@ class Solution:
 
     def next_density(self, density):
         n = range(self.system.n)
-        orbitals = eigen(self.fock(density))[1][:self.pairs]
+        orbitals = eigen(self.fock(density))[1][: self.pairs]
         return [[2 * sum(c[i] * c[j] for c in orbitals) for j in n] for i in n]
 
     def responses(self, atom):
@@ -137,7 +142,7 @@ class Solution:
         def step(change):
             fock = [[-change[k][l] * self.system.gamma[k][l] + (k == l == atom) for l in n] for k in n]
             result = [[0.0] * self.system.n for _ in n]
-            for i, c in enumerate(self.orbitals[:self.pairs]):
+            for i, c in enumerate(self.orbitals[: self.pairs]):
                 for a in range(self.pairs, self.system.n):
                     u = self.orbitals[a]
                     w = sum(u[k] * fock[k][l] * c[l] for k in n for l in n) / (self.levels[i] - self.levels[a])
@@ -155,8 +160,8 @@ class Checker:
 
     def __init__(self, folder):
         self.name = folder.name
-        self.log = (folder / "expected.log").read_text(encoding="ascii")
-        self.output = (folder / "expected.out").read_text(encoding="ascii")
+        self.log = read_text(folder / "expected.log")
+        self.result = parse_parameter_result(read_text(folder / "expected.out"))
         self.wrong = []
         self.compared = 0
 
@@ -174,11 +179,18 @@ class Checker:
 
 
 def check_energies(checker, system, solution):
-    isolated = sum(parameters[ISOLATED] for parameters in system.parameters) * KCAL_OF_EV
+    isolated = sum(parameters["IsolatedEnergyTndo1"] for parameters in system.parameters) * KCAL_OF_EV
     total = solution.electronic + system.repulsion
-    heats = sum(parameters[HEAT] for parameters in system.parameters)
-    values = [total * KCAL, total, total * KCAL - isolated, isolated, solution.electronic * KCAL,
-              system.repulsion * KCAL, heats + total * KCAL - isolated]
+    heats = sum(parameters["AtomHeat"] for parameters in system.parameters)
+    values = [
+        total * KCAL,
+        total,
+        total * KCAL - isolated,
+        isolated,
+        solution.electronic * KCAL,
+        system.repulsion * KCAL,
+        heats + total * KCAL - isolated,
+    ]
     # the energies end by what the iterations of the run leave, some millionths of a kcal/mol
     checker.compare("energies", checker.section("Energies\n", "Eigenvalues(eV)"), values, 20.0)
     checker.compare("progress", checker.section("\nEnergy=", "\n"), [values[2]], CONVERGENCE)
@@ -227,20 +239,29 @@ def check_matrices(checker, system, solution):
 
 def check_couplings(checker, system, solution):
     rows = re.findall(r"^ +(\d+)\(.{2}\) +(\d+)\(.{2}\) +(\S+) +(\S+) +(\S+) +(\S+) +(\S+) +(\S+)$", checker.log, re.M)
-    square = [line.split() for line in checker.output.split("COUPLING\n")[1].splitlines()]
     expected_rows = []
     for a in range(system.perturbed):
         response = solution.responses(a)
         for b in range(system.n):
             first, second = system.parameters[a], system.parameters[b]
-            reduced = response[b] * REDUCED * first[CONTACT] * second[CONTACT] if a != b else 0.0
-            coupling = first[FACTOR] * second[FACTOR] * reduced * HERTZ
+            reduced = response[b] * REDUCED * first["sDensity0"] * second["sDensity0"] if a != b else 0.0
+            coupling = first["gFactor"] * second["gFactor"] * reduced * HERTZ
             if b < system.perturbed:
                 places = ROUNDING + abs(coupling) * COUPLING_ERROR * 1e3
-                checker.compare("result file", [square[a][b]], [coupling], places)
+                checker.compare("result file", [f"{checker.result.couplings[a][b]:.3f}"], [coupling], places)
             if a != b:
-                expected_rows.append((a + 1, b + 1, first[FACTOR], second[FACTOR], first[CONTACT], second[CONTACT],
-                                      reduced, coupling))
+                expected_rows.append(
+                    (
+                        a + 1,
+                        b + 1,
+                        first["gFactor"],
+                        second["gFactor"],
+                        first["sDensity0"],
+                        second["sDensity0"],
+                        reduced,
+                        coupling,
+                    )
+                )
     if len(rows) != len(expected_rows):
         checker.wrong.append("%s: %d couplings, not %d" % (checker.name, len(rows), len(expected_rows)))
     for row, expected in zip(rows, expected_rows):

@@ -88,16 +88,20 @@ def total(counts):
 
 def write_page(path, lines, branches, gaps, explanations):
     with open(path, "w") as page:
-        page.write("# Coverage\n\nWritten by `sh scripts/run_coverage.sh`, which runs all tests in a build of its own: "
-                   "g++, unoptimised,\nbranches of exceptions left out. Each line and branch of the program counts "
-                   "that is compiled on Linux.\n\n"
-                   "| Folder | Lines | | Branches | |\n|---|---|---|---|---|\n")
+        page.write(
+            "# Coverage\n\nWritten by `sh scripts/run_coverage.sh`, which runs all tests in a build of its own: "
+            "g++, unoptimised,\nbranches of exceptions left out. Each line and branch of the program counts "
+            "that is compiled on Linux.\n\n"
+            "| Folder | Lines | | Branches | |\n|---|---|---|---|---|\n"
+        )
         for folder in sorted(lines):
             page.write(f"| `{folder}/` | {lines[folder]} | {branches.get(folder, Count())} |\n")
-        page.write(f"| All | {total(lines)} | {total(branches)} |\n\n"
-                   "## What no test runs\n\n"
-                   "The sizes are lines and branches that no test has taken.\n\n"
-                   "| File | Function | Lines | Branches | Why |\n|---|---|---|---|---|\n")
+        page.write(
+            f"| All | {total(lines)} | {total(branches)} |\n\n"
+            "## What no test runs\n\n"
+            "The sizes are lines and branches that no test has taken.\n\n"
+            "| File | Function | Lines | Branches | Why |\n|---|---|---|---|---|\n"
+        )
         for (file, function), (uncovered, _, missing) in sorted(gaps.items()):
             why = explanations.get((file, function), "")
             page.write(f"| `{file}` | `{function}` | {len(uncovered)} | {missing} | {why} |\n")

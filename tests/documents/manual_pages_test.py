@@ -19,11 +19,25 @@ import sys
 import tempfile
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
-PAGES = ["velkoran.1", "nmrparam.in.5", "nmrparam.out.5", "nmrspect.in.5", "nmrspect.out.5", "nmrtype.txt.5",
-         "nmr_shft.abp.5", "nmr_cupl.abp.5", "velkoran-log.5"]
-PARAMETER_FILES = ["nmrtype.txt", "nmr_shft.abp", "nmr_cupl.abp"]
-PROGRESS = re.compile(r"Iteration = |Perturbed ")  # what three dots in a log may stand for
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "python"))
+from velkoran_runs.log import PROGRESS, field_differences
+from velkoran_runs.parameter_files import FILE_NAMES
+from velkoran_runs.program import RunKind, make_run, start_run
+from velkoran_runs.results import parse_parameter_result, parse_spectrum_result, refusal_of
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+PAGES = [
+    "velkoran.1",
+    "nmrparam.in.5",
+    "nmrparam.out.5",
+    "nmrspect.in.5",
+    "nmrspect.out.5",
+    "nmrtype.txt.5",
+    "nmr_shft.abp.5",
+    "nmr_cupl.abp.5",
+    "velkoran-log.5",
+]
 RUN_LIMIT = 100  # seconds, of a run in a build with sanitizers
 
 STRING = r'"(?:[^"\\]|\\.)*"'
@@ -44,6 +58,7 @@ def c_text(literals):
 
 class Page:
     """A page: its examples as pairs of label and lines, its messages, the pages that it names."""
+
     def __init__(self, name):
         self.path = ROOT / "man" / name
         lines = self.path.read_text().splitlines()
@@ -52,9 +67,10 @@ class Page:
             if line.startswith('.\\" example: '):
                 assert lines[place + 1].startswith(".Bd -literal"), f"{name}:{place + 1}: an example without .Bd"
                 end = lines.index(".Ed", place)
-                self.examples.append((line.split(": ", 1)[1], [plain(text) for text in lines[place + 2:end]]))
-        self.messages = [plain(match.replace('""', '"'))
-                         for match in re.findall(r'^\.It Sy "(.*)"$', "\n".join(lines), re.M)]
+                self.examples.append((line.split(": ", 1)[1], [plain(text) for text in lines[place + 2 : end]]))
+        self.messages = [
+            plain(match.replace('""', '"')) for match in re.findall(r'^\.It Sy "(.*)"$', "\n".join(lines), re.M)
+        ]
         self.names = {match.replace(" ", ".") for match in re.findall(r"^\.Xr (\S+ \d)", "\n".join(lines), re.M)}
         self.keys = re.findall(r"^\.It Cm ([A-Z]\w+)$", "\n".join(lines), re.M)
         self.sections = re.findall(r"^\.Sh (.*)$", "\n".join(lines), re.M)
@@ -67,10 +83,12 @@ class Page:
 
 class Sources:
     """What the program can say: texts by number from the catalogue, the numbers that are raised, its own texts."""
+
     def __init__(self):
         catalogue = (ROOT / "core" / "resources" / "message_catalogue.inc").read_text()
-        self.texts = {int(number): c_text(text)
-                      for number, text in re.findall(rf"CATALOGUE_TEXT\((\d+), ({STRING})\)", catalogue)}
+        self.texts = {
+            int(number): c_text(text) for number, text in re.findall(rf"CATALOGUE_TEXT\((\d+), ({STRING})\)", catalogue)
+        }
         code = "".join(path.read_text() for path in sorted((ROOT / "core").rglob("*.cpp")))
         self.raised = {int(number) for number in re.findall(r"\b(?:FatalError|Warning)\((\d+)", code)}
         self.calls = re.findall(r"\b(?:FatalError|Warning)\(([^)]*)", code)
@@ -78,8 +96,12 @@ class Sources:
         self.literals = {c_text(match) for match in re.findall(literals, code)}
         # a refusal that isn't in the catalogue is formed by snprintf, or handed over as it is
         self.own = {c_text(match) for match in re.findall(rf"WriteFatalFile\(({literals})\)", code)}
-        self.own |= {c_text(match) for match in re.findall(
-            rf"snprintf\(text, sizeof text,\s*({literals})[^;]*;\s*WriteFatalFile\(text\)", code)}
+        self.own |= {
+            c_text(match)
+            for match in re.findall(
+                rf"snprintf\(text, sizeof text,\s*({literals})[^;]*;\s*WriteFatalFile\(text\)", code
+            )
+        }
         self.fatal_files = len(re.findall(r"^ +WriteFatalFile\(", code, re.M))
         self.without_mark = {c_text(match) for match in re.findall(rf"fputs\(({literals}), file\)", code)}
         keys = (ROOT / "core" / "files" / "option_keys.cpp").read_text()
@@ -122,7 +144,7 @@ class ManualPages(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
-        self.write("parameters", *PARAMETER_FILES)
+        self.write("parameters", *FILE_NAMES)
         self.write("water", "nmrparam.in")
         self.write("chloro", "nmrspect.in")
 
@@ -136,10 +158,22 @@ class ManualPages(unittest.TestCase):
 
     def shell(self, commands, folder=None):
         path = os.path.dirname(program) + os.pathsep + os.environ["PATH"]
-        done = subprocess.run(["sh", "-c", commands], cwd=folder or self.folder, env=os.environ | {"PATH": path},
-                              capture_output=True, text=True, timeout=RUN_LIMIT)
+        done = subprocess.run(
+            ["sh", "-c", commands],
+            cwd=folder or self.folder,
+            env=os.environ | {"PATH": path},
+            capture_output=True,
+            text=True,
+            timeout=RUN_LIMIT,
+        )
         self.assertEqual(done.stderr, "")
         return done.stdout
+
+    def run_program(self, work, kind, parameters="parameters"):
+        """Output and log of a run in a work folder, without an older output or log."""
+        texts = make_run(program, parameters, work, kind, f"{work}/run.log", folder=self.folder, seconds=RUN_LIMIT)
+        self.assertEqual(texts.complaint, "")
+        return texts.output, texts.log
 
     def test_every_page_is_tested(self):
         self.assertEqual(sorted(path.name for path in (ROOT / "man").iterdir()), sorted(PAGES))
@@ -150,8 +184,12 @@ class ManualPages(unittest.TestCase):
             section = self.folder / ("man" + name[-1])
             section.mkdir(exist_ok=True)
             shutil.copy(ROOT / "man" / name, section)
-        lint = subprocess.run(["mandoc", "-T", "lint", "-W", "style", *[ROOT / "man" / name for name in PAGES]],
-                              env=os.environ | {"MANPATH": str(self.folder)}, capture_output=True, text=True)
+        lint = subprocess.run(
+            ["mandoc", "-T", "lint", "-W", "style", *[ROOT / "man" / name for name in PAGES]],
+            env=os.environ | {"MANPATH": str(self.folder)},
+            capture_output=True,
+            text=True,
+        )
         self.assertEqual(lint.stdout, "")
         self.assertEqual(lint.returncode, 0)
 
@@ -174,46 +212,46 @@ class ManualPages(unittest.TestCase):
                     del seen[0]
                 while seen[-1] == "":
                     del seen[-1]
-                found = any([indent + line if line else "" for line in seen] == rendered[at:at + len(seen)]
-                            for indent in (" " * 5, " " * 9) for at in range(len(rendered)))
+                found = any(
+                    [indent + line if line else "" for line in seen] == rendered[at : at + len(seen)]
+                    for indent in (" " * 5, " " * 9)
+                    for at in range(len(rendered))
+                )
                 self.assertTrue(found, f"{name}: the example {label!r} reads otherwise than it is tested")
 
     def test_parameter_run(self):
-        self.shell("velkoran parameters water 1 water/run.log")
-        self.assertEqual((self.folder / "water" / "nmrparam.out").read_text(), self.text("nmrparam.out"))
-        match_log(self, self.examples["log of nmrparam.in"],
-                  (self.folder / "water" / "run.log").read_text().splitlines())
+        output, log = self.run_program("water", RunKind.PARAMETER)
+        self.assertEqual(output, self.text("nmrparam.out"))
+        match_log(self, self.examples["log of nmrparam.in"], log.splitlines())
 
     def test_parameter_run_with_the_parameters_of_the_project(self):
         shutil.copytree(ROOT / "parameters", self.folder / "all")
-        self.shell("velkoran all water 1")
-        self.assertEqual((self.folder / "water" / "nmrparam.out").read_text(), self.text("nmrparam.out"))
+        output, _ = self.run_program("water", RunKind.PARAMETER, "all")
+        self.assertEqual(output, self.text("nmrparam.out"))
 
     def test_spectrum_run(self):
-        self.shell("velkoran parameters chloro 2 chloro/run.log")
-        self.assertEqual((self.folder / "chloro" / "nmrspect.out").read_text(), self.text("nmrspect.out"))
-        match_log(self, self.examples["log of nmrspect.in"],
-                  (self.folder / "chloro" / "run.log").read_text().splitlines())
+        output, log = self.run_program("chloro", RunKind.SPECTRUM)
+        self.assertEqual(output, self.text("nmrspect.out"))
+        match_log(self, self.examples["log of nmrspect.in"], log.splitlines())
 
     def test_commands(self):
         for label in ["commands", "spectrum commands"]:
             self.assertEqual(self.shell(self.text(label)), self.text(label + " output"))
-        self.assertEqual(self.shell(self.text("log commands"), self.folder / "water"),
-                         self.text("log commands output"))
+        self.assertEqual(self.shell(self.text("log commands"), self.folder / "water"), self.text("log commands output"))
 
-    def run_water(self, change, folder="water", parameters="parameters"):
-        """Result and log of the input of the page after a change of its text; no log, no old result before."""
-        where = self.folder / folder
-        for name in ["nmrparam.out", "run.log"]:
-            (where / name).unlink(missing_ok=True)
-        (where / "nmrparam.in").write_text(change(self.text("nmrparam.in")))
-        self.shell(f"velkoran {parameters} {folder} 1 {folder}/run.log")
-        return (where / "nmrparam.out").read_text(), (where / "run.log").read_text()
+    def run_water(self, change):
+        """Output and log of the input of the page after a change of its text."""
+        (self.folder / "water" / "nmrparam.in").write_text(change(self.text("nmrparam.in")))
+        return self.run_program("water", RunKind.PARAMETER)
 
     def test_values_are_taken_as_the_page_says(self):
-        shown = {"SemiEmpiricalMethod": r"Starting (TNDO/\d)", "SCFIterationLimit": r"Iteration limit = (\S+)",
-                 "SCFAccelerateConvergence": r"Applying the SCF accelerate convergence\?  (\w+)",
-                 "SCFConvergenceLimit": r"Convergence limit = (\S+)", "TotalCharge": r"Charge on the system = (\S+)"}
+        shown = {
+            "SemiEmpiricalMethod": r"Starting (TNDO/\d)",
+            "SCFIterationLimit": r"Iteration limit = (\S+)",
+            "SCFAccelerateConvergence": r"Applying the SCF accelerate convergence\?  (\w+)",
+            "SCFConvergenceLimit": r"Convergence limit = (\S+)",
+            "TotalCharge": r"Charge on the system = (\S+)",
+        }
         text = self.pages["nmrparam.in.5"].path.read_text()
         rows = re.findall(r'^\.It Li "(\S+) = (.*)" Ta ([^,\n]+)(.*)$', text, re.M)
         self.assertEqual({row[0].lower() for row in rows}, {key.lower() for key in shown})
@@ -236,16 +274,14 @@ class ManualPages(unittest.TestCase):
 
     def test_two_atoms_at_one_place_give_an_ordinary_looking_result(self):
         result, log = self.run_water(lambda text: text.replace("-0.7572", "0.7572"))
-        lines = result.splitlines()
-        couplings = [[float(word) for word in line.split()] for line in lines[lines.index("COUPLING") + 1:]]
-        self.assertEqual(round(couplings[1][2]), 106)  # Hz, the figure of docs/method.md
-        self.assertLess(float(re.findall("Difference = (.*)", log)[-1]), 1e-5)
+        self.assertEqual(round(parse_parameter_result(result).couplings[1][2]), 106)  # Hz, the figure of docs/method.md
+        self.assertLess(field_differences(log)[-1], 1e-5)
         self.assertNotIn("Iter = 199 ", log)
 
     def test_backslash_at_the_end_of_the_parameter_directory(self):
-        self.write("pp", *PARAMETER_FILES)
+        self.write("pp", *FILE_NAMES)
         (self.folder / "w").mkdir()
-        self.assertTrue(self.run_at("pp", "w\\").startswith("ERRMSG: "))
+        self.assertIsNotNone(refusal_of(self.run_at("pp", "w\\")))
         for directory in ["pp\\", "pp/"]:
             for work in ["w", "w/", "w\\"]:
                 self.assertEqual(self.run_at(directory, work), self.text("nmrparam.out"), f"{directory} {work}")
@@ -255,7 +291,8 @@ class ManualPages(unittest.TestCase):
         output = self.folder / "w" / "nmrparam.out"
         output.unlink(missing_ok=True)
         (self.folder / "w" / "nmrparam.in").write_text(self.text("nmrparam.in"))
-        self.shell(f"velkoran '{directory}' '{work}' 1")
+        with start_run(program, directory, work, RunKind.PARAMETER, folder=self.folder) as process:
+            self.assertEqual(process.wait(RUN_LIMIT), 0)
         return output.read_text()
 
     def spectrum(self, *changes):
@@ -265,9 +302,8 @@ class ManualPages(unittest.TestCase):
             self.assertEqual(text.count(old), 1, old)
             text = text.replace(old, new)
         (self.folder / "chloro" / "nmrspect.in").write_text(text)
-        self.shell("velkoran parameters chloro 2")
-        lines = (self.folder / "chloro" / "nmrspect.out").read_text().splitlines()[3:]
-        return [tuple(map(float, line.split()[:2])) for line in lines]
+        output, _ = self.run_program("chloro", RunKind.SPECTRUM)
+        return [(line.frequency, line.intensity) for line in parse_spectrum_result(output)]
 
     def test_every_mass_number_is_a_spin_of_one_half(self):
         # a pair of unlike isotopes is of first order: doublets, where a spin 1 would split its neighbour into three
@@ -278,11 +314,13 @@ class ManualPages(unittest.TestCase):
     def test_shifts_are_rounded_on_reading_but_finer_in_hertz(self):
         self.assertEqual(self.spectrum(("5.77 3.95", "5.7704 3.9496")), self.spectrum())
         uncoupled = [("\n60\n", "\n600\n"), ("0 6.0", "0 0")]
-        self.assertEqual([line[0] for line in self.spectrum(*uncoupled, ("5.77 3.95", "5.7706 3.9504"))],
-                         [2370.0, 3462.6])
+        self.assertEqual(
+            [line[0] for line in self.spectrum(*uncoupled, ("5.77 3.95", "5.7706 3.9504"))], [2370.0, 3462.6]
+        )
         uncoupled[0] = ("\n60\n", "\n1\n")
-        self.assertEqual([line[0] for line in self.spectrum(*uncoupled, ("5.77 3.95", "3462.36 2370.24"))],
-                         [2370.24, 3462.36])
+        self.assertEqual(
+            [line[0] for line in self.spectrum(*uncoupled, ("5.77 3.95", "3462.36 2370.24"))], [2370.24, 3462.36]
+        )
 
     def test_ratios_of_frequencies_are_those_of_the_g_factors(self):
         # apart from the shieldings of the references, less than 0.1 %
@@ -300,12 +338,14 @@ class ManualPages(unittest.TestCase):
         def couplings(options):
             change = f"{options}\nCalculateShielding = no\n"
             text = re.sub(r"^SCF.*\n", "", self.text("nmrparam.in"), flags=re.M)
-            lines = self.run_water(lambda _: change + text)[0].splitlines()
-            return [[float(word) for word in line.split()] for line in lines[lines.index("COUPLING") + 1:]]
+            return parse_parameter_result(self.run_water(lambda _: change + text)[0]).couplings
 
         converged = couplings("SCFConvergenceLimit = 1e-6\nSCFIterationLimit = 200")
-        for options, least, most in [("SCFIterationLimit = 2", 0, 0), ("SCFIterationLimit = 4", 0.1, 10),
-                                     ("", 0, 0.03)]:
+        for options, least, most in [
+            ("SCFIterationLimit = 2", 0, 0),
+            ("SCFIterationLimit = 4", 0.1, 10),
+            ("", 0, 0.03),
+        ]:
             values = couplings(options)
             self.assertTrue(least <= abs(values[0][1] - values[1][0]) <= most, options)
             if options:
@@ -314,8 +354,11 @@ class ManualPages(unittest.TestCase):
     def test_every_message_is_explained(self):
         for call in self.sources.calls:
             self.assertRegex(call, r"^\d", "a number that isn't written down at its call escapes this test")
-        self.assertEqual(self.sources.fatal_files, len(self.sources.own) + 1,  # and ShowMessage hands one on
-                         "a refusal whose text isn't found where it is formed escapes this test")
+        self.assertEqual(
+            self.sources.fatal_files,
+            len(self.sources.own) + 1,  # and ShowMessage hands one on
+            "a refusal whose text isn't found where it is formed escapes this test",
+        )
         raised = {self.sources.texts[number] for number in self.sources.raised & self.sources.texts.keys()}
         explained = {message for page in self.pages.values() for message in page.messages}
         refusals = raised | self.sources.own | self.sources.without_mark

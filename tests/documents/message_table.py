@@ -16,21 +16,32 @@ import os
 import pathlib
 import re
 import shutil
-import subprocess
 import sys
 import tempfile
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "python"))
+from velkoran_runs.program import RunKind, make_run
+from velkoran_runs.results import REFUSAL
+from velkoran_runs.texts import read_text, read_text_if_there
 
 TESTS = pathlib.Path(__file__).resolve().parent.parent
 ROOT = TESTS.parent
 CATALOGUE = ROOT / "core" / "resources" / "message_catalogue.inc"
 PAGE = ROOT / "docs" / "messages.md"
 
+PARAMETER, SPECTRUM = RunKind.PARAMETER, RunKind.SPECTRUM
 RUN_LIMIT = 100  # seconds, of a run in a build with sanitizers
-EMPTY_LINE = 8552   # the two numbers in use that have no text
+EMPTY_LINE = 8552  # the two numbers in use that have no text
 SILENT_STOP = 24834
 
-KINDS = {"LogProgress": "progress", "LogMessage": "listing", "Warning": "warning", "FatalError": "fatal",
-         "LoadCatalogueText": "menu"}
+KINDS = {
+    "LogProgress": "progress",
+    "LogMessage": "listing",
+    "Warning": "warning",
+    "FatalError": "fatal",
+    "LoadCatalogueText": "menu",
+}
 # What only passes a number on; LoadCatalogueText is called both ways.
 FORWARDERS = ["ReportWarning", "ReportFatalError", "LogCatalogueText", "ExpandCatalogueText", "CatalogueText"]
 FORWARDED = {"id", "id.Id", "int id", "MessageIdFor<Values...> id"}
@@ -63,17 +74,34 @@ CONDITIONS = "a general text; each failure that the code tests has one of its ow
 MATHEMATICS = "nothing raises it; it is kept as part of the table that front ends have"
 # Entries that no code raises: why.
 NOT_RAISED = {
-    4129: "the levels are listed in rows under 8227", 4130: OPEN_SHELL,
+    4129: "the levels are listed in rows under 8227",
+    4130: OPEN_SHELL,
     4147: "the couplings begin without a line of their own",
-    8199: OPEN_SHELL, 8200: OPEN_SHELL, 8211: FIELD_SIZE,
-    8289: OPEN_SHELL, 8290: OPEN_SHELL, 8291: OPEN_SHELL, 8292: OPEN_SHELL,
-    8295: "the overlap matrix isn't listed", 8296: "the overlap matrix isn't listed",
+    8199: OPEN_SHELL,
+    8200: OPEN_SHELL,
+    8211: FIELD_SIZE,
+    8289: OPEN_SHELL,
+    8290: OPEN_SHELL,
+    8291: OPEN_SHELL,
+    8292: OPEN_SHELL,
+    8295: "the overlap matrix isn't listed",
+    8296: "the overlap matrix isn't listed",
     8309: "8208 says whether there are d orbitals",
     16402: "the Slater-Condon constants of capping atoms aren't tested",
-    16416: "there is no request for single orbitals", 16417: OPEN_SHELL, 16433: FIELD_SIZE, 16434: FIELD_SIZE,
-    24592: TYPE_FILE, 24593: TYPE_FILE, 24594: TYPE_FILE,
+    16416: "there is no request for single orbitals",
+    16417: OPEN_SHELL,
+    16433: FIELD_SIZE,
+    16434: FIELD_SIZE,
+    24592: TYPE_FILE,
+    24593: TYPE_FILE,
+    24594: TYPE_FILE,
     24649: "24647 comes first: no element beyond argon gets so far",
-    24704: PLOTS, 24705: PLOTS, 24706: PLOTS, 24832: CONDITIONS, 24833: CONDITIONS, 24848: CONDITIONS,
+    24704: PLOTS,
+    24705: PLOTS,
+    24706: PLOTS,
+    24832: CONDITIONS,
+    24833: CONDITIONS,
+    24848: CONDITIONS,
     **{number: MATHEMATICS for number in [*range(65280, 65286), 65296, 65297]},
 }
 
@@ -85,15 +113,11 @@ LITERAL = r'"((?:[^"\\]|\\.)*)"'
 LITERAL_ROW = re.compile(r'(?:"(?:[^"\\]|\\.)*"\s*)+')  # literals that the compiler joins
 
 
-def read(path):
-    return path.read_bytes().decode("latin-1")
-
-
 def catalogue():
     """Number to text, as they stand in the source."""
-    lines = re.findall(r'^CATALOGUE_TEXT\((\d+), "(.*)"\)$', read(CATALOGUE), re.M)
+    lines = re.findall(r'^CATALOGUE_TEXT\((\d+), "(.*)"\)$', read_text(CATALOGUE), re.M)
     texts = {int(number): text for number, text in lines}
-    if len(lines) != len(texts) or len(lines) != read(CATALOGUE).count("CATALOGUE_TEXT("):
+    if len(lines) != len(texts) or len(lines) != read_text(CATALOGUE).count("CATALOGUE_TEXT("):
         sys.exit("message_table: the catalogue can't be read")
     return texts
 
@@ -106,8 +130,12 @@ def write_labelled_catalogue(path):
 
 
 def without_comments(source):
-    return re.sub(r'//[^\n]*|/\*.*?\*/|' + LITERAL, lambda match: match.group(0) if match.group(1) is not None else " ",
-                  source, flags=re.S)
+    return re.sub(
+        r"//[^\n]*|/\*.*?\*/|" + LITERAL,
+        lambda match: match.group(0) if match.group(1) is not None else " ",
+        source,
+        flags=re.S,
+    )
 
 
 def first_argument(source, position):
@@ -127,7 +155,7 @@ def numbers_in_code():
     found = {}
     for folder in sorted(path for path in (ROOT / "core").iterdir() if path.name != "resources"):
         for path in sorted(folder.glob("*.*")):
-            source = without_comments(read(path))
+            source = without_comments(read_text(path))
             constants = dict(re.findall(r"constexpr int (\w+) = (\d+);", source))
             for call in re.finditer(r"\b(%s)\s*\(" % "|".join([*KINDS, *FORWARDERS]), source):
                 argument = first_argument(source, call.end())
@@ -137,8 +165,10 @@ def numbers_in_code():
                 choice = re.fullmatch(r"(?:[^?]*\?\s*(\w+)\s*:\s*)?(\w+)", argument)
                 values = [constants.get(value, value) for value in choice.groups() if value] if choice else ["?"]
                 if call.group(1) in FORWARDERS or not all(value.isdigit() for value in values):
-                    sys.exit("message_table: %s: the number isn't known in %s(%s"
-                             % (path.relative_to(ROOT), call.group(1), argument))
+                    sys.exit(
+                        "message_table: %s: the number isn't known in %s(%s"
+                        % (path.relative_to(ROOT), call.group(1), argument)
+                    )
                 for value in values:
                     found.setdefault(int(value), set()).add(KINDS[call.group(1)])
     return found
@@ -146,28 +176,21 @@ def numbers_in_code():
 
 def run_labelled(program, folder, kind):
     """Runs a folder; its output file and its log, None where there is none, with <INPUT> and <PARAMETERS> for paths."""
-    name = "nmrspect" if kind == 2 else "nmrparam"
+    name = kind.input_name
     with tempfile.TemporaryDirectory() as temporary:
         work = pathlib.Path(temporary)
         subprocess.run(["sh", TESTS / "support" / "parameter_folder.sh", folder, work / "p"], check=True)
-        source = folder / (name + ".in")
-        if source.is_dir():
-            (work / source.name).mkdir()
-        elif source.exists():
-            shutil.copyfile(source, work / source.name)
-        subprocess.run([program, work / "p", work, str(kind), work / "run.log"], check=True, timeout=RUN_LIMIT)
-        paths = {str(work) + "\\" + source.name: "<INPUT>", str(work / "p"): "<PARAMETERS>"}
-        texts = []
-        for path in [work / (name + ".out"), work / "run.log"]:
-            text = read(path) if path.exists() else None
-            for part, replacement in paths.items():
-                text = text.replace(part, replacement) if text is not None else None
-            texts.append(text)
+        if (folder / name).is_dir():
+            (work / name).mkdir()
+        elif (folder / name).exists():
+            shutil.copyfile(folder / name, work / name)
+        made = make_run(program, work / "p", work, kind, work / "run.log", seconds=RUN_LIMIT)
+    texts = []
+    for text in [made.output, made.log]:
+        for part, replacement in {f"{work}\\{name}": "<INPUT>", str(work / "p"): "<PARAMETERS>"}.items():
+            text = text.replace(part, replacement) if text is not None else None
+        texts.append(text)
     return texts
-
-
-def expected_text(path):
-    return read(path) if path.exists() else None
 
 
 def numbers_of_folder(program, folder, kind, exact):
@@ -175,7 +198,7 @@ def numbers_of_folder(program, folder, kind, exact):
     texts = run_labelled(program, folder, kind)
     for text, name in zip(texts, ["expected.out", "expected.log"]):
         plain = LABEL.sub("", text) if text is not None else None
-        if exact and plain != expected_text(folder / name):
+        if exact and plain != read_text_if_there(folder / name):
             sys.exit("message_table: %s isn't what the program gives" % (folder / name).relative_to(ROOT))
     return {int(number) for text in texts if text is not None for number in LABEL.findall(text)}
 
@@ -183,15 +206,15 @@ def numbers_of_folder(program, folder, kind, exact):
 def compares_numbers(case):
     """False for a case of tests/reference part of whose numbers are left out of the comparison."""
     marks = [mark for mark in ["mask", "mask_tensor", "fuzzy"] if (case / mark).exists()]
-    return not marks and "@@" not in read(case / "expected.log")
+    return not marks and "@@" not in read_text(case / "expected.log")
 
 
 def folders_to_run():
     """Folder, kind of run, and whether its whole files are compared byte for byte."""
     jobs = []
-    for group, kind in [("cases/spectrum", 2), ("cases/regression", 2), ("cases/parameter", 1)]:
+    for group, kind in [("cases/spectrum", SPECTRUM), ("cases/regression", SPECTRUM), ("cases/parameter", PARAMETER)]:
         jobs += [(path, kind, True) for path in (TESTS / group).iterdir() if (path / "expected.out").exists()]
-    for corpus, kind in [("spectrum", 2), ("wavefunction", 1), ("parameter", 1)]:
+    for corpus, kind in [("spectrum", SPECTRUM), ("wavefunction", PARAMETER), ("parameter", PARAMETER)]:
         for path in (TESTS / "reference" / corpus / "cases").iterdir():
             if (path / "expected.log").exists() and compares_numbers(path):
                 jobs.append((path, kind, False))
@@ -216,7 +239,7 @@ def tests_in(paths):
     """Name of each test of the files, and its literals."""
     tests = []
     for path in sorted(paths):
-        pieces = re.split(r"^TEST(?:_F|_P)?\((\w+), (\w+)\) ", without_comments(read(path)), flags=re.M)
+        pieces = re.split(r"^TEST(?:_F|_P)?\((\w+), (\w+)\) ", without_comments(read_text(path)), flags=re.M)
         for suite, name, body in zip(pieces[1::3], pieces[2::3], pieces[3::3]):
             body = body.split("\n}\n")[0]
             literals = ["".join(re.findall(LITERAL, row)) for row in LITERAL_ROW.findall(body)]
@@ -272,8 +295,11 @@ def make_page(program):
     program_tests = tests_in((TESTS / "program").glob("*_test.cpp"))
     step_tests = tests_in([*(TESTS / "unit").rglob("*_test.cpp"), *(TESTS / "instance_setup").glob("*_test.cpp")])
     wrong = ["%d has no text" % number for number in code if number not in [*texts, EMPTY_LINE, SILENT_STOP]]
-    wrong += ["a run raises %d, which isn't found in the code" % number
-              for number in {*exact, *evaluated} if number not in code]
+    wrong += [
+        "a run raises %d, which isn't found in the code" % number
+        for number in {*exact, *evaluated}
+        if number not in code
+    ]
     wrong += [] if EMPTY_LINE in exact else ["no run has the empty line of %d" % EMPTY_LINE]
     in_runs, in_steps, never_true, not_raised = [], [], [], []
     for number, text in texts.items():
@@ -296,7 +322,7 @@ def make_page(program):
                 wrong.append("%d stands in no unit test" % number)
             in_steps.append([*entry, quoted(str(test)), NOT_IN_A_RUN[number]])
         else:
-            test = test_that_holds("ERRMSG: " + text, program_tests) if kind == "fatal" else None
+            test = test_that_holds(REFUSAL + text, program_tests) if kind == "fatal" else None
             if number in exact:
                 shown = link(exact[number])
             elif test is not None:
@@ -306,10 +332,17 @@ def make_page(program):
                 wrong.append("%d is raised by no test: %s" % (number, text))
             in_runs.append([*entry, shown, source_of_values(text, exact.get(number), evaluated.get(number))])
     counts = (len(texts), len(in_runs), len(in_steps), len(never_true), len(not_raised))
-    return PAGE_TEXT % (*counts, table(["Number", "Kind", "Text", "Test", "Values evaluated independently"], in_runs),
-                        table(["Number", "Kind", "Text", "Unit test", "Why no run raises it"], in_steps),
-                        table(["Number", "Kind", "Text", "Why nothing raises it"], never_true),
-                        table(["Number", "Text", "Why, as far as it is known"], not_raised)), wrong
+    return (
+        PAGE_TEXT
+        % (
+            *counts,
+            table(["Number", "Kind", "Text", "Test", "Values evaluated independently"], in_runs),
+            table(["Number", "Kind", "Text", "Unit test", "Why no run raises it"], in_steps),
+            table(["Number", "Kind", "Text", "Why nothing raises it"], never_true),
+            table(["Number", "Text", "Why, as far as it is known"], not_raised),
+        ),
+        wrong,
+    )
 
 
 PAGE_TEXT = """# Messages
@@ -362,8 +395,10 @@ def main():
     page, wrong = make_page(os.path.abspath(arguments.program))
     if not arguments.check:
         PAGE.write_text(page, encoding="ascii")
-    elif not PAGE.exists() or read(PAGE) != page:
-        wrong.append("docs/messages.md isn't what the runs give: python3 tests/documents/message_table.py writes it anew")
+    elif not PAGE.exists() or read_text(PAGE) != page:
+        wrong.append(
+            "docs/messages.md isn't what the runs give: python3 tests/documents/message_table.py writes it anew"
+        )
     for line in wrong:
         print("message_table: " + line, file=sys.stderr)
     return 1 if wrong else 0

@@ -12,43 +12,46 @@ import tempfile
 import time
 
 from fault_jobs import ROOT
+from velkoran_runs.program import start_run
+from velkoran_runs.results import LOG_REFUSAL, REFUSAL
 
 HANG_SECONDS = 120
 TICKS = 0.02  # s
 OLDER = b"This is a comment line.\n1\nFREQUNCY INTENSITY DEGENERACY LINEWIDTH\n1.000 1.000 1 0\n"
-LOG_TEXT = b"Velkoran cannot open the log file."
+LOG_TEXT = LOG_REFUSAL.encode()
 TRUTH = {}  # by name of the job: the bytes of its result
 
 
 class Child:
     """A run in progress."""
+
     def __init__(self, process):
         self.process = process
         self.said = b""  # on standard error, once the run has ended
         self.descriptor = os.pidfd_open(process.pid)
 
-    def Ended(self, seconds=0.0):
+    def has_ended(self, seconds=0.0):
         return bool(select.select([self.descriptor], [], [], max(0.0, seconds))[0])
 
-    def Work(self):
+    def work(self):
         """Seconds of a processor that the run has had: they don't depend on how busy the machine is."""
         try:
             return int(pathlib.Path(f"/proc/{self.process.pid}/schedstat").read_text().split()[0]) * 1e-9
         except (OSError, IndexError):
             return float("inf")
 
-    def WaitForWork(self, seconds):
+    def wait_for_work(self, seconds):
         """Until the run has had so much of a processor, or has ended. The system keeps its account by ticks, so that
         shorter times are taken from the clock."""
         if seconds < TICKS:
-            self.Ended(seconds)
+            self.has_ended(seconds)
             return
-        while not self.Ended(0.0005) and self.Work() < seconds:
+        while not self.has_ended(0.0005) and self.work() < seconds:
             pass
 
-    def Wait(self):
+    def wait(self):
         """The exit code, minus the number of a signal, or None for a run that had to be killed for its length."""
-        in_time = self.Ended(HANG_SECONDS)
+        in_time = self.has_ended(HANG_SECONDS)
         if not in_time:
             self.process.kill()
         code = self.process.wait()
@@ -57,9 +60,9 @@ class Child:
         os.close(self.descriptor)
         return code if in_time else None
 
-    def WaitUntilStoppable(self):
+    def wait_until_stoppable(self):
         """True once the run has its handler of SIGTERM; before, a signal ends any process."""
-        while not self.Ended():
+        while not self.has_ended():
             try:
                 status = pathlib.Path(f"/proc/{self.process.pid}/status").read_text()
             except OSError:
@@ -74,6 +77,7 @@ class Child:
 class Arena:
     """A temporary folder with the program, the parameter files and one folder for each run. Runs start in it, since the
     paths of a run are short."""
+
     def __init__(self, program):
         self.top = pathlib.Path(tempfile.mkdtemp(prefix="velkoran_faults_"))
         self.top.chmod(0o755)
@@ -82,12 +86,12 @@ class Arena:
         self.program.chmod(0o755)
         shutil.copytree(ROOT / "parameters", self.top / "parameters")
         self.times = {}  # by name of the job and whether there is a log
-        self.logs = {}   # by name of the job
+        self.logs = {}  # by name of the job
 
-    def Remove(self):
+    def remove(self):
         shutil.rmtree(self.top, ignore_errors=True)
 
-    def Folder(self, job, older=False, name="w"):
+    def new_folder(self, job, older=False, name="w"):
         """An empty folder with the input of the job, and perhaps with an older result."""
         folder = self.top / name
         shutil.rmtree(folder, ignore_errors=True)
@@ -97,26 +101,29 @@ class Arena:
             (folder / job.output).write_bytes(OLDER)
         return folder
 
-    def Start(self, job, name="w", log="w.log", limits=(), through=(), **settings):
+    def start(self, job, name="w", log="w.log", limits=(), through=(), **settings):
         """log is the path of the log as the run sees it, or None; limits are pairs for setrlimit; through is a command
         that starts the program."""
-        def SetLimits():
+
+        def set_limits():
             for kind, value in limits:
                 resource.setrlimit(kind, (value, value))
-        arguments = [*through, str(self.program), "parameters", name, str(job.kind)] + ([log] if log else [])
-        files = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.PIPE}
-        return Child(subprocess.Popen(arguments, cwd=self.top, preexec_fn=SetLimits if limits else None,
-                                      **{**files, **settings}))
 
-    def Measure(self, job, log=True):
+        settings = {"stdout": subprocess.DEVNULL, "stderr": subprocess.PIPE, **settings}
+        settings["preexec_fn"] = set_limits if limits else None
+        return Child(
+            start_run(self.program, "parameters", name, job.kind, log, folder=self.top, through=through, **settings)
+        )
+
+    def measure(self, job, log=True):
         """Runs the job unharmed, a short one three times; keeps its bytes and returns its least work in seconds."""
         times = []
         while not times or (len(times) < 3 and times[-1] < 1):
             before = resource.getrusage(resource.RUSAGE_CHILDREN)
-            self.Folder(job, name="m")
+            self.new_folder(job, name="m")
             (self.top / "m.log").unlink(missing_ok=True)
-            child = self.Start(job, "m", "m.log" if log else None)
-            if child.Wait() != 0:
+            child = self.start(job, "m", "m.log" if log else None)
+            if child.wait() != 0:
                 raise SystemExit(f"{job.name}: the unharmed run fails")
             after = resource.getrusage(resource.RUSAGE_CHILDREN)
             times.append(after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime)
@@ -128,37 +135,37 @@ class Arena:
         self.times[job.name, log] = min(times)
         return min(times)
 
-    def Time(self, job, log=True):
-        return self.times.get((job.name, log)) or self.Measure(job, log)
+    def time_of(self, job, log=True):
+        return self.times.get((job.name, log)) or self.measure(job, log)
 
 
-def KindOfText(text, job, older=False):
+def kind_of_text(text, job, older=False):
     """What an output file holds, in one word."""
     if text == TRUTH[job.name]:
         return "whole"
     if older and text == OLDER:
         return "older"
-    if text.startswith(b"ERRMSG: ") and len(text) > 9 and text.count(b"\n") == 1 and text.endswith(b"\n"):
+    if text.startswith(REFUSAL.encode()) and len(text) > 9 and text.count(b"\n") == 1 and text.endswith(b"\n"):
         return "ERRMSG"
     if text == LOG_TEXT:
         return "log text"
     return "PARTIAL" if text else "empty"
 
 
-def KindOfOutput(folder, job, older=False):
+def kind_of_output(folder, job, older=False):
     try:
-        return KindOfText((folder / job.output).read_bytes(), job, older)
+        return kind_of_text((folder / job.output).read_bytes(), job, older)
     except (FileNotFoundError, NotADirectoryError):
         return "absent"
 
 
-def SaysWhy(said, outcome):
+def says_why(said, outcome):
     """True if a run that wrote a text says nothing else, and one that couldn't says so in one line."""
     if outcome in ("whole", "ERRMSG", "log text"):
         return said == b""
     return re.fullmatch(rb"velkoran: cannot write \S+nmr\w+\.out \([A-Z][\w ]+\): .+\.\n", said) is not None
 
 
-def Neighbours(folder, job):
+def neighbours(folder, job):
     """The files that a run has begun and not moved to their place."""
     return sorted(folder.glob(job.output + ".*")) if folder.is_dir() else []

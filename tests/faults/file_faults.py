@@ -5,83 +5,99 @@ import random
 import shutil
 import signal
 
-from fault_arena import KindOfOutput, Neighbours
-from fault_jobs import ALL_TERMS, LONG_CAMPAIGN, SHIELDING, TIGHT, Examples, ExactSpins, Molecule, WeakSpins
+from fault_arena import kind_of_output, neighbours
+from fault_jobs import (
+    ALL_TERMS,
+    BOTH,
+    LONG_CAMPAIGN,
+    SHIELDING,
+    TIGHT,
+    example_jobs,
+    exact_spins,
+    molecule_run,
+    weak_spins,
+)
 
 CROWD = 20  # runs at once
 CONTAINER = ["unshare", "--pid", "--fork"]  # each run has the process number 1
 
 
-def Jobs():
-    return [WeakSpins(16), ExactSpins(11), Molecule("cholesterol", "all terms", ALL_TERMS + TIGHT),
-            Molecule("cholesterol", "both", "CalculateShielding = yes\nCalculateCoupling = yes\n" + TIGHT, 5)]
+def campaign_jobs():
+    return [
+        weak_spins(16),
+        exact_spins(11),
+        molecule_run("cholesterol", "all terms", ALL_TERMS | TIGHT),
+        molecule_run("cholesterol", "both", BOTH | TIGHT, 5),
+    ]
 
 
-def Interrupt(arena, job, change):
+def interrupt(arena, job, change):
     """Makes a change in mid-run, once the input has been read: the first line of the log says so."""
-    folder = arena.Folder(job)
+    folder = arena.new_folder(job)
     log = arena.top / "w.log"
     shutil.rmtree(log, ignore_errors=True) if log.is_dir() else log.unlink(missing_ok=True)
-    moment = random.random() * arena.Time(job)
-    child = arena.Start(job)
-    while not log.exists() and not child.Ended(0.0005):
+    moment = random.random() * arena.time_of(job)
+    child = arena.start(job)
+    while not log.exists() and not child.has_ended(0.0005):
         pass
-    child.WaitForWork(moment)
-    running = not child.Ended()
+    child.wait_for_work(moment)
+    running = not child.has_ended()
     if running:
         change(folder, log)
-    return folder, child.Wait(), running
+    return folder, child.wait(), running
 
 
-def RemoveLog(folder, log):
+def remove_log(folder, log):
     log.unlink(missing_ok=True)
 
 
-def ReplaceLog(folder, log):
+def replace_log(folder, log):
     log.unlink(missing_ok=True)
     log.mkdir()
 
 
-def RenameFolder(folder, log):
+def rename_folder(folder, log):
     folder.rename(folder.parent / "elsewhere")
 
 
-def RemoveFolder(folder, log):
+def remove_folder(folder, log):
     shutil.rmtree(folder)
 
 
-def RemoveParameters(folder, log):
+def remove_parameters(folder, log):
     (folder.parent / "parameters").rename(folder.parent / "taken")
 
 
-def RuinParameters(folder, log):
+def ruin_parameters(folder, log):
     for path in (folder.parent / "parameters").iterdir():
         path.write_text("ruined\n")
 
 
-def ReplaceInput(folder, log):
+def replace_input(folder, log):
     for path in folder.glob("*.in"):
         path.rename(folder / "old")
         path.write_text("another input\n")
 
 
-def CutInput(folder, log):
+def cut_input(folder, log):
     for path in folder.glob("*.in"):
         os.truncate(path, 100)
 
 
 # What is done, and what the output may be then.
-CHANGES = {"log removed in mid-run": (RemoveLog, {"whole"}),
-           "log replaced by a folder in mid-run": (ReplaceLog, {"whole", "log text"}),
-           "work folder renamed in mid-run": (RenameFolder, {"whole", "absent"}),
-           "work folder removed in mid-run": (RemoveFolder, {"whole", "absent"}),
-           "parameter files removed in mid-run": (RemoveParameters, {"whole"}),
-           "parameter files overwritten in mid-run": (RuinParameters, {"whole"}),
-           "input replaced in mid-run": (ReplaceInput, {"whole"}),
-           "input cut in mid-run": (CutInput, {"whole"})}
+CHANGES = {
+    "log removed in mid-run": (remove_log, {"whole"}),
+    "log replaced by a folder in mid-run": (replace_log, {"whole", "log text"}),
+    "work folder renamed in mid-run": (rename_folder, {"whole", "absent"}),
+    "work folder removed in mid-run": (remove_folder, {"whole", "absent"}),
+    "parameter files removed in mid-run": (remove_parameters, {"whole"}),
+    "parameter files overwritten in mid-run": (ruin_parameters, {"whole"}),
+    "input replaced in mid-run": (replace_input, {"whole"}),
+    "input cut in mid-run": (cut_input, {"whole"}),
+}
 
 
-def RestoreFolders(arena):
+def restore_folders(arena):
     shutil.rmtree(arena.top / "elsewhere", ignore_errors=True)
     taken = arena.top / "taken"
     source = taken if taken.exists() else arena.top / "kept"
@@ -89,70 +105,85 @@ def RestoreFolders(arena):
     shutil.rmtree(taken, ignore_errors=True)
 
 
-def RunChanges(arena, table, count):
+def run_changes(arena, table, count):
     shutil.copytree(arena.top / "parameters", arena.top / "kept", dirs_exist_ok=True)
-    jobs = Jobs() if count >= LONG_CAMPAIGN else Jobs()[1:2]
+    jobs = campaign_jobs() if count >= LONG_CAMPAIGN else campaign_jobs()[1:2]
     for name, (change, allowed) in CHANGES.items():
-        row = table.AddRow(name)
+        row = table.add_row(name)
         for i in range(max(len(jobs), count // 20)):
             job = jobs[i % len(jobs)]
-            folder, code, running = Interrupt(arena, job, change)
+            folder, code, running = interrupt(arena, job, change)
             moved = arena.top / "elsewhere"
-            outcome = KindOfOutput(folder, job) if folder.exists() or not moved.exists() else KindOfOutput(moved, job)
-            row.Count(outcome if running else "had ended: " + outcome)
-            table.Expect(code == 0 and outcome in (allowed if running else {"whole"}),
-                         f"{name}: {job.name}: exit code {code}, output {outcome}")
-            left = Neighbours(folder, job) + Neighbours(moved, job)
-            table.Expect(not left or change is RenameFolder, f"{name}: {job.name}: {left} left beside the output")
-            if change is RemoveLog and (arena.top / "w.log").exists():
-                table.Expect(arena.logs[job.name].endswith((arena.top / "w.log").read_bytes()),
-                             f"{name}: {job.name}: the new log isn't the rest of the old one")
-            RestoreFolders(arena)
+            outcome = (
+                kind_of_output(folder, job) if folder.exists() or not moved.exists() else kind_of_output(moved, job)
+            )
+            row.count(outcome if running else "had ended: " + outcome)
+            table.expect(
+                code == 0 and outcome in (allowed if running else {"whole"}),
+                f"{name}: {job.name}: exit code {code}, output {outcome}",
+            )
+            left = neighbours(folder, job) + neighbours(moved, job)
+            table.expect(not left or change is rename_folder, f"{name}: {job.name}: {left} left beside the output")
+            if change is remove_log and (arena.top / "w.log").exists():
+                table.expect(
+                    arena.logs[job.name].endswith((arena.top / "w.log").read_bytes()),
+                    f"{name}: {job.name}: the new log isn't the rest of the old one",
+                )
+            restore_folders(arena)
 
 
-def CheckCrowd(table, row, folder, jobs, codes, harmed):
+def check_crowd(table, row, folder, jobs, codes, harmed):
     for job in jobs:
-        outcome = KindOfOutput(folder, job)
-        row.Count(outcome)
-        table.Expect(outcome in ("whole", "absent") if harmed else outcome == "whole",
-                     f"{row.name}: {job.name}: the output is {outcome}")
-        left = len(Neighbours(folder, job))
-        table.Expect(harmed or left == 0, f"{row.name}: {left} files are left beside the output")
-    table.Expect(harmed or not any(codes), f"{row.name}: exit codes {codes}")
+        outcome = kind_of_output(folder, job)
+        row.count(outcome)
+        table.expect(
+            outcome in ("whole", "absent") if harmed else outcome == "whole",
+            f"{row.name}: {job.name}: the output is {outcome}",
+        )
+        left = len(neighbours(folder, job))
+        table.expect(harmed or left == 0, f"{row.name}: {left} files are left beside the output")
+    table.expect(harmed or not any(codes), f"{row.name}: exit codes {codes}")
 
 
-def Crowd(arena, table, row, jobs, harmed, through=()):
+def crowd(arena, table, row, jobs, harmed, through=()):
     """Some of the runs of a harmed crowd are killed, some stopped; each of the rest writes its result."""
-    folder = arena.Folder(jobs[0])
+    folder = arena.new_folder(jobs[0])
     for job in jobs:
         (folder / job.input).write_text(job.text)
-    children = [arena.Start(random.choice(jobs) if i >= len(jobs) else jobs[i], log=random.choice([None, "w/run.log"]),
-                            through=through) for i in range(CROWD)]
+    children = [
+        arena.start(
+            random.choice(jobs) if i >= len(jobs) else jobs[i], log=random.choice([None, "w/run.log"]), through=through
+        )
+        for i in range(CROWD)
+    ]
     for child in children[::2] if harmed else []:
-        child.WaitForWork(random.random() * 0.01)
-        if not child.Ended():
+        child.wait_for_work(random.random() * 0.01)
+        if not child.has_ended():
             os.kill(child.process.pid, random.choice([signal.SIGKILL, signal.SIGTERM]))
-    CheckCrowd(table, row, folder, jobs, [child.Wait() for child in children], harmed)
+    check_crowd(table, row, folder, jobs, [child.wait() for child in children], harmed)
 
 
-def RunCrowds(arena, table, count, mounts):
-    examples = {job.name: job for job in Examples()}
-    crowds = {"one kind": [WeakSpins(14)],
-              "both kinds": [WeakSpins(12), Molecule("naphthalene", "shielding", SHIELDING + TIGHT)],
-              "an example": [examples["methane"]]}
+def run_crowds(arena, table, count, mounts):
+    examples = {job.name: job for job in example_jobs()}
+    crowds = {
+        "one kind": [weak_spins(14)],
+        "both kinds": [weak_spins(12), molecule_run("naphthalene", "shielding", SHIELDING | TIGHT)],
+        "an example": [examples["methane"]],
+    }
     if count < LONG_CAMPAIGN:
         del crowds["one kind"], crowds["an example"]
     for name, jobs in crowds.items():
         for job in jobs:
-            arena.Time(job)
+            arena.time_of(job)
         for harmed in (False, True):
-            row = table.AddRow(f"{CROWD} runs in one folder, {name}" + (", half of them killed or stopped" if harmed
-                                                                        else ""))
+            row = table.add_row(
+                f"{CROWD} runs in one folder, {name}" + (", half of them killed or stopped" if harmed else "")
+            )
             for _ in range(max(1, count // 20)):
-                Crowd(arena, table, row, jobs, harmed)
+                crowd(arena, table, row, jobs, harmed)
     if mounts:
-        row = table.AddRow(f"{CROWD} runs with the same process number in one folder")
+        row = table.add_row(f"{CROWD} runs with the same process number in one folder")
         for _ in range(max(1, count // 20)):
-            Crowd(arena, table, row, crowds["both kinds"], False, CONTAINER)
+            crowd(arena, table, row, crowds["both kinds"], False, CONTAINER)
     else:
-        table.Skip("runs with the same process number", "process numbers of their own need root")
+        table.skip("runs with the same process number", "process numbers of their own need root")

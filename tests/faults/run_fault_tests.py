@@ -10,6 +10,7 @@ beginning of a part's name: kills, limits, groups, disks, rights, files, crowds,
 import argparse
 import functools
 import os
+import pathlib
 import random
 import signal
 import subprocess
@@ -17,6 +18,7 @@ import sys
 import time
 
 sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "python"))
 import disk_faults
 import file_faults
 import group_faults
@@ -29,7 +31,7 @@ from fault_table import Table
 OWN_MOUNTS = "VELKORAN_FAULTS_OWN_MOUNTS"  # set where mounts are private to this process
 
 
-def EnterOwnMounts():
+def enter_own_mounts():
     """Starts this program again where its mounts end with it; False where that isn't allowed."""
     if OWN_MOUNTS in os.environ:
         return os.environ[OWN_MOUNTS] == "1"
@@ -45,19 +47,21 @@ def EnterOwnMounts():
     return False
 
 
-def Parts(arena, table, options, mounts):
+def campaign_parts(arena, table, options, mounts):
     """The parts of a campaign by name, in their order."""
     count = options.count
     return {
-        "kills": lambda: signal_faults.RunKills(arena, table, count),
-        "limits": lambda: limit_faults.RunLimits(arena, table, count),
-        "groups": lambda: group_faults.RunGroups(arena, table, count),
-        "disks": lambda: disk_faults.RunDisks(arena, table, count, mounts),
-        "rights": lambda: right_faults.RunRights(arena, table, mounts),
-        "files": lambda: file_faults.RunChanges(arena, table, count),
-        "crowds": lambda: file_faults.RunCrowds(arena, table, count, mounts),
-        **{f"stops, {kind}": functools.partial(signal_faults.RunStops, arena, table, kind, count, not options.quick)
-           for kind in signal_faults.StopKinds()},
+        "kills": lambda: signal_faults.run_kills(arena, table, count),
+        "limits": lambda: limit_faults.run_limits(arena, table, count),
+        "groups": lambda: group_faults.run_groups(arena, table, count),
+        "disks": lambda: disk_faults.run_disks(arena, table, count, mounts),
+        "rights": lambda: right_faults.run_rights(arena, table, mounts),
+        "files": lambda: file_faults.run_changes(arena, table, count),
+        "crowds": lambda: file_faults.run_crowds(arena, table, count, mounts),
+        **{
+            f"stops, {kind}": functools.partial(signal_faults.run_stops, arena, table, kind, count, not options.quick)
+            for kind in signal_faults.stop_kinds()
+        },
     }
 
 
@@ -69,14 +73,14 @@ def main():
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--part", action="append")
     options = parser.parse_args()
-    mounts = EnterOwnMounts()
+    mounts = enter_own_mounts()
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     random.seed(options.seed)
     table = Table()
     arena = Arena(options.program)
     interrupted = False
     try:
-        for name, part in Parts(arena, table, options, mounts).items():
+        for name, part in campaign_parts(arena, table, options, mounts).items():
             if options.part is None or name.startswith(tuple(options.part)):
                 start = time.monotonic()
                 part()
@@ -85,8 +89,8 @@ def main():
         interrupted = True
         print("interrupted: the table holds what was done so far")
     finally:
-        arena.Remove()
-    table.Print()
+        arena.remove()
+    table.print_all()
     sys.exit(1 if table.broken or interrupted else 0)
 
 

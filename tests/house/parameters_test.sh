@@ -4,16 +4,17 @@
 # Usage: sh parameters_test.sh PYTHON, the interpreter (default: python3).
 set -eu
 python=${1:-python3}
-parameters=$(cd "$(dirname "$0")/../../parameters" && pwd)
-"$python" "$parameters/make_parameters.py" --check
+root=$(cd "$(dirname "$0")/../.." && pwd)
+"$python" "$root/parameters/make_parameters.py" --check
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+cp -R "$root/parameters" "$root/python" "$work"
 for name in nmrtype.txt nmr_shft.abp nmr_cupl.abp; do
-    cp "$parameters"/* "$work"
-    echo >>"$work/$name"
-    if "$python" "$work/make_parameters.py" --check 2>/dev/null; then
+    echo >>"$work/parameters/$name"
+    if "$python" "$work/parameters/make_parameters.py" --check 2>/dev/null; then
         echo "A changed $name was not noticed." >&2
         exit 1
     fi
+    cp "$root/parameters/$name" "$work/parameters"
 done

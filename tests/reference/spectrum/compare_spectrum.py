@@ -12,157 +12,173 @@ within 0.002 or 2e-5 relative (the last unit of the float32 is allowed on top
 for very large values).  Line endings don't matter.
 
 With a file `fuzzy` in CASEDIR the list is compared loosely: no counts, no
-degeneracies; the intensity summed in windows must agree (see loose()).
+degeneracies; the intensity summed in windows must agree (see compare_loosely).
 With CASEDIR/expected_second.* either pair of files passes: the degeneracy of a
 line from two coinciding levels depends on whether the eigensolver mixes them.
 ACTUAL_LOG `-`, or a path that doesn't exist, stands for an empty log.
 """
-import os
+import pathlib
 import re
 import sys
 
-LINE = re.compile(r'^-?\d+\.\d{3} -?\d+\.\d{3} -?\d+ 0$')
-ROW = re.compile(r'^ +\d+ +-?\d+\.\d{4} +-?\d+\.\d{4} +-?\d+$')
-TABLE_HEAD = '        Line        Frequncy(in Hz)      Intensity       Degeneracy'
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[3] / "python"))
+from velkoran_runs.program import RunKind
+from velkoran_runs.results import SpectrumLine, parse_spectrum_result, refusal_of
+from velkoran_runs.texts import read_text_if_there
+
+LINE = re.compile(r"^-?\d+\.\d{3} -?\d+\.\d{3} -?\d+ 0$")
+ROW = re.compile(r"^ +\d+ +-?\d+\.\d{4} +-?\d+\.\d{4} +-?\d+$")
+TABLE_HEAD = "        Line        Frequncy(in Hz)      Intensity       Degeneracy"
 
 
-def read(path, missing_ok=False):
-    if path == '-' or (missing_ok and not os.path.exists(path)):
-        return ''
-    with open(path, 'rb') as f:
-        return f.read().decode('latin-1').replace('\r\n', '\n')
+class Difference(Exception):
+    """The first difference that was found."""
 
 
-def norm(text):
-    text = re.sub(r'(\de[+-])0*(\d\d)(?!\d)', r'\1\2', text)
-    return text
+def read(path):
+    """A text with the ends of lines of this system; an empty one where there is no file."""
+    return (read_text_if_there(path) or "").replace("\r\n", "\n")
 
 
-def message_regex(expected):
-    return re.compile('^' + re.escape(norm(expected)).replace(re.escape('<INPUT>'), r'\S.*[\\/]nmrspect\.in') + '$')
+def with_short_exponents(text):
+    return re.sub(r"(\de[+-])0*(\d\d)(?!\d)", r"\1\2", text)
 
 
-def close_f(a, b):
-    return abs(a - b) <= 0.002 + 1.3e-7 * abs(a)
+def differ_in(what, expected, actual):
+    raise Difference(f"{what}:\n  expected {expected}\n  actual   {actual}")
 
 
-def close_i(a, b):
-    return abs(a - b) <= max(0.002, 2e-5 * abs(a))
+def same_line(expected, actual):
+    """The degeneracies aren't looked at."""
+    frequency_error = abs(expected.frequency - actual.frequency)
+    intensity_error = abs(expected.intensity - actual.intensity)
+    return frequency_error <= 0.002 + 1.3e-7 * abs(expected.frequency) and intensity_error <= max(
+        0.002, 2e-5 * abs(expected.intensity)
+    )
 
 
-class Different(Exception):
-    pass
-
-
-def fail(text):
-    raise Different(text)
-
-
-def loose(exp, act, what):
-    """Sum of intensities, and for every expected line above 1 % of the largest
-    the intensity within +-0.01 Hz of it."""
-    se, sa = sum(e[1] for e in exp), sum(a[1] for a in act)
-    if abs(se - sa) > max(0.01, 1e-3 * abs(se)):
-        fail('%s (fuzzy): total intensity %.4f, expected %.4f' % (what, sa, se))
-    if not exp:
-        return
-    top = max(e[1] for e in exp)
-    for A, B, t in ((exp, act, 'expected'), (act, exp, 'actual')):
-        for f, i in A:
-            if i < 0.01 * top:
+def compare_loosely(expected, actual):
+    """The sum of intensities, and the intensity within 0.01 Hz of every line above 1 % of the largest expected one."""
+    sums = [sum(line.intensity for line in lines) for lines in (expected, actual)]
+    if abs(sums[0] - sums[1]) > max(0.01, 1e-3 * abs(sums[0])):
+        raise Difference(f".out (fuzzy): total intensity {sums[1]:.4f}, expected {sums[0]:.4f}")
+    largest = max((line.intensity for line in expected), default=0.0)
+    for name, lines, others in (("expected", expected, actual), ("actual", actual, expected)):
+        for line in lines if expected else []:
+            if line.intensity < 0.01 * largest:
                 continue
-            x = sum(v for g, v in A if abs(g - f) <= 0.01)
-            lo = sum(v for g, v in B if abs(g - f) <= 0.006) * (1 - 1e-2) - 0.02
-            hi = sum(v for g, v in B if abs(g - f) <= 0.015) * (1 + 1e-2) + 0.02
-            if not lo <= x <= hi:
-                fail('%s (fuzzy): %s line at %.3f has %.4f nearby, the other side %.4f..%.4f' % (what, t, f, x, lo, hi))
+            near = intensity_near(lines, line.frequency, 0.01)
+            low = intensity_near(others, line.frequency, 0.006) * (1 - 1e-2) - 0.02
+            high = intensity_near(others, line.frequency, 0.015) * (1 + 1e-2) + 0.02
+            if not low <= near <= high:
+                raise Difference(
+                    f".out (fuzzy): {name} line at {line.frequency:.3f} has {near:.4f} nearby, "
+                    f"the other side {low:.4f}..{high:.4f}"
+                )
 
 
-def compare_out(exp, act, fuzzy):
-    e, a = exp.split('\n'), act.split('\n')
-    if exp.startswith('ERRMSG: '):
-        if not act.startswith('ERRMSG: '):
-            fail('.out: expected a refusal [%s], got [%s]' % (e[0], a[0]))
-        if not message_regex(e[0]).match(norm(a[0])):
-            fail('.out line 1:\n  expected %s\n  actual   %s' % (e[0], a[0]))
-        if a[1:] != ['']:
-            fail('.out: a refusal must be one line ending in one newline')
+def intensity_near(lines, frequency, width):
+    return sum(line.intensity for line in lines if abs(line.frequency - frequency) <= width)
+
+
+def compare_refusals(expected, actual):
+    """Two output files, of which the expected one is a refusal."""
+    wanted, found = expected.split("\n"), actual.split("\n")
+    if refusal_of(actual) is None:
+        raise Difference(f".out: expected a refusal [{wanted[0]}], got [{found[0]}]")
+    path = rf"\S.*[\\/]{re.escape(RunKind.SPECTRUM.input_name)}"
+    pattern = "^" + re.escape(with_short_exponents(wanted[0])).replace(re.escape("<INPUT>"), path) + "$"
+    if not re.match(pattern, with_short_exponents(found[0])):
+        differ_in(".out line 1", wanted[0], found[0])
+    if found[1:] != [""]:
+        raise Difference(".out: a refusal must be one line ending in one newline")
+
+
+def compare_outputs(expected, actual, fuzzy):
+    if refusal_of(expected) is not None:
+        compare_refusals(expected, actual)
         return
-    if act.startswith('ERRMSG: '):
-        fail('.out: unexpected refusal [%s]' % a[0])
-    for k in (0, 2):
-        if k >= len(a) or a[k] != e[k]:
-            fail('.out line %d:\n  expected %s\n  actual   %s' % (k + 1, e[k], a[k] if k < len(a) else '(none)'))
-    if a[-1] != '':
-        fail('.out: last line has no newline')
-    for k in range(3, len(a) - 1):
-        if not LINE.match(a[k]):
-            fail('.out line %d: not of the form "%%.3f %%.3f %%ld 0": [%s]' % (k + 1, a[k]))
-    if a[1] != str(len(a) - 4):
-        fail('.out: count line says %s, %d lines follow' % (a[1], len(a) - 4))
-    pe = [t.split() for t in e[3:-1]]
-    pa = [t.split() for t in a[3:-1]]
+    try:
+        wanted, found = parse_spectrum_result(expected), parse_spectrum_result(actual)
+    except ValueError as error:
+        raise Difference(f".out: {error}") from None
+    for number, line in enumerate(actual.split("\n")[3:-1], 4):
+        if not LINE.match(line):
+            raise Difference(f'.out line {number}: not of the form "%.3f %.3f %ld 0": [{line}]')
+    if not actual.endswith("\n"):
+        raise Difference(".out: last line has no newline")
     if fuzzy:
-        loose([(float(t[0]), float(t[1])) for t in pe], [(float(t[0]), float(t[1])) for t in pa], '.out')
+        compare_loosely(wanted, found)
         return
-    for k in range(min(len(pe), len(pa))):
-        x, y = pe[k], pa[k]
-        if not close_f(float(x[0]), float(y[0])) or not close_i(float(x[1]), float(y[1])) or x[2] != y[2]:
-            fail('.out line %d:\n  expected %s\n  actual   %s%s' % (
-                k + 4, ' '.join(x), ' '.join(y),
-                '' if len(pe) == len(pa) else '\n  (expected %d lines, actual %d)' % (len(pe), len(pa))))
-    if len(pe) != len(pa):
-        fail('.out: expected %d lines, actual %d' % (len(pe), len(pa)))
+    counts = "" if len(wanted) == len(found) else f"\n  (expected {len(wanted)} lines, actual {len(found)})"
+    for number, (x, y) in enumerate(zip(wanted, found), 4):
+        if not same_line(x, y) or x.degeneracy != y.degeneracy:
+            differ_in(f".out line {number}", x, f"{y}{counts}")
+    if len(wanted) != len(found):
+        raise Difference(f".out: expected {len(wanted)} lines, actual {len(found)}")
 
 
-def compare_log(exp, act, fuzzy):
-    e, a = exp.split('\n'), act.split('\n')
-    table = False
-    for k in range(min(len(e), len(a))):
-        if table and k > start + 1 and (ROW.match(e[k]) or e[k] == ''):
+def read_row(line):
+    """The number and the line of a row of the table of the log."""
+    number, frequency, intensity, degeneracy = line.split()
+    return int(number), SpectrumLine(float(frequency), float(intensity), int(degeneracy))
+
+
+def compare_rows(expected, actual, where):
+    """Two rows of the table of the log."""
+    if not ROW.match(expected) or not ROW.match(actual):
+        differ_in(where, f"[{expected}]", f"[{actual}]")
+    (number, wanted), (other_number, found) = read_row(expected), read_row(actual)
+    columns = "       %4d      %15.4f  %15.4f         %4d"
+    printed = columns % (other_number, found.frequency, found.intensity, found.degeneracy)
+    if printed != actual and found.frequency != 0:
+        raise Difference(f"{where}: columns [{actual}]")
+    if number != other_number or wanted.degeneracy != found.degeneracy or not same_line(wanted, found):
+        differ_in(where, f"[{expected}]", f"[{actual}]")
+
+
+def compare_logs(expected, actual, fuzzy):
+    """If fuzzy, only what stands before the rows of the table."""
+    wanted, found = expected.split("\n"), actual.split("\n")
+    head = None
+    for place, (x, y) in enumerate(zip(wanted, found)):
+        if head is not None and place > head + 1 and (ROW.match(x) or x == ""):
             if fuzzy:
                 return
-            if e[k] == a[k]:
-                continue
-            if not ROW.match(e[k]) or not ROW.match(a[k]):
-                fail('log line %d:\n  expected [%s]\n  actual   [%s]' % (k + 1, e[k], a[k]))
-            x, y = e[k].split(), a[k].split()
-            if "       %4d      %15.4f  %15.4f         %4d" % (int(y[0]), float(y[1]), float(y[2]), int(y[3])) != a[k] \
-                    and float(y[1]) != 0:
-                fail('log line %d: columns [%s]' % (k + 1, a[k]))
-            if x[0] != y[0] or x[3] != y[3] or not close_f(float(x[1]), float(y[1])) or not close_i(float(x[2]), float(y[2])):
-                fail('log line %d:\n  expected [%s]\n  actual   [%s]' % (k + 1, e[k], a[k]))
+            if x != y:
+                compare_rows(x, y, f"log line {place + 1}")
             continue
-        if e[k] != a[k]:
-            fail('log line %d:\n  expected [%s]\n  actual   [%s]' % (k + 1, e[k], a[k]))
-        if e[k] == TABLE_HEAD:
-            table, start = True, k
-    if fuzzy and table:
-        return
-    if len(e) != len(a):
-        fail('log: expected %d lines, actual %d; first beyond: [%s]' % (
-            len(e) - 1, len(a) - 1, (e + a)[min(len(e), len(a))] if len(e) > len(a) else a[len(e)]))
+        if x != y:
+            differ_in(f"log line {place + 1}", f"[{x}]", f"[{y}]")
+        if x == TABLE_HEAD:
+            head = place
+    if len(wanted) != len(found) and not (fuzzy and head is not None):
+        beyond = max(wanted, found, key=len)[min(len(wanted), len(found))]
+        raise Difference(f"log: expected {len(wanted) - 1} lines, actual {len(found) - 1}; first beyond: [{beyond}]")
 
 
-def main(argv):
-    case, out = argv[1], argv[2]
-    fuzzy = os.path.exists(os.path.join(case, 'fuzzy'))
+def main():
+    if len(sys.argv) not in (3, 4):
+        sys.exit(__doc__)
+    case, output, *logs = map(pathlib.Path, sys.argv[1:])
+    fuzzy = (case / "fuzzy").exists()
     first = None
-    for base in ('expected', 'expected_second'):
-        if not os.path.exists(os.path.join(case, base + '.out')):
+    for name in ("expected", "expected_second"):
+        if not (case / f"{name}.out").exists():
             continue
         try:
-            if not os.path.exists(out):
-                fail('.out was not written')
-            compare_out(read(os.path.join(case, base + '.out')), read(out), fuzzy)
-            if len(argv) > 3:
-                compare_log(read(os.path.join(case, base + '.log')), read(argv[3], True), fuzzy)
-            sys.exit(0)
-        except Different as e:
-            first = first or str(e)
-    print('DIFF ' + first)
-    sys.exit(1)
+            if not output.exists():
+                raise Difference(".out was not written")
+            compare_outputs(read(case / f"{name}.out"), read(output), fuzzy)
+            for log in logs:
+                compare_logs(read(case / f"{name}.log"), read(log), fuzzy)
+            return 0
+        except Difference as difference:
+            first = first or str(difference)
+    print(f"DIFF {first}")
+    return 1
 
 
 if __name__ == "__main__":
-    main(sys.argv)
+    sys.exit(main())

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Writes tests/unit/numerics/elementary_reference.inc: values of the elementary functions in multi-precision arithmetic. Needs
-mpmath; takes about ten seconds.
+"""Writes tests/unit/numerics/elementary_reference.inc: values of the elementary functions in multi-precision
+arithmetic. Needs mpmath; takes about ten seconds.
 
 With --check it writes nothing, and exits with 1 if the file isn't what it would write.
 
@@ -9,23 +9,26 @@ A value is its nearest double and what is left, in units of the last place of th
 those of many random ones whose values lie closest to the middle of two doubles; and those around the ends of ranges.
 """
 import math
-import os
+import pathlib
 import random
 import sys
 from fractions import Fraction
 
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[3] / "python"))
 import mpmath
+from generated_files import write_or_check
 from mpmath import mp, mpf
 
 mp.prec = 240
-TARGET = os.path.join(os.path.dirname(os.path.abspath(__file__)), "elementary_reference.inc")
+TARGET = pathlib.Path(__file__).resolve().parent / "elementary_reference.inc"
 RANDOM_ROWS = 30
 HARD_ROWS = 30
 TRIALS = 30000  # for each range
-TINY = [2.0 ** -1074, 2.0 ** -1022, 1e-300, 1e-100, 2.0 ** -60, 2.0 ** -54, 2.0 ** -28, 2.0 ** -27, 1e-05, 0.001]
-HUGE = [1e5, 2.0 ** 30 + 1.0, 1e16, 1e22, 1e100, 2.0 ** 1023, 1.7976931348623157e308]
+TINY = [2.0**-1074, 2.0**-1022, 1e-300, 1e-100, 2.0**-60, 2.0**-54, 2.0**-28, 2.0**-27, 1e-05, 0.001]
+HUGE = [1e5, 2.0**30 + 1.0, 1e16, 1e22, 1e100, 2.0**1023, 1.7976931348623157e308]
 # Of all doubles the closest one to a multiple of pi/2, and one that is close to 31 quarter turns.
-NEAR_QUARTERS = [6381956970095103.0 * 2.0 ** 797, 48.6946861306418]
+NEAR_QUARTERS = [6381956970095103.0 * 2.0**797, 48.6946861306418]
 
 
 def split(value):
@@ -54,28 +57,28 @@ def exponential_edges():
 
 def logarithm_edges():
     switches = [x for j in range(90, 184, 7) for x in around((j - 0.5) / 128)] + around(mpmath.sqrt(2))
-    near_one = [1.0 + sign * 2.0 ** -k for k in (8, 9, 20, 30, 40, 52) for sign in (1, -1)] + around(127.5 / 128)
-    return TINY + HUGE + switches + near_one + [1.0, 2.0, 0.5, 3.0 * 2.0 ** -1074, 1.9999999999999998]
+    near_one = [1.0 + sign * 2.0**-k for k in (8, 9, 20, 30, 40, 52) for sign in (1, -1)] + around(127.5 / 128)
+    return TINY + HUGE + switches + near_one + [1.0, 2.0, 0.5, 3.0 * 2.0**-1074, 1.9999999999999998]
 
 
 def decimal_edges():
-    return logarithm_edges() + [10.0 ** k for k in (-3, -1, 1, 2, 3, 15, 22)]
+    return logarithm_edges() + [10.0**k for k in (-3, -1, 1, 2, 3, 15, 22)]
 
 
 def angle_edges():
-    quarters = [x for n in (1, 2, 3, 4, 5, 31, 100, 99999, 10 ** 9) for x in around(mpmath.pi / 2 * n)]
+    quarters = [x for n in (1, 2, 3, 4, 5, 31, 100, 99999, 10**9) for x in around(mpmath.pi / 2 * n)]
     switches = [x for i in (0, 1, 7, 20, 33, 49) for x in around((i + 0.5) / 64)] + around(0.78) + around(mpmath.pi / 4)
     return both_signs(TINY + HUGE + NEAR_QUARTERS + quarters + switches)
 
 
 def cosine_edges():
-    return [1.0 - 2.0 ** -k for k in (10, 20, 40, 53)] + TINY + [0.5, 0.7071067811865475, 0.7071067811865476]
+    return [1.0 - 2.0**-k for k in (10, 20, 40, 53)] + TINY + [0.5, 0.7071067811865475, 0.7071067811865476]
 
 
 def points():
     sizes = [1e-300, 1e-18, 1e-09, 0.5, 1.0, 3.0, 1e300, 1.7e308]
     edges = [(y, x) for y in both_signs(sizes) for x in both_signs(sizes)]
-    subnormal = [(3.0 * 2.0 ** -1074, 7.0 * 2.0 ** -1074), (3e-308, 5e-308)]
+    subnormal = [(3.0 * 2.0**-1074, 7.0 * 2.0**-1074), (3e-308, 5e-308)]
     return edges + [((2 * i + 1) / 128, 1.0) for i in (0, 1, 20, 62, 63)] + subnormal
 
 
@@ -97,8 +100,10 @@ def tables():
     source = random.Random(20)
 
     def uniform(*ends):
-        return [lambda low=low, high=high: (low + (high - low) * source.random(),)
-                for low, high in zip(ends[::2], ends[1::2])]
+        return [
+            lambda low=low, high=high: (low + (high - low) * source.random(),)
+            for low, high in zip(ends[::2], ends[1::2])
+        ]
 
     def plane():
         return (2.0 * source.random() - 1.0, 2.0 * source.random() - 1.0)
@@ -116,7 +121,7 @@ def tables():
     ]
 
 
-def generated():
+def make_files():
     out = "// SPDX-License-Identifier: MIT\n"
     out += "// Made by make_elementary_reference.py, which says how: not to be edited.\n"
     for name, function, arguments in tables():
@@ -127,24 +132,8 @@ def generated():
             nearest, rest = split(function(*map(mpf, x)))
             out += "    {" + ", ".join([v.hex() for v in x] + [nearest.hex(), f"{rest:.9f}"]) + "},\n"
         out += "};\n"
-    return out
-
-
-def main():
-    if sys.argv[1:] == ["--check"]:
-        with open(TARGET, encoding="ascii") as file:
-            if file.read() != generated():
-                print("elementary_reference.inc isn't what make_elementary_reference.py makes", file=sys.stderr)
-                return 1
-        return 0
-    if sys.argv[1:]:
-        print("usage: make_elementary_reference.py [--check]", file=sys.stderr)
-        return 2
-    made = generated()
-    with open(TARGET, "w", encoding="ascii", newline="\n") as file:
-        file.write(made)
-    return 0
+    return {TARGET: out}
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(write_or_check(make_files))
