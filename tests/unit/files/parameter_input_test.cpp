@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The reader of nmrparam.in within the process: blocks, atom lines, selections, crooked markers, long lines, damaged
-// streams. Each refusal is also a whole run (parameter_runs/).
+// streams. Each refusal is also a whole run (cases/parameter/).
 #include "files/parameter_files.h"
 #include "files/parameter_input.h"
 #include "files/run_input.h"
