@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The three parameter files: names of types, the places of the columns, ordinary and capping records, what damaged
-// files leave. Refusals of the whole program are in parameter_runs/.
+// files leave. Refusals of the whole program are in cases/parameter/.
 #include "files/parameter_files.h"
 #include "ground/memory.h"
 #include "tests/support/test_support.h"
