@@ -1,11 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The reader of nmrparam.in within the process: blocks, atom lines, selections, crooked markers, long lines, damaged
-<<<<<<< HEAD
-// streams. Each refusal is also a whole run (parameter_runs/).
-=======
 // streams. Each refusal is also a whole run (cases/parameter/).
-#include "files/parameter_files.h"
->>>>>>> 6379d7dc110b5d4d419628f7d3c24a356453c3e9
 #include "files/parameter_input.h"
 #include "files/run_input.h"
 #include "ground/memory.h"
