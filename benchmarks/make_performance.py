@@ -1,7 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-# Writes docs/performance.md from benchmarks/results.json. --collect FOLDER first makes results.json from the results of
-# the benchmarks in that folder, run with --options; --check compares the page instead of writing it.
+"""Writes docs/performance.md from benchmarks/results.json.
+
+--collect FOLDER first makes results.json from the results of the benchmarks in that folder, run with --options; --check
+compares the page instead of writing it.
+"""
 import argparse
 import datetime
 import json
@@ -205,4 +208,5 @@ def main():
     return 0
 
 
-sys.exit(main())
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,7 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-# Fills in what the documents show of the program, by running the commands that they name in a copy of the project; with
-# --check compares instead, and looks after links, file names, CITATION.cff and CHANGELOG.md. --program: the program.
+"""Fills in what the documents show of the program, by running the commands that they name in a copy of the project.
+
+With --check it compares instead, and looks after links, file names, CITATION.cff and CHANGELOG.md. --program names the
+program.
+"""
 import argparse
 import difflib
 import pathlib
@@ -250,4 +253,5 @@ def main():
     return 1 if problems.count else 0
 
 
-sys.exit(main())
+if __name__ == "__main__":
+    sys.exit(main())

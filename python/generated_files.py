@@ -13,9 +13,8 @@ def write_or_check(make_files: Callable[[], Mapping[pathlib.Path, str | bytes]])
     with --check nothing is written, and the code is 1 if one isn't what would be written. Any other argument ends the
     program with its description.
     """
-    program = inspect.getmodule(make_files)
-    if program is None or sys.argv[1:] not in ([], ["--check"]):
-        sys.exit(program and program.__doc__)
+    if sys.argv[1:] not in ([], ["--check"]):
+        sys.exit(inspect.getmodule(make_files).__doc__)
     files = {path: made.encode("ascii") if isinstance(made, str) else made for path, made in make_files().items()}
     if len(sys.argv) == 1:
         for path, content in files.items():

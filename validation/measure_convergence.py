@@ -96,4 +96,5 @@ def main():
             print("| " + " | ".join([*row, f"{accelerated / plain:.2f}"]) + " |", flush=True)
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -73,7 +73,9 @@ def start_run(
     are short and have no blanks. The settings go to subprocess.Popen. Raises OSError if the program can't be started.
     """
     arguments = command_line(program, parameters, work, kind, log, through)
-    return subprocess.Popen(arguments, **{"cwd": folder, "stdin": subprocess.DEVNULL, **settings})
+    settings.setdefault("stdin", subprocess.DEVNULL)
+    process: subprocess.Popen[Any] = subprocess.Popen(arguments, cwd=folder, **settings)
+    return process
 
 
 def make_run(
@@ -102,7 +104,8 @@ def make_run(
             raise RunFailed(f"The run in {work} was stopped: it took more than {seconds} s.") from None
     if process.returncode != 0:
         raise RunFailed(f"The run in {work} ended with code {process.returncode}: {complaint.strip() or 'no word'}.")
-    return RunTexts(read_text_if_there(output_path), log_path and read_text_if_there(log_path), complaint)
+    log_text = None if log_path is None else read_text_if_there(log_path)
+    return RunTexts(read_text_if_there(output_path), log_text, complaint)
 
 
 def stop(process: subprocess.Popen[Any]) -> None:

@@ -108,6 +108,8 @@ def write_page(path, lines, branches, gaps, explanations):
 
 
 def main():
+    if len(sys.argv) != 4:
+        sys.exit(__doc__)
     measurement, explanation_file, page = sys.argv[1:]
     lines, branches, gaps = read_measurement(measurement)
     explanations = read_explanations(explanation_file)

@@ -348,10 +348,10 @@ def make_page(program):
 
 PAGE_TEXT = """# Messages
 
-The texts of [the catalogue](../core/resources/message_catalogue.inc), and for each a test that raises it. The page is made
-by `tests/documents/message_table.py`, from the calls in the code and from runs of the program built with a catalogue in which
-each text begins with its number. The test `message_table` fails if the page isn't what the runs give, or if the code
-raises a text that no test raises.
+The texts of [the catalogue](../core/resources/message_catalogue.inc), and for each a test that raises it. The page is
+made by `tests/documents/message_table.py`, from the calls in the code and from runs of the program built with a
+catalogue in which each text begins with its number. The test `message_table` fails if the page isn't what the runs
+give, or if the code raises a text that no test raises.
 
 Of %d texts %d are raised by whole runs, %d by single steps of the program only, %d stand behind tests that can't come
 true, and %d are raised by nothing.

@@ -94,4 +94,5 @@ def main():
     sys.exit(1 if table.broken or interrupted else 0)
 
 
-main()
+if __name__ == "__main__":
+    main()
