@@ -38,7 +38,7 @@ def circle(files):
 
     def walk(name, road):
         if name in road:
-            return road[road.index(name):]
+            return road[road.index(name) :]
         if name in finished:
             return []
         for other in files.get(name, []):
