@@ -74,11 +74,11 @@ template <class Record> bool GrowArray(Record*& array, long long count) {
 
 // Moves an array of the run to another owner, in place of what hangs there.
 template <class Record> void MoveArray(Record*& from, Record*& to) {
-    Record* const array = from;
-    from = nullptr;
-    FreeArray(from);
     FreeArray(to);
-    to = TakeNote(&to) ? array : nullptr;
+    DropNote(&from);
+    TakeNote(&to);  // in the room of the note that was dropped
+    to = from;
+    from = nullptr;
 }
 
 // An array that lives as long as the process, cleared; null if it can't be had.

@@ -196,6 +196,21 @@ TEST(NotedArrays, ReplaceTheArrayBefore) {
     FreeNotedArrays();
 }
 
+// The array goes with its note: what frees its old record leaves it, what frees its new one doesn't.
+TEST(NotedArrays, MoveToAnotherOwner) {
+    ResetRun();
+    static double* owner;
+    ASSERT_TRUE(AllocateArray(Stage.Numbers, 3));
+    ASSERT_TRUE(AllocateArray(owner, 1));
+    Stage.Numbers[2] = 5.0;
+    MoveArray(Stage.Numbers, owner);
+    EXPECT_EQ(Stage.Numbers, nullptr);
+    FreeArraysOf(Stage);
+    EXPECT_EQ(owner[2], 5.0);
+    FreeNotedArrays();
+    EXPECT_EQ(owner, nullptr);
+}
+
 TEST(NotedArrays, TooManyAreRefused) {
     ResetRun();
     static char* places[300];
