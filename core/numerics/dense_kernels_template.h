@@ -1,32 +1,13 @@
 // SPDX-License-Identifier: MIT
-// The source of the dense kernels, included once by the file of each instruction set. All that depends on the width
-// of a register is which independent numbers share one: no sum changes its order, nothing is contracted.
-// No include guard on purpose, and no further include: see the files that include this one.
+// The source of the dense kernels, included once by the file of each instruction set, so without a guard. All that
+// depends on the width of a register is which independent numbers share one: no sum changes its order, nothing is
+// contracted. All is local to the file that includes it, see numerics/vector_lanes.h.
 
 #include "numerics/dense_kernels.h"
+#include "numerics/vector_lanes.h"
 
-namespace KernelSet {
-
-#define AlwaysInline static inline __attribute__((always_inline))
-
-typedef double Lanes __attribute__((vector_size(LaneCount * 8)));
-typedef long long LaneMask __attribute__((vector_size(LaneCount * 8)));
-typedef double LooseLanes __attribute__((vector_size(LaneCount * 8), aligned(8), may_alias));
-
-constexpr int Parts = ChunkLength / LaneCount;  // registers of a chunk
-constexpr double Tiny = 1e-30;                  // what counts as zero in a pivot
-
-AlwaysInline Lanes Load(const double* source) {
-    return *reinterpret_cast<const LooseLanes*>(source);
-}
-
-AlwaysInline void Store(double* target, Lanes value) {
-    *reinterpret_cast<LooseLanes*>(target) = value;
-}
-
-AlwaysInline Lanes Absolute(Lanes value) {
-    return value < 0.0 ? -value : value;
-}
+static constexpr int Parts = ChunkLength / LaneCount;  // registers of a chunk
+static constexpr double Tiny = 1e-30;                  // what counts as zero in a pivot
 
 // The sum of the eight lanes of a chunk, in the one order.
 AlwaysInline double SumOfChunk(const Lanes* parts) {
@@ -35,7 +16,7 @@ AlwaysInline double SumOfChunk(const Lanes* parts) {
     for (int part = 0; part < Parts; ++part) {
         Store(lanes + part * LaneCount, parts[part]);
     }
-    return ((lanes[0] + lanes[4]) + (lanes[2] + lanes[6])) + ((lanes[1] + lanes[5]) + (lanes[3] + lanes[7]));
+    return SumOfEight(lanes);
 }
 
 // Copies the count numbers that follow a last whole chunk into a chunk with zeros behind them.
@@ -428,9 +409,5 @@ static void SolveLanes(const LaneFactors& factors, int n, int forward, double* x
     }
 }
 
-}  // namespace KernelSet
-
-extern const DenseKernels KernelTable;
-const DenseKernels KernelTable = {
-    KernelName,         KernelSet::MultiplyPanel,    KernelSet::MultiplySymmetric, KernelSet::DotRows,
-    KernelSet::AddRows, KernelSet::ResidualProducts, KernelSet::FactorLanes,       KernelSet::SolveLanes};
+static constexpr DenseKernels KernelsOfThisSet = {MultiplyPanel,    MultiplySymmetric, DotRows,   AddRows,
+                                                  ResidualProducts, FactorLanes,       SolveLanes};

@@ -66,7 +66,7 @@ def roots(function, n, low, high, steps, count):
 
 
 def listed(name, values):
-    text = "static const double %s[%d] = {\n" % (name, len(values))
+    text = "static constexpr double %s[%d] = {\n" % (name, len(values))
     line = "   "
     for value in values:
         word = " %.17g," % float(value)
@@ -81,17 +81,17 @@ def table():
     text = HEAD
     for n in LEGENDRE:
         nodes = roots(legendre, n, Decimal("1e-9"), 1 - Decimal("1e-9"), 40 * n, n // 2)
-        text += listed("legendreNodes%d" % n, nodes)
-        text += listed("legendreWeights%d" % n, [2 / ((1 - x * x) * legendre(n, x)[1] ** 2) for x in nodes])
+        text += listed("LegendreNodes%d" % n, nodes)
+        text += listed("LegendreWeights%d" % n, [2 / ((1 - x * x) * legendre(n, x)[1] ** 2) for x in nodes])
     for n in LAGUERRE:
         nodes = roots(laguerre, n, Decimal("1e-9"), Decimal(4 * n), 40 * n, n)
-        text += listed("laguerreNodes%d" % n, nodes)
-        text += listed("laguerreWeights%d" % n,
+        text += listed("LaguerreNodes%d" % n, nodes)
+        text += listed("LaguerreWeights%d" % n,
                        [x * x.exp() / ((n + 1) * laguerre(n + 1, x)[0]) ** 2 for x in nodes])
     text += "\nconst GaussRule LegendreRules[LegendreRuleCount] = {\n"
-    text += "".join("    {%d, legendreNodes%d, legendreWeights%d},\n" % (n, n, n) for n in LEGENDRE)
+    text += "".join("    {%d, LegendreNodes%d, LegendreWeights%d},\n" % (n, n, n) for n in LEGENDRE)
     text += "};\n\nconst GaussRule LaguerreRules[LaguerreRuleCount] = {\n"
-    text += "".join("    {%d, laguerreNodes%d, laguerreWeights%d},\n" % (n, n, n) for n in LAGUERRE)
+    text += "".join("    {%d, LaguerreNodes%d, LaguerreWeights%d},\n" % (n, n, n) for n in LAGUERRE)
     return text + "};\n"
 
 
