@@ -5,8 +5,7 @@
 #include "ground/run_state.h"
 #include "molecule/element_tables.h"
 #include "molecule/selected_atoms.h"
-
-static constexpr double KcalPerElectronVolt = 23.061;
+#include "molecule/units.h"
 
 static double ExponentOfKind(const AtomTypeParameters& parameters, int kind) {
     if (kind == 1) {
