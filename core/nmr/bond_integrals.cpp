@@ -117,6 +117,14 @@ static void FillWholeRule(const GaussRule& rule, WholeRule& whole) {
     }
 }
 
+// sums[k] += f c^k.
+template <int Count> static void AddPowers(double f, double c, double* sums) {
+    for (int k = 0; k < Count; ++k) {
+        sums[k] += f;
+        f *= c;
+    }
+}
+
 // moments := sums over t at the distance r from a. decays [MomentumB + 1][count]: e^(-zeta lo t).
 template <int MomentumA, int MomentumB>
 static void SumMoments(const WholeRule& rule, int shellB, double r, double distance,
@@ -132,41 +140,17 @@ static void SumMoments(const WholeRule& rule, int shellB, double r, double dista
         const double rb = hi + lo * t;
         const double weight = rule.Weights[i] * rb / hi;
         const double radial = shellB == 1 ? weight : shellB == 2 ? weight * rb : weight * rb * rb;
-        double f = radial * decays[0][i];
-        for (int k = 0; k < MomentumA + 2; ++k) {
-            sums[KindS][k] += f;
-            f *= c;
-        }
+        AddPowers<MomentumA + 2>(radial * decays[0][i], c, sums[KindS]);
         if constexpr (MomentumB >= 1) {
             const double z = r * c - distance;
             const double p = (shellB == 2 ? weight : weight * rb) * decays[1][i];
-            f = p * z;
-            for (int k = 0; k < MomentumA + 2; ++k) {
-                sums[KindPSigma][k] += f;
-                f *= c;
-            }
-            f = p * r * s2;
-            for (int k = 0; k < MomentumA + 1; ++k) {
-                sums[KindPPi][k] += f;
-                f *= c;
-            }
+            AddPowers<MomentumA + 2>(p * z, c, sums[KindPSigma]);
+            AddPowers<MomentumA + 1>(p * r * s2, c, sums[KindPPi]);
             if constexpr (MomentumB >= 2) {
                 const double d = weight * decays[2][i];
-                f = d * (1.5 * z * z - 0.5 * rb * rb);
-                for (int k = 0; k < MomentumA + 2; ++k) {
-                    sums[KindDSigma][k] += f;
-                    f *= c;
-                }
-                f = RootThree * d * r * s2 * z;
-                for (int k = 0; k < MomentumA + 1; ++k) {
-                    sums[KindDPi][k] += f;
-                    f *= c;
-                }
-                f = 0.5 * RootThree * d * r * r * s2 * s2;
-                for (int k = 0; k < MomentumA; ++k) {
-                    sums[KindDDelta][k] += f;
-                    f *= c;
-                }
+                AddPowers<MomentumA + 2>(d * (1.5 * z * z - 0.5 * rb * rb), c, sums[KindDSigma]);
+                AddPowers<MomentumA + 1>(RootThree * d * r * s2 * z, c, sums[KindDPi]);
+                AddPowers<MomentumA>(0.5 * RootThree * d * r * r * s2 * s2, c, sums[KindDDelta]);
             }
         }
     }

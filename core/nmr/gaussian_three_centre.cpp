@@ -159,7 +159,7 @@ template <int Top> static void FillPotential(const double* d, double exponent, H
 // The potential, and the field as the derivative by the place of the nucleus, of the products of all monomials of two
 // shells, times scale. The degrees are known when this is compiled, and all loops are unrolled.
 template <int DegreeB, int DegreeC>
-static void ContractHermite(const HermiteRows* rows, const HermitePotential& potential, double scale,
+static void ContractHermite(const HermiteRows (&rows)[3], const HermitePotential& potential, double scale,
                             double (&values)[LargestCartesian][LargestCartesian][4]) {
 #pragma GCC unroll 6
     for (int mu = 0; mu < FunctionCount[DegreeB]; ++mu) {

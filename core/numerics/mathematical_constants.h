@@ -11,4 +11,4 @@ inline constexpr double RootFifteen = 3.872983346207417;
 // The square root of three in eight digits and its inverse: on purpose, the results of integrals over p and d orbitals
 // depend on it.
 inline constexpr double RoundedRootThree = 1.7320508;
-inline constexpr double InverseOfRoundedRoot = 0.5773502717125849;
+inline constexpr double InverseOfRoundedRoot = 1.0 / RoundedRootThree;
