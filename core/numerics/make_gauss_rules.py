@@ -86,8 +86,7 @@ def table():
     for n in LAGUERRE:
         nodes = roots(laguerre, n, Decimal("1e-9"), Decimal(4 * n), 40 * n, n)
         text += listed("LaguerreNodes%d" % n, nodes)
-        text += listed("LaguerreWeights%d" % n,
-                       [x * x.exp() / ((n + 1) * laguerre(n + 1, x)[0]) ** 2 for x in nodes])
+        text += listed("LaguerreWeights%d" % n, [x * x.exp() / ((n + 1) * laguerre(n + 1, x)[0]) ** 2 for x in nodes])
     text += "\nconst GaussRule LegendreRules[LegendreRuleCount] = {\n"
     text += "".join("    {%d, LegendreNodes%d, LegendreWeights%d},\n" % (n, n, n) for n in LEGENDRE)
     text += "};\n\nconst GaussRule LaguerreRules[LaguerreRuleCount] = {\n"
