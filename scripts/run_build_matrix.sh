@@ -14,15 +14,14 @@ sh scripts/install_packages.sh g++ clang cmake ninja-build qemu-user
 top=build/matrix
 mkdir -p "$top"
 
-# Both choices that the program makes, made by its own functions.
-cat >"$top/kernel_names.cpp" <<'END'
-#include "nmr/three_centre_kernels.h"
-#include "numerics/dense_kernels.h"
+# The choice that the program makes for all its kernels, made by its own function.
+cat >"$top/kernel_name.cpp" <<'END'
+#include "numerics/instruction_set.h"
 
 #include <cstdio>
 
 int main() {
-    std::printf("%s %s\n", Kernels().Name, KernelsOfThreeCentres().Name);
+    std::puts(NameOf(InstructionSetInUse()));
 }
 END
 
@@ -37,19 +36,19 @@ for compiler in g++ clang++; do
             echo "run_build_matrix: not every file of $build is compiled with -$level" >&2
             exit 1
         fi
-        $compiler -std=c++20 -I. "$top/kernel_names.cpp" "$build/libvelkoran_core.a" -o "$build/kernel_names"
-        echo "run_build_matrix: $compiler -$level as it is: $("$build/kernel_names")"
+        $compiler -std=c++20 -Icore "$top/kernel_name.cpp" "$build/libvelkoran_core.a" -o "$build/kernel_name"
+        echo "run_build_matrix: $compiler -$level as it is: $("$build/kernel_name")"
         programs="$programs $build/velkoran"
     done
 done
 
-# A wrapper that runs the optimised program on an emulated processor, where both choices must fall on those kernels.
+# A wrapper that runs the optimised program on an emulated processor, where the choice must fall on those kernels.
 emulate() {
     for compiler in g++ clang++; do
         build=$top/$compiler-O3
-        chosen=$(qemu-x86_64 -cpu "$2" "$build/kernel_names")
+        chosen=$(qemu-x86_64 -cpu "$2" "$build/kernel_name")
         echo "run_build_matrix: $compiler -O3 on $2: $chosen"
-        if [ "$chosen" != "$3 $3" ]; then
+        if [ "$chosen" != "$3" ]; then
             echo "run_build_matrix: the choice isn't restricted to $3" >&2
             exit 1
         fi

@@ -5,6 +5,7 @@
 #include "nmr/pair_integrals.h"
 #include "nmr/pair_rotation.h"
 #include "nmr/shielding_atoms.h"
+#include "nmr/shielding_constants.h"
 #include "nmr/shielding_terms.h"
 
 #include <cmath>
@@ -20,7 +21,7 @@ static double CrossComponent(const double* a, const double* b, int k) {
 
 static PairBondIntegrals Integrals;  // of the pair in hand
 
-static void AddTerm5(int place, const ShieldingAtom& a, const ShieldingAtom& b) {
+static void AddTerm5(int place, const SlaterAtom& a, const SlaterAtom& b) {
     RotatePairScalars(a.Position, b.Position, Integrals.Charge, b.OrbitalCount, a.OrbitalCount);
     RotatePairScalars(a.Position, b.Position, Integrals.Gauge, a.OrbitalCount, b.OrbitalCount);
     Run.Shielding.ShieldingTerms[4][place] += Contract(Run.Field.TotalDensity, b.Range, a.Range, Integrals.Charge) +
@@ -29,8 +30,8 @@ static void AddTerm5(int place, const ShieldingAtom& a, const ShieldingAtom& b) 
 
 // The integrals <bra|L_A,k/r_A^3|ket> of one order of the pair, in pair axes, contribute to term 6 with the phase of
 // bra and ket and the total density, to term 7 with the density of the field.
-static void AddMagneticTerms(int place, const ShieldingAtom& a, const ShieldingAtom& b, const ShieldingAtom& bra,
-                             const ShieldingAtom& ket, const OrbitalTable* local) {
+static void AddMagneticTerms(int place, const SlaterAtom& a, const SlaterAtom& b, const SlaterAtom& bra,
+                             const SlaterAtom& ket, const OrbitalTable (&local)[3]) {
     for (int k = 0; k < 3; ++k) {
         OrbitalTable table;
         RotatePairVector(a.Position, b.Position, k, local, table, bra.OrbitalCount, ket.OrbitalCount);
@@ -50,11 +51,9 @@ void ComputeBondTerms() {
             if (j == i || !HasOrbitals(j) || !HavePairTerms(SelectedPosition(i), SelectedPosition(j))) {
                 continue;
             }
-            const ShieldingAtom a = AtomAt(i);
-            const ShieldingAtom b = AtomAt(j);
-            const PairOrbitals orbitalsA = a.Orbitals();
-            const PairOrbitals orbitalsB = b.Orbitals();
-            BondPairIntegrals(&orbitalsA, &orbitalsB, Distance(a.Position, b.Position), &Integrals);
+            const SlaterAtom a = AtomAt(i);
+            const SlaterAtom b = AtomAt(j);
+            BondPairIntegrals(a, b, Distance(a.Position, b.Position), Integrals);
             AddTerm5(i, a, b);
             AddMagneticTerms(i, a, b, b, a, Integrals.Bond);
             AddMagneticTerms(i, a, b, a, b, Integrals.Cross);

@@ -8,6 +8,7 @@
 #include "wavefunction/density_extrapolation.h"
 #include "wavefunction/first_order_orbitals.h"
 #include "wavefunction/run_cautions.h"
+#include "wavefunction/slater_condon.h"
 
 #include <algorithm>
 #include <limits>
@@ -15,10 +16,9 @@
 static constexpr double LimitFactor = 1e-5;          // of SCFConvergenceLimit
 static constexpr double ExtrapolationFactor = 10.0;  // of the limit
 static constexpr double Unlimited = std::numeric_limits<double>::infinity();
-static constexpr double Third = 0.3333333333333;  // on purpose thirteen threes, not the nearest double
-static constexpr double TwentyFifth = 0.04;
 
-// Stored values in the system's cgs convention, with alpha the fine-structure constant.
+// Stored values in the system's cgs convention, with alpha the fine-structure constant: they come from constants of
+// their own, not from those of the shielding, and stay on purpose, as results depend on each digit.
 static constexpr double ContactFactor = 1.2438805210547523e-8;       // (2 pi alpha^2 / 3)^2
 static constexpr double InverseVolumeFactor = 5.069040731147547e29;  // 4 / (alpha^2 a0^3), a0 in cm
 static constexpr double MagnetonFactor = 3.850008004857603e-21;      // nuclear magneton squared over Planck's constant

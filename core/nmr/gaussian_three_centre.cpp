@@ -4,14 +4,14 @@
 #include "nmr/gaussian_three_centre.h"
 
 #include "numerics/boys_function.h"
-#include "numerics/reduced_bessel.h"
+#include "numerics/decaying_exponential.h"
+#include "numerics/mathematical_constants.h"
 
 #include <cmath>
 
-static constexpr double Pi = 3.14159265358979323846;
-static constexpr double FinalFactor = 12.566371;  // 4 pi, with the digits that results rest on
-static constexpr double MixedNorm = 1.7320508;    // of xy, xz, yz against xx: sqrt(3), with these digits
-static constexpr double LargestExponent = 100.0;  // a product with e^-100 and below doesn't reach a result
+static constexpr double FinalFactor = 12.566371;       // 4 pi, with the digits that results rest on
+static constexpr double MixedNorm = RoundedRootThree;  // of xy, xz, yz against xx
+static constexpr double LargestExponent = 100.0;       // a product with e^-100 and below doesn't reach a result
 static constexpr int PrimitiveCount = 6;
 static constexpr int LargestCartesian = 6;  // functions of a d shell
 static constexpr int Orders = 6;            // 0 to 5: d and d, and one derivative
@@ -23,7 +23,7 @@ struct ExpansionRow {
 };
 
 // [shell - 1][s, p, d]
-static const ExpansionRow ExpansionRows[3][3] = {
+static constexpr ExpansionRow ExpansionRows[3][3] = {
     {{{23.10303149, 4.235915534, 1.185056519, 0.4070988982, 0.1580884151, 0.06510953954},
       {0.00916359628, 0.04936149294, 0.1685383049, 0.3705627997, 0.4164915298, 0.1303340841}},
      {},
@@ -56,7 +56,7 @@ struct Expansion {
     double Factors[PrimitiveCount];
 };
 
-static void ExpandShell(const ThreeCentreAtom& atom, int degree, Expansion& expansion) {
+static void ExpandShell(const SlaterAtom& atom, int degree, Expansion& expansion) {
     const ExpansionRow& row = ExpansionRows[atom.Shell - 1][degree];
     const double zeta = atom.Zeta[degree];
     for (int i = 0; i < PrimitiveCount; ++i) {
@@ -89,7 +89,7 @@ struct CentreVectors {
 };
 
 // Coefficients of Hermite functions of one axis: [i][j][t] for x_b^i x_c^j, without the exponential.
-typedef double HermiteRows[3][3][5];
+using HermiteRows = double[3][3][5];
 
 template <int DegreeB, int DegreeC>
 static void FillHermiteRows(double toB, double toC, double halfInverse, HermiteRows& rows) {
@@ -116,7 +116,7 @@ static void FillHermiteRows(double toB, double toC, double halfInverse, HermiteR
 }
 
 // The potential of Hermite functions: [t][u][v] for t + u + v <= top.
-typedef double HermitePotential[Orders][Orders][Orders];
+using HermitePotential = double[Orders][Orders][Orders];
 
 template <int Top> static void FillPotential(const double* d, double exponent, HermitePotential& potential) {
     double boys[LargestBoysOrder + 1];
@@ -159,7 +159,7 @@ template <int Top> static void FillPotential(const double* d, double exponent, H
 // The potential, and the field as the derivative by the place of the nucleus, of the products of all monomials of two
 // shells, times scale. The degrees are known when this is compiled, and all loops are unrolled.
 template <int DegreeB, int DegreeC>
-static void ContractHermite(const HermiteRows* rows, const HermitePotential& potential, double scale,
+static void ContractHermite(const HermiteRows (&rows)[3], const HermitePotential& potential, double scale,
                             double (&values)[LargestCartesian][LargestCartesian][4]) {
 #pragma GCC unroll 6
     for (int mu = 0; mu < FunctionCount[DegreeB]; ++mu) {
@@ -251,12 +251,12 @@ static void (*const AddShellPairs[3][3])(const CentreVectors&, const Expansion&,
 static constexpr int FirstFunction[3] = {0, 1, 4};
 static constexpr int LargestFunctionCount = 10;
 
-typedef double FunctionTable[LargestFunctionCount][LargestFunctionCount];
+using FunctionTable = double[LargestFunctionCount][LargestFunctionCount];
 
 // The elements of the operators between monomials of two shells. Tables 0 and 1: gauge and reverse gauge, 2 to 4:
 // magnetic.
 static void FillFromPair(const CentreVectors& centres, const ShellPair& pair, int degreeB, int degreeC,
-                         FunctionTable* tables) {
+                         FunctionTable (&tables)[5]) {
     for (int mu = 0; mu < FunctionCount[degreeB]; ++mu) {
         const int row = FirstFunction[degreeB] + mu;
         for (int nu = 0; nu < FunctionCount[degreeC]; ++nu) {
@@ -301,7 +301,7 @@ struct FunctionSum {
     double Factors[3];
 };
 
-static constexpr FunctionSum OrbitalSums[9] = {
+static constexpr FunctionSum OrbitalSums[LargestOrbitals] = {
     {1, {0}, {1.0}},
     {1, {1}, {1.0}},
     {1, {2}, {1.0}},
@@ -313,7 +313,7 @@ static constexpr FunctionSum OrbitalSums[9] = {
     {1, {7}, {MixedNorm}},
 };
 
-static void Combine(const FunctionTable& table, int countB, int countC, double (&result)[9][9]) {
+static void Combine(const FunctionTable& table, int countB, int countC, OrbitalTable& result) {
     for (int mu = 0; mu < countB; ++mu) {
         for (int nu = 0; nu < countC; ++nu) {
             double sum = 0.0;
@@ -328,12 +328,11 @@ static void Combine(const FunctionTable& table, int countB, int countC, double (
     }
 }
 
-static int DegreeCount(const ThreeCentreAtom& atom) {
+static int DegreeCount(const SlaterAtom& atom) {
     return atom.OrbitalCount == 1 ? 1 : atom.OrbitalCount == 4 ? 2 : 3;
 }
 
-void GaussianThreeCentre(const ThreeCentreAtom& b, const ThreeCentreAtom& c, const double* positionA,
-                         ThreeCentreTables* tables) {
+void GaussianThreeCentre(const SlaterAtom& b, const SlaterAtom& c, const double* positionA, ThreeCentreTables& tables) {
     CentreVectors centres = {};
     for (int i = 0; i < 3; ++i) {
         centres.FromAToB[i] = b.Position[i] - positionA[i];
@@ -353,9 +352,9 @@ void GaussianThreeCentre(const ThreeCentreAtom& b, const ThreeCentreAtom& c, con
             FillFromPair(centres, pair, degreeB, degreeC, functions);
         }
     }
-    Combine(functions[0], b.OrbitalCount, c.OrbitalCount, tables->Gauge);
-    Combine(functions[1], b.OrbitalCount, c.OrbitalCount, tables->ReverseGauge);
+    Combine(functions[0], b.OrbitalCount, c.OrbitalCount, tables.Gauge);
+    Combine(functions[1], b.OrbitalCount, c.OrbitalCount, tables.ReverseGauge);
     for (int k = 0; k < 3; ++k) {
-        Combine(functions[2 + k], b.OrbitalCount, c.OrbitalCount, tables->Magnetic[k]);
+        Combine(functions[2 + k], b.OrbitalCount, c.OrbitalCount, tables.Magnetic[k]);
     }
 }

@@ -2,8 +2,8 @@
 // Three-centre integrals with each Slater orbital replaced by six Gaussians, for triples where B or C is of shell 3.
 #pragma once
 
-#include "nmr/three_centre_integrals.h"
+#include "nmr/slater_atom.h"
+#include "nmr/three_centre_tables.h"
 
 // Fills the entries of the tables for atoms of any shell, 1 to 3.
-void GaussianThreeCentre(const ThreeCentreAtom& b, const ThreeCentreAtom& c, const double* positionA,
-                         ThreeCentreTables* tables);
+void GaussianThreeCentre(const SlaterAtom& b, const SlaterAtom& c, const double* positionA, ThreeCentreTables& tables);

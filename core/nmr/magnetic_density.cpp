@@ -6,21 +6,20 @@
 #include "ground/message_poll.h"
 #include "molecule/selected_atoms.h"
 #include "numerics/elementary_functions.h"
+#include "numerics/mathematical_constants.h"
 #include "wavefunction/atom_block.h"
 #include "wavefunction/first_order_orbitals.h"
+#include "wavefunction/orbital_places.h"
 #include "wavefunction/run_cautions.h"
 
 #include <algorithm>
 #include <cmath>
 
-static constexpr double LimitFactor = 1e-7;              // of SCFConvergenceLimit
-static constexpr double FieldComponent = 0.57735027;     // eight digits on purpose: the constants of the terms fit it
-static constexpr double HalfFineStructure = 0.00364865;  // half of the fine-structure constant, as stored
-static constexpr double RootThree = 1.7320508;
-static constexpr double Third = 0.3333333333;  // on purpose ten threes
-
-// Positions of the orbitals of an atom.
-enum { S, X, Y, Z, DZ2, DXZ, DYZ, DX2, DXY };
+static constexpr double LimitFactor = 1e-7;           // of SCFConvergenceLimit
+static constexpr double FieldComponent = 0.57735027;  // eight digits on purpose: the constants of the terms fit it
+static constexpr double HalfFineStructure =
+    0.00364865;                                    // half of the fine-structure constant in six digits, on purpose
+static constexpr double ThirdOfG1 = 0.3333333333;  // on purpose ten threes, not the thirteen of the other fields
 
 // Angular momentum about the atom's own centre; h is the field in atomic units times HalfFineStructure.
 static void FillOneCentreBlock(const AtomBlock& block, int orbitals, const double* h) {
@@ -30,8 +29,8 @@ static void FillOneCentreBlock(const AtomBlock& block, int orbitals, const doubl
         block.SetAntisymmetric(Z, Y, h[0]);
     }
     if (orbitals > 4) {
-        block.SetAntisymmetric(DXZ, DZ2, RootThree * h[1]);
-        block.SetAntisymmetric(DYZ, DZ2, -RootThree * h[0]);
+        block.SetAntisymmetric(DXZ, DZ2, RoundedRootThree * h[1]);
+        block.SetAntisymmetric(DYZ, DZ2, -RoundedRootThree * h[0]);
         block.SetAntisymmetric(DYZ, DXZ, h[2]);
         block.SetAntisymmetric(DX2, DXZ, h[1]);
         block.SetAntisymmetric(DXY, DXZ, -h[0]);
@@ -87,7 +86,7 @@ static void ReplaceOneCentreExchange(int place, const double* hamiltonian, const
     const long long start = (range.First - 1) * (n + 1);
     const AtomTypeParameters& parameters = ParametersOf(SelectedAtom(place));
     const double g = Run.Field.GammaMatrix[start];
-    const double sp = g - parameters.SlaterCondonG1 * Third;
+    const double sp = g - parameters.SlaterCondonG1 * ThirdOfG1;
     const double pp = g - parameters.SlaterCondonF2 * 0.2;
     for (int mu = 0; mu < orbitals; ++mu) {
         for (int nu = 0; nu < orbitals; ++nu) {

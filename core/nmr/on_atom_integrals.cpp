@@ -2,17 +2,13 @@
 // Fills the tables of one atom's own orbitals.
 #include "nmr/on_atom_integrals.h"
 
-#include <algorithm>
+#include "nmr/shielding_constants.h"
+#include "numerics/mathematical_constants.h"
+#include "wavefunction/orbital_places.h"
+
 #include <cmath>
 
-enum { S, X, Y, Z, DZ2, DXZ, DYZ, DX2, DXY };
-enum { M1, M2, M3, M4, M5, M6 };
-
-static constexpr double RootThree = 1.7320508;
-
-static void Clear(OrbitalTable& table) {
-    std::fill(&table[0][0], &table[0][0] + LargestOrbitals * LargestOrbitals, 0.0);
-}
+enum TensorTable { M1, M2, M3, M4, M5, M6 };
 
 static void SetSymmetric(OrbitalTable& table, int row, int column, double value) {
     table[row][column] = value;
@@ -24,17 +20,17 @@ static void SetAntisymmetric(OrbitalTable& table, int row, int column, double va
     table[column][row] = -value;
 }
 
-void OnAtomChargeTable(int shell, const double* exponents, OrbitalTable& table) {
-    static constexpr double Factors[] = {17.7504539779, 8.87522698895, 5.916817992633334};
-    Clear(table);
+void OnAtomChargeTable(const SlaterAtom& atom, OrbitalTable& table) {
+    static constexpr double Factors[] = {IsotropicFactor, HalfIsotropicFactor, ThirdIsotropicFactor};
+    ClearTable(table);
     for (int k = S; k <= DXY; ++k) {
-        const double exponent = exponents[k == S ? 0 : k <= Z ? 1 : 2];
-        const bool there = k == S || (shell >= 2 && k <= Z) || shell == 3;
-        table[k][k] = there ? exponent * Factors[shell - 1] : 0.0;
+        const double zeta = atom.Zeta[k == S ? 0 : k <= Z ? 1 : 2];
+        const bool there = k == S || (atom.Shell >= 2 && k <= Z) || atom.Shell == 3;
+        table[k][k] = there ? zeta * Factors[atom.Shell - 1] : 0.0;
     }
 }
 
-static void FillSecondShell(const double* zeta, OrbitalTable* m) {
+static void FillSecondShell(const double* zeta, OrbitalTable (&m)[6]) {
     for (int axis = M1; axis <= M3; ++axis) {
         m[axis][S][S] = zeta[0] / 3.0;
         for (int p = X; p <= Z; ++p) {
@@ -46,7 +42,7 @@ static void FillSecondShell(const double* zeta, OrbitalTable* m) {
     SetSymmetric(m[M5], Y, Z, 0.1 * zeta[1]);
 }
 
-static void FillThirdShell(const double* zeta, OrbitalTable* m) {
+static void FillThirdShell(const double* zeta, OrbitalTable (&m)[6]) {
     for (int axis = M1; axis <= M3; ++axis) {
         m[axis][S][S] = 2.0 * zeta[0] / 9.0;
         for (int p = X; p <= Z; ++p) {
@@ -58,7 +54,7 @@ static void FillThirdShell(const double* zeta, OrbitalTable* m) {
     SetSymmetric(m[M5], Y, Z, 0.06666666666666667 * zeta[1]);
 }
 
-static void FillDiagonalD(const double* zeta, double t, OrbitalTable* m) {
+static void FillDiagonalD(const double* zeta, double t, OrbitalTable (&m)[6]) {
     const double five = std::sqrt(5.0) * t;
     const double fifteen = std::sqrt(15.0) * t;
     SetSymmetric(m[M1], S, DZ2, 1.4222222222222223 * five);
@@ -80,7 +76,7 @@ static void FillDiagonalD(const double* zeta, double t, OrbitalTable* m) {
 }
 
 // The element of dz2 with dx2-y2 in M4 stands, on purpose, where that of dz2 with dxy would be expected.
-static void FillOffDiagonalD(const double* zeta, double t, OrbitalTable* m) {
+static void FillOffDiagonalD(const double* zeta, double t, OrbitalTable (&m)[6]) {
     const double fifteen = 1.4222222222222223 * std::sqrt(15.0) * t;
     SetSymmetric(m[M6], S, DXZ, fifteen);
     SetSymmetric(m[M5], S, DYZ, fifteen);
@@ -95,44 +91,44 @@ static void FillOffDiagonalD(const double* zeta, double t, OrbitalTable* m) {
     SetSymmetric(m[M6], DYZ, DXY, 0.047619047619047616 * zeta[2]);
 }
 
-void OnAtomTensorTables(int code, const double* exponents, bool hasD, OrbitalTable* tables) {
+void OnAtomTensorTables(int code, const SlaterAtom& atom, OrbitalTable (&tables)[6]) {
     for (int axis = M1; axis <= M6; ++axis) {
-        Clear(tables[axis]);
+        ClearTable(tables[axis]);
     }
     if (code < 3) {
         for (int axis = M1; axis <= M3; ++axis) {
-            tables[axis][S][S] = 2.0 * exponents[0] / 3.0;
+            tables[axis][S][S] = 2.0 * atom.Zeta[0] / 3.0;
         }
     } else if (code <= 10) {
-        FillSecondShell(exponents, tables);
+        FillSecondShell(atom.Zeta, tables);
     } else if (code <= 18) {
-        FillThirdShell(exponents, tables);
-        if (hasD) {  // a modified exponent can be negative where there are no d orbitals
-            const double root = std::sqrt(exponents[0] * exponents[2]);
-            const double sum = exponents[0] + exponents[2];
+        FillThirdShell(atom.Zeta, tables);
+        if (atom.OrbitalCount == LargestOrbitals) {  // where there are none, their exponent is a stand-in
+            const double root = std::sqrt(atom.Zeta[0] * atom.Zeta[2]);
+            const double sum = atom.Zeta[0] + atom.Zeta[2];
             const double t = root * root * root * root * root * root * root / (sum * sum * sum * sum * sum * sum);
-            FillDiagonalD(exponents, t, tables);
-            FillOffDiagonalD(exponents, t, tables);
+            FillDiagonalD(atom.Zeta, t, tables);
+            FillOffDiagonalD(atom.Zeta, t, tables);
         }
     }
 }
 
-void OnAtomMomentTable(int shell, const double* exponents, int k, double factor, OrbitalTable& table) {
-    const double zp = exponents[1];
-    const double zd = exponents[2];
-    const double a = shell == 2 ? factor * zp * zp * zp / 3.0 : factor * zp * zp * zp * 0.06666666666666667;
-    const double b = shell == 3 ? factor * zd * zd * zd * 0.06666666666666667 : 0.0;
-    Clear(table);
+void OnAtomMomentTable(const SlaterAtom& atom, int k, double factor, OrbitalTable& table) {
+    const double zp = atom.Zeta[1];
+    const double zd = atom.Zeta[2];
+    const double a = atom.Shell == 2 ? factor * zp * zp * zp / 3.0 : factor * zp * zp * zp * 0.06666666666666667;
+    const double b = atom.Shell == 3 ? factor * zd * zd * zd * 0.06666666666666667 : 0.0;
+    ClearTable(table);
     switch (k) {
     case 0:
         SetAntisymmetric(table, Y, Z, -a);
-        SetAntisymmetric(table, DZ2, DYZ, RootThree * b);
+        SetAntisymmetric(table, DZ2, DYZ, RoundedRootThree * b);
         SetAntisymmetric(table, DXZ, DXY, b);
         SetAntisymmetric(table, DYZ, DX2, -b);
         break;
     case 1:
         SetAntisymmetric(table, X, Z, a);
-        SetAntisymmetric(table, DZ2, DXZ, -RootThree * b);
+        SetAntisymmetric(table, DZ2, DXZ, -RoundedRootThree * b);
         SetAntisymmetric(table, DXZ, DX2, -b);
         SetAntisymmetric(table, DYZ, DXY, -b);
         break;

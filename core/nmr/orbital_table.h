@@ -4,10 +4,16 @@
 
 #include "ground/run_state.h"
 
+#include <algorithm>
+
 inline constexpr int LargestOrbitals = 9;  // of one atom
 
 // Rows and columns in the order s, px, py, pz, dz2, dxz, dyz, dx2-y2, dxy.
 using OrbitalTable = double[LargestOrbitals][LargestOrbitals];
+
+inline void ClearTable(OrbitalTable& table) {
+    std::fill(&table[0][0], &table[0][0] + LargestOrbitals * LargestOrbitals, 0.0);
+}
 
 // Sum over mu of atom a and nu of atom b, by their ranges, of density(mu, nu) table(mu, nu).
 inline double Contract(const double* density, const OrbitalRange& a, const OrbitalRange& b, const OrbitalTable& table) {

@@ -3,43 +3,35 @@
 // tables in the frame of the pair: a at the origin, b at (0, 0, R), x, y, z of all orbitals and operators being the
 // axes of this frame. Distances in bohr, exponents in 1/bohr. L_a = r_a x nabla, real, without -i.
 //
-// All functions poll: they may not return.
+// All functions poll: they may not return. Each atom is taken with all orbitals of its shell, 1, 4 or 9, whose
+// exponents must be above 0: for one of shell 3 without d orbitals that exponent is a stand-in.
 #pragma once
 
-// Orbitals of an atom in a table: s, px, py, pz, dz2, dxz, dyz, dx2-y2, dxy.
-inline constexpr int PairTableSize = 9;
-
-typedef double PairTable[PairTableSize][PairTableSize];
-
-// One atom of a pair: real Slater orbitals r^(Shell - 1) e^(-zeta r), normalised. Shell 1 has 1 orbital, shell 2 four,
-// shell 3 nine.
-struct PairOrbitals {
-    int Shell;       // 1, 2 or 3
-    double Zeta[3];  // exponents of s, p, d; only those of existing orbitals are read, and must be above 0
-};
+#include "nmr/orbital_table.h"
+#include "nmr/slater_atom.h"
 
 // Number of orbitals of a shell: 1, 4 or 9; 0 for any other.
 int PairOrbitalCount(int shell);
 
 // All integrals between one orbital on each atom; every table is [row = bra][column = ket].
 struct PairBondIntegrals {
-    PairTable Charge;    // [b][a]: 17.7504539779 <b|1/r_a|a>
-    PairTable Gauge;     // [a][b]: 17.7504539779 <a|(r_b . r_a)/r_a^3|b>
-    PairTable Bond[3];   // [b][a]: <b|L_a,k/r_a^3|a>, k = x, y, z
-    PairTable Cross[3];  // [a][b]: <a|L_a,k/r_a^3|b>; exactly 0 for an s orbital of a
+    OrbitalTable Charge;    // [b][a]: IsotropicFactor <b|1/r_a|a>
+    OrbitalTable Gauge;     // [a][b]: IsotropicFactor <a|(r_b . r_a)/r_a^3|b>
+    OrbitalTable Bond[3];   // [b][a]: <b|L_a,k/r_a^3|a>, k = x, y, z
+    OrbitalTable Cross[3];  // [a][b]: <a|L_a,k/r_a^3|b>; exactly 0 for an s orbital of a
 };
 
 // Fills all tables of the pair, entries without orbitals with 0. Quadrature, relative error below 1e-11 at bond
 // distances; 0 throughout where the smallest exponent times R reaches 60 (overlap below 1e-20), or an exponent isn't
 // above 0.
-void BondPairIntegrals(const PairOrbitals* a, const PairOrbitals* b, double r, PairBondIntegrals* result);
+void BondPairIntegrals(const SlaterAtom& a, const SlaterAtom& b, double r, PairBondIntegrals& result);
 
-// 17.7504539779 <mu_b|(r_b . r_a)/r_a^3|nu_b>. Shell 3 uses the s exponent for all orbitals, on purpose.
-void OrbitalMomentIntegrals(const PairOrbitals* b, double r, PairTable table);
+// IsotropicFactor <mu_b|(r_b . r_a)/r_a^3|nu_b>. Shell 3 uses the s exponent for all orbitals, on purpose.
+void OrbitalMomentIntegrals(const SlaterAtom& b, double r, OrbitalTable& table);
 
 // Tables x, y, z of K <column_b|L_a/r_a^3|row_b>. Shell 2 uses the p exponent for all orbitals and shell 3 the s
 // exponent, on purpose; shell 1 gives 0.
-void PairMagneticIntegrals(const PairOrbitals* b, double r, double k, PairTable tables[3]);
+void PairMagneticIntegrals(const SlaterAtom& b, double r, double k, OrbitalTable (&tables)[3]);
 
 // tables[3 i + j] := <mu_b|r_b,i r_a,j/r_a^3|nu_b>, each orbital with its own exponent.
-void PairTensorIntegrals(const PairOrbitals* b, double r, PairTable tables[9]);
+void PairTensorIntegrals(const SlaterAtom& b, double r, OrbitalTable (&tables)[9]);

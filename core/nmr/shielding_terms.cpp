@@ -8,14 +8,13 @@
 #include "nmr/pair_integrals.h"
 #include "nmr/pair_rotation.h"
 #include "nmr/shielding_atoms.h"
+#include "nmr/shielding_constants.h"
 #include "nmr/tensor_eigenproblem.h"
 
 #include <algorithm>
 
-static constexpr double IsotropicTensorFactor = 8.87522698895;
-static constexpr double OneCentreTensorFactor = 13.312840483425001;  // three quarters of 1e6 alpha^2 / 3
-static constexpr double TwoCentreTensorFactor = 26.625680966850002;  // 1e6 alpha^2 / 2
-static constexpr double ScreeningPerCharge[] = {0.35, 0.175, 0.11666666666666665};
+// 1/bohr per elementary charge and valence shell: 0.35 over the number of the shell.
+static constexpr double ScreeningPerCharge[] = {0.35, 0.35 / 2, 0.35 / 3};
 
 // A net charge tightens or loosens the orbitals by the screening constant per electron; only shielding sees it.
 static void FormExponents() {
@@ -64,11 +63,11 @@ static void CombineTables(const OrbitalTable& a, double factor, const OrbitalTab
 }
 
 static void AddOneCentreTensor(int place) {
-    const ShieldingAtom a = AtomAt(place);
+    const SlaterAtom a = AtomAt(place);
     OrbitalTable m[6];
     OrbitalTable sum;
     OrbitalTable table;
-    OnAtomTensorTables(SelectedAtom(place).AtomicNumber, a.Exponents, a.OrbitalCount == LargestOrbitals, m);
+    OnAtomTensorTables(SelectedAtom(place).AtomicNumber, a, m);
     CombineTables(m[0], 1.0, m[1], 1.0, sum);
     CombineTables(sum, 1.0, m[2], 1.0, sum);
     double* tensor = Run.Shielding.ShieldingTensor + 9LL * place;
@@ -83,29 +82,27 @@ static void AddOneCentreTensor(int place) {
         tensor[Places[pair][1]] = value;
     }
     Run.Shielding.ShieldingTerms[0][place] =
-        IsotropicTensorFactor * Contract(Run.Field.TotalDensity, a.Range, a.Range, sum);
+        HalfIsotropicFactor * Contract(Run.Field.TotalDensity, a.Range, a.Range, sum);
 }
 
 static void AddOneCentreTerm(int place) {
-    const ShieldingAtom a = AtomAt(place);
+    const SlaterAtom a = AtomAt(place);
     OrbitalTable table;
-    OnAtomChargeTable(a.Shell, a.Exponents, table);
+    OnAtomChargeTable(a, table);
     Run.Shielding.ShieldingTerms[0][place] += Contract(Run.Field.TotalDensity, a.Range, a.Range, table);
 }
 
-static void AddTwoCentreTerm(int place, const ShieldingAtom& a, const ShieldingAtom& b) {
+static void AddTwoCentreTerm(int place, const SlaterAtom& a, const SlaterAtom& b) {
     OrbitalTable table;
-    const PairOrbitals orbitals = b.Orbitals();
-    OrbitalMomentIntegrals(&orbitals, Distance(a.Position, b.Position), table);
+    OrbitalMomentIntegrals(b, Distance(a.Position, b.Position), table);
     RotatePairTable(a.Position, b.Position, table, b.OrbitalCount, b.OrbitalCount);
     Run.Shielding.ShieldingTerms[1][place] += ContractTransposed(Run.Field.TotalDensity, b.Range, table);
 }
 
-static void AddTwoCentreTensor(int place, const ShieldingAtom& a, const ShieldingAtom& b) {
+static void AddTwoCentreTensor(int place, const SlaterAtom& a, const SlaterAtom& b) {
     OrbitalTable m[9];
     OrbitalTable sum;
-    const PairOrbitals orbitals = b.Orbitals();
-    PairTensorIntegrals(&orbitals, Distance(a.Position, b.Position), m);
+    PairTensorIntegrals(b, Distance(a.Position, b.Position), m);
     RotatePairTensor(a.Position, b.Position, b.OrbitalCount, b.OrbitalCount, m);
     CombineTables(m[0], 1.0, m[4], 1.0, sum);
     CombineTables(sum, 1.0, m[8], 1.0, sum);
@@ -126,7 +123,7 @@ void ComputeDiamagneticOnAtomTerms() {
         if (!HasOrbitals(i)) {
             continue;
         }
-        const ShieldingAtom a = AtomAt(i);
+        const SlaterAtom a = AtomAt(i);
         if (Run.Options.CalculateShieldTensor) {
             AddOneCentreTensor(i);
         } else {
@@ -146,28 +143,27 @@ void ComputeDiamagneticOnAtomTerms() {
     }
 }
 
-static double ParamagneticOneCentre(const ShieldingAtom& a, const double* density, int k) {
+static double ParamagneticOneCentre(const SlaterAtom& a, const double* density, int k) {
     if (a.Shell == 1) {
         return 0.0;
     }
     OrbitalTable table;
-    OnAtomMomentTable(a.Shell, a.Exponents, k, ParamagneticFactor(), table);
+    OnAtomMomentTable(a, k, ParamagneticFactor(), table);
     return ContractTransposed(density, a.Range, table);
 }
 
 // The field of the nucleus's magnetic moment in the orbitals of one other atom; an atom of shell 1 has no first-order
 // matrix of its own.
-static double ParamagneticTwoCentre(int place, const ShieldingAtom& a, const double* density, int k) {
+static double ParamagneticTwoCentre(int place, const SlaterAtom& a, const double* density, int k) {
     double sum = 0.0;
     for (int j = 0; j < Run.Molecule.SelectedAtomCount; ++j) {
         if (j == place || !HasOrbitals(j) || AtomAt(j).Shell == 1 || !HavePairTerms(a.Position, SelectedPosition(j))) {
             continue;
         }
-        const ShieldingAtom b = AtomAt(j);
+        const SlaterAtom b = AtomAt(j);
         OrbitalTable local[3];
         OrbitalTable table;
-        const PairOrbitals orbitals = b.Orbitals();
-        PairMagneticIntegrals(&orbitals, Distance(a.Position, b.Position), ParamagneticFactor(), local);
+        PairMagneticIntegrals(b, Distance(a.Position, b.Position), ParamagneticFactor(), local);
         RotatePairVector(a.Position, b.Position, k, local, table, b.OrbitalCount, b.OrbitalCount);
         sum += ContractTransposed(density, b.Range, table);
         PollMessages(100);
@@ -181,7 +177,7 @@ void ComputeParamagneticOnAtomTerms(int j, int k) {
         if (!HasOrbitals(place)) {
             continue;
         }
-        const ShieldingAtom a = AtomAt(place);
+        const SlaterAtom a = AtomAt(place);
         const double one = ParamagneticOneCentre(a, density, k);
         const double two = ParamagneticTwoCentre(place, a, density, k);
         if (j == k) {

@@ -6,8 +6,8 @@
 #include "nmr/gaussian_three_centre.h"
 #include "nmr/three_centre_quadrature.h"
 
-void ThreeCentreIntegrals(const ThreeCentreAtom& b, const ThreeCentreAtom& c, const double* positionA,
-                          ThreeCentreTables* tables) {
+void ThreeCentreIntegrals(const SlaterAtom& b, const SlaterAtom& c, const double* positionA,
+                          ThreeCentreTables& tables) {
     if (b.Shell < 3 && c.Shell < 3) {
         PollMessages(200);
         QuadratureThreeCentre(b, c, positionA, tables);

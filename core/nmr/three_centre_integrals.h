@@ -8,23 +8,9 @@
 // serves both orders of B and C.
 #pragma once
 
-// An atom that carries orbitals.
-struct ThreeCentreAtom {
-    int Shell;               // valence shell, 1 to 3
-    int OrbitalCount;        // 1; 4; 4 or 9 for shell 3
-    double Zeta[3];          // exponents of the s, p and d orbitals, 1/bohr
-    const double* Position;  // [3] bohr
-};
-
-// Row: orbital of B, column: orbital of C, both in the order s, px, py, pz, dz2, dxz, dyz, dx2-y2, dxy. Only the
-// orbitals that the two atoms have are filled; the other entries stay what they are.
-struct ThreeCentreTables {
-    double Gauge[9][9];
-    double ReverseGauge[9][9];
-    double Magnetic[3][9][9];
-};
+#include "nmr/slater_atom.h"
+#include "nmr/three_centre_tables.h"
 
 // Fills the tables for one triple: by quadrature if B and C are of shell 1 or 2, else by six Gaussians for each
 // orbital. Polls once, so it may not return. The three positions must differ.
-void ThreeCentreIntegrals(const ThreeCentreAtom& b, const ThreeCentreAtom& c, const double* positionA,
-                          ThreeCentreTables* tables);
+void ThreeCentreIntegrals(const SlaterAtom& b, const SlaterAtom& c, const double* positionA, ThreeCentreTables& tables);

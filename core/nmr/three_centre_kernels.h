@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The two inner steps of the three-centre quadrature, each over the 14 outer nodes u side by side in lanes. Both are
-// built for several instruction sets and chosen at run time; every sum has one order, so that all give the same bytes.
+// built for several instruction sets (numerics/instruction_set.h); every sum has one order, so that all give the same
+// bytes.
 #pragma once
 
 #include "numerics/quadrature_rules.h"
@@ -37,8 +38,6 @@ constexpr int SumCount = 47;
 
 // The kernels of one instruction set.
 struct ThreeCentreKernels {
-    const char* Name;
-
     // Fills Zero and One from Slope and Start, for x >= 2 everywhere, that is Start >= 4.
     void (*InnerSums)(LaneMoments& moments);
 
@@ -47,18 +46,12 @@ struct ThreeCentreKernels {
     void (*WeightedSums)(const LanePairs& pairs, double* sums);
 };
 
-// The kernels in use: at first the widest that the processor has.
-const ThreeCentreKernels& KernelsOfThreeCentres();
-
-// The implementations that this processor can run, the baseline first; their number. For tests.
-int SupportedThreeCentreKernels(const ThreeCentreKernels* list[], int capacity);
-
-// Uses that implementation from now on. For tests: results are the same with each.
-void UseThreeCentreKernels(const ThreeCentreKernels& kernels);
-
-// The implementations, one source file each.
+// One source file each.
 extern const ThreeCentreKernels BaselineThreeCentreKernels;
 #if defined(__x86_64__)
 extern const ThreeCentreKernels Avx2ThreeCentreKernels;
 extern const ThreeCentreKernels Avx512ThreeCentreKernels;
 #endif
+
+// Those of the instruction set in use.
+const ThreeCentreKernels& KernelsOfThreeCentres();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The three-centre kernels for what every processor of the platform has.
-#define KernelSet BaselineThreeCentre
-#define KernelTable BaselineThreeCentreKernels
-#define KernelName "baseline"
-#define LaneCount 2  // numbers in a register
+static constexpr int LaneCount = 2;  // numbers in a register
+
 #include "nmr/three_centre_kernels_template.h"
+
+const ThreeCentreKernels BaselineThreeCentreKernels = KernelsOfThisSet;

@@ -1,33 +1,17 @@
 // SPDX-License-Identifier: MIT
-// The source of the three-centre kernels, included once by the file of each instruction set. The width of a register
-// only says how many outer nodes share one: no sum changes its order, nothing is contracted.
-// No include guard on purpose, and no further include: see the files that include this one.
+// The source of the three-centre kernels, included once by the file of each instruction set, so without a guard. The
+// width of a register only says how many outer nodes share one: no sum changes its order, nothing is contracted. All is
+// local to the file that includes it, see numerics/vector_lanes.h.
 
 #include "nmr/three_centre_kernels.h"
+#include "numerics/decaying_exponential.h"
+#include "numerics/vector_lanes.h"
 
-namespace KernelSet {
+namespace {
 
-#define AlwaysInline static inline __attribute__((always_inline))
-
-typedef double Lanes __attribute__((vector_size(LaneCount * 8)));
-typedef unsigned long long LaneBits __attribute__((vector_size(LaneCount * 8)));
-typedef double LooseLanes __attribute__((vector_size(LaneCount * 8), aligned(8), may_alias));
-
-constexpr int Parts = OuterLanes / LaneCount;         // registers of a row of outer nodes
-constexpr double LargestSquare = 160.0 * 160.0;       // from x = 160 on a Bessel function counts as 0
-constexpr double RoundingShift = 6755399441055744.0;  // 1.5 * 2^52: added, it leaves the nearest integer below
-constexpr double Log2OfE = 1.4426950408889634;
-constexpr double Ln2High = 0.6931471803691238;                   // ln 2 with its last 20 bits zero
-constexpr double Ln2Low = 1.9082149292705877e-10;                // the rest
+constexpr int Parts = OuterLanes / LaneCount;                    // registers of a row of outer nodes
+constexpr double LargestSquare = 160.0 * 160.0;                  // from x = 160 on a Bessel function counts as 0
 constexpr unsigned long long RootGuess = 0x4feb0a3d70a3d70aULL;  // (1.25 * 1023 - 0.06) * 2^52
-
-AlwaysInline Lanes Load(const double* source) {
-    return *reinterpret_cast<const LooseLanes*>(source);
-}
-
-AlwaysInline void Store(double* target, Lanes value) {
-    *reinterpret_cast<LooseLanes*>(target) = value;
-}
 
 // q^(-1/4) to two units in the last place, for normal q: the exponent divided by four, which is right to 3 %, and two
 // steps of fourth order.
@@ -48,18 +32,10 @@ AlwaysInline void BesselPair(Lanes q, Lanes& k0, Lanes& xk1) {
     const Lanes inverse = y * y;
     const Lanes x = q * inverse;
     const Lanes v = inverse + inverse;  // 2 / x
-    const Lanes shifted = x * Log2OfE + RoundingShift;
-    const Lanes count = shifted - RoundingShift;
-    const Lanes r = (count * Ln2High - x) + count * Ln2Low;  // between -0.35 and 0.35
-    const Lanes r2 = r * r;
-    const Lanes r4 = r2 * r2;
-    const Lanes low = (1.0 + r) + r2 * (1.0 / 2 + r * (1.0 / 6));
-    const Lanes middle = (1.0 / 24 + r * (1.0 / 120)) + r2 * (1.0 / 720 + r * (1.0 / 5040));
-    const Lanes high = (1.0 / 40320 + r * (1.0 / 362880)) + r2 * (1.0 / 3628800);
-    const Lanes mantissa = low + r4 * (middle + r4 * high);
-    // the low bits of shifted hold count: e^(-x) = mantissa * 2^(-count)
-    const Lanes power =
-        reinterpret_cast<Lanes>(reinterpret_cast<LaneBits>(mantissa) - (reinterpret_cast<LaneBits>(shifted) << 52));
+    const DecaySeries<Lanes> s = ExpandDecay(x);
+    // of e^R up to R^10, which is enough beside the 1e-7 of the approximations
+    const Lanes high = (1.0 / 40320 + s.R * (1.0 / 362880)) + s.R2 * (1.0 / 3628800);
+    const Lanes power = ScaleDecay<LaneBits>(s.Low + s.R4 * (s.Middle + s.R4 * high), s.Shifted);
     const Lanes exponential = q < LargestSquare ? power * y : Lanes{};  // e^(-x) x^(-1/2)
     const Lanes v2 = v * v;
     const Lanes v4 = v2 * v2;
@@ -183,7 +159,7 @@ AlwaysInline Lanes ValuePP(const PairFunction& f, int m, int j) {
     return f.Constant * f.Values.H[j + 1][m];
 }
 
-typedef double SumRows[SumCount][OuterLanes];
+using SumRows = double[SumCount][OuterLanes];
 
 AlwaysInline void PutSS(const PairFunction& f, Lanes u, Lanes v, SumRows& sums, int lane) {
     const Lanes f10 = ValueSS(f, 1, 0);
@@ -272,7 +248,7 @@ static void Reduce(const SumRows& rows, int first, int end, double* sums) {
         for (int j = 0; j < 8; j += LaneCount) {
             Store(lanes + j, Load(rows[i] + j) + Load(rows[i] + j + 8));
         }
-        sums[i] = ((lanes[0] + lanes[4]) + (lanes[2] + lanes[6])) + ((lanes[1] + lanes[5]) + (lanes[3] + lanes[7]));
+        sums[i] = SumOfEight(lanes);
     }
 }
 
@@ -308,7 +284,6 @@ static void WeightedSums(const LanePairs& pairs, double* sums) {
     }
 }
 
-}  // namespace KernelSet
+constexpr ThreeCentreKernels KernelsOfThisSet = {InnerSums, WeightedSums};
 
-extern const ThreeCentreKernels KernelTable;
-const ThreeCentreKernels KernelTable = {KernelName, KernelSet::InnerSums, KernelSet::WeightedSums};
+}  // namespace

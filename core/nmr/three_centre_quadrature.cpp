@@ -15,11 +15,11 @@
 #include "nmr/three_centre_quadrature.h"
 
 #include "nmr/three_centre_kernels.h"
+#include "numerics/mathematical_constants.h"
 #include "numerics/reduced_bessel.h"
 
 #include <cmath>
 
-static constexpr double Pi = 3.14159265358979323846;
 static constexpr double LeastFastStart = 4.0;  // the kernels know x >= 2 only
 
 // Vectors between the centres and their products.
@@ -200,14 +200,14 @@ static void FillPP(const TripleGeometry& geometry, const double* sums, double no
     }
 }
 
-static SuperpositionWeight WeightOf(const ThreeCentreAtom& atom, int orbital) {
+static SuperpositionWeight WeightOf(const SlaterAtom& atom, int orbital) {
     const double zeta = atom.Zeta[orbital];
     return atom.Shell == 2 && orbital == 0 ? SuperpositionWeight{-1.0, 0.5 * zeta * zeta}
                                            : SuperpositionWeight{zeta, 0.0};
 }
 
 // The norm of exp(-zr), r exp(-zr) for 2s, r_k exp(-zr) for 2p.
-static double NormOf(const ThreeCentreAtom& atom, int orbital) {
+static double NormOf(const SlaterAtom& atom, int orbital) {
     const double zeta = atom.Zeta[orbital];
     const double cube = zeta * zeta * zeta;
     if (atom.Shell == 1) {
@@ -216,8 +216,8 @@ static double NormOf(const ThreeCentreAtom& atom, int orbital) {
     return std::sqrt(cube * (zeta * zeta) / (orbital == 0 ? 3.0 * Pi : Pi));
 }
 
-void QuadratureThreeCentre(const ThreeCentreAtom& b, const ThreeCentreAtom& c, const double* positionA,
-                           ThreeCentreTables* tables) {
+void QuadratureThreeCentre(const SlaterAtom& b, const SlaterAtom& c, const double* positionA,
+                           ThreeCentreTables& tables) {
     TripleGeometry geometry;
     FillGeometry(b.Position, c.Position, positionA, geometry);
     const int kindsB = b.Shell == 1 ? 1 : 2;
@@ -238,14 +238,14 @@ void QuadratureThreeCentre(const ThreeCentreAtom& b, const ThreeCentreAtom& c, c
     }
     double sums[SumCount];
     KernelsOfThreeCentres().WeightedSums(pairs, sums);
-    FillSS(geometry, sums + SumsOfSS, NormOf(b, 0) * NormOf(c, 0), *tables);
+    FillSS(geometry, sums + SumsOfSS, NormOf(b, 0) * NormOf(c, 0), tables);
     if (kindsC == 2) {
-        FillSP(geometry, sums + SumsOfSP, NormOf(b, 0) * NormOf(c, 1), *tables);
+        FillSP(geometry, sums + SumsOfSP, NormOf(b, 0) * NormOf(c, 1), tables);
     }
     if (kindsB == 2) {
-        FillPS(geometry, sums + SumsOfPS, NormOf(b, 1) * NormOf(c, 0), *tables);
+        FillPS(geometry, sums + SumsOfPS, NormOf(b, 1) * NormOf(c, 0), tables);
         if (kindsC == 2) {
-            FillPP(geometry, sums + SumsOfPP, NormOf(b, 1) * NormOf(c, 1), *tables);
+            FillPP(geometry, sums + SumsOfPP, NormOf(b, 1) * NormOf(c, 1), tables);
         }
     }
 }

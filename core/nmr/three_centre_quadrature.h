@@ -4,8 +4,9 @@
 // closed form to Bessel functions, and 14 nodes in u and 32 in t do the rest.
 #pragma once
 
-#include "nmr/three_centre_integrals.h"
+#include "nmr/slater_atom.h"
+#include "nmr/three_centre_tables.h"
 
 // Fills the entries of the tables for atoms of shell 1 or 2.
-void QuadratureThreeCentre(const ThreeCentreAtom& b, const ThreeCentreAtom& c, const double* positionA,
-                           ThreeCentreTables* tables);
+void QuadratureThreeCentre(const SlaterAtom& b, const SlaterAtom& c, const double* positionA,
+                           ThreeCentreTables& tables);

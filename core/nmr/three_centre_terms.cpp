@@ -4,19 +4,16 @@
 #include "ground/message_poll.h"
 #include "nmr/orbital_table.h"
 #include "nmr/shielding_atoms.h"
+#include "nmr/shielding_constants.h"
 #include "nmr/shielding_terms.h"
 #include "nmr/three_centre_integrals.h"
 
 static ThreeCentreTables Tables;  // of the triple in hand
 
-static ThreeCentreAtom ThreeCentre(const ShieldingAtom& atom) {
-    return {atom.Shell, atom.OrbitalCount, {atom.Exponents[0], atom.Exponents[1], atom.Exponents[2]}, atom.Position};
-}
-
 // The integrals of the magnetic operator change sign when bra and ket change places, and so do the phase and the
 // density of the field: both orders give the same.
-static void AddTriple(int place, const double* nucleus, const ShieldingAtom& b, const ShieldingAtom& c) {
-    ThreeCentreIntegrals(ThreeCentre(b), ThreeCentre(c), nucleus, &Tables);
+static void AddTriple(int place, const double* nucleus, const SlaterAtom& b, const SlaterAtom& c) {
+    ThreeCentreIntegrals(b, c, nucleus, Tables);
     Run.Shielding.ShieldingTerms[7][place] +=
         IsotropicFactor * (Contract(Run.Field.TotalDensity, b.Range, c.Range, Tables.Gauge) +
                            Contract(Run.Field.TotalDensity, b.Range, c.Range, Tables.ReverseGauge));

@@ -3,12 +3,12 @@
 #include "numerics/boys_function.h"
 
 #include "ground/log.h"
-#include "numerics/reduced_bessel.h"
+#include "numerics/decaying_exponential.h"
+#include "numerics/mathematical_constants.h"
 
 #include <cmath>
 #include <cstdio>
 
-static constexpr double Pi = 3.14159265358979323846;
 static constexpr int StepsPerUnit = 8;
 static constexpr int GridCount = 18 * StepsPerUnit + 1;  // t = 0 to 18, beyond the last switch point
 static constexpr int TaylorTerms = 9;                    // the next one is below (1/16)^9 / 9! = 4e-17

@@ -5,7 +5,8 @@
 
 inline constexpr int LargestBoysOrder = 8;
 
-// F_m(t) for m = 0 to 8 and t >= 0. A higher m gives a line in the log and 0.
+// F_m(t) for m = 0 to 8 and t >= 0. Nothing but tests calls it: it stays as the one that states the limit of m. A
+// higher m gives a line in the log and 0.
 double BoysFunction(int m, double t);
 
 // values[m] = F_m(t) for m = 0 to top, top at most 8.

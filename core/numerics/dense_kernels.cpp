@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Chooses the kernels for the processor that runs the program, and drives the product of whole matrices for the
+// Takes the kernels of the instruction set in use, and drives the product of whole matrices for the
 // eigensolver and the exact spectrum.
 #include "numerics/dense_kernels.h"
 
-#include "numerics/dense_kernels_sets.h"
+#include "numerics/instruction_set.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -11,38 +11,17 @@
 static constexpr int InnerBlock = 256;  // inner indices of a packed panel: 64 KB
 static constexpr int RowBlock = 256;    // rows that meet one panel: 512 KB of A, within the second cache
 
-static const DenseKernels* KernelsInUse = nullptr;
 static double PanelBuffer[InnerBlock * PanelWidth + ChunkLength];  // one packed panel, to be aligned by hand
 
-int SupportedKernels(const DenseKernels* list[], int capacity) {
-    int count = 0;
-    const auto add = [&](const DenseKernels& kernels) {
-        if (count < capacity) {
-            list[count++] = &kernels;
-        }
-    };
-    add(BaselineKernels);
-#if defined(__x86_64__)
-    if (__builtin_cpu_supports("avx2")) {
-        add(Avx2Kernels);
-    }
-    if (__builtin_cpu_supports("avx512f")) {
-        add(Avx512Kernels);
-    }
-#endif
-    return count;
-}
-
 const DenseKernels& Kernels() {
-    if (KernelsInUse == nullptr) {
-        const DenseKernels* list[3];
-        KernelsInUse = list[SupportedKernels(list, 3) - 1];
-    }
-    return *KernelsInUse;
-}
-
-void UseKernels(const DenseKernels& kernels) {
-    KernelsInUse = &kernels;
+    static constexpr const DenseKernels* Sets[InstructionSetCount] = {
+        &BaselineDenseKernels,
+#if defined(__x86_64__)
+        &Avx2DenseKernels,
+        &Avx512DenseKernels,
+#endif
+    };
+    return *Sets[InstructionSetInUse()];
 }
 
 void PackPanel(const double* source, std::size_t stride, int columns, int inner, double* panel) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Loops over dense vectors and matrices, for the eigensolver and the exact spectrum. Each is built for several
-// instruction sets and chosen at run time; the order of every sum is fixed, so that all give the same bytes.
+// instruction sets (numerics/instruction_set.h); the order of every sum is fixed, so that all give the same bytes.
 #pragma once
 
 #include <cstddef>
@@ -30,8 +30,6 @@ struct LaneFactors {
 
 // The kernels of one instruction set.
 struct DenseKernels {
-    const char* Name;
-
     // Rows of a product: place(i, j) (=, += or -=) sum over k of a[i * aRow + k * aInner] * panel[k * PanelWidth + j],
     // k ascending with one accumulator, which starts from 0 or from what the place holds. At most PanelWidth columns.
     void (*MultiplyPanel)(const double* a, std::size_t aRow, std::size_t aInner, const double* panel,
@@ -67,14 +65,15 @@ struct DenseKernels {
     void (*SolveLanes)(const LaneFactors& factors, int n, int forward, double* x, double* largest);
 };
 
-// The kernels in use: at first the widest that the processor has.
+// One source file each.
+extern const DenseKernels BaselineDenseKernels;
+#if defined(__x86_64__)
+extern const DenseKernels Avx2DenseKernels;
+extern const DenseKernels Avx512DenseKernels;
+#endif
+
+// Those of the instruction set in use.
 const DenseKernels& Kernels();
-
-// The implementations that this processor can run, the baseline first; their number. For tests.
-int SupportedKernels(const DenseKernels* list[], int capacity);
-
-// Uses that implementation from now on. For tests: results are the same with each.
-void UseKernels(const DenseKernels& kernels);
 
 // Copies inner x columns numbers of a row-major matrix, at most PanelWidth columns, into a panel[inner][PanelWidth]
 // whose further columns are zero.

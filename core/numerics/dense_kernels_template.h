@@ -1,32 +1,13 @@
 // SPDX-License-Identifier: MIT
-// The source of the dense kernels, included once by the file of each instruction set. All that depends on the width
-// of a register is which independent numbers share one: no sum changes its order, nothing is contracted.
-// No include guard on purpose, and no further include: see the files that include this one.
+// The source of the dense kernels, included once by the file of each instruction set, so without a guard. All that
+// depends on the width of a register is which independent numbers share one: no sum changes its order, nothing is
+// contracted. All is local to the file that includes it, see numerics/vector_lanes.h.
 
 #include "numerics/dense_kernels.h"
+#include "numerics/vector_lanes.h"
 
-namespace KernelSet {
-
-#define AlwaysInline static inline __attribute__((always_inline))
-
-typedef double Lanes __attribute__((vector_size(LaneCount * 8)));
-typedef long long LaneMask __attribute__((vector_size(LaneCount * 8)));
-typedef double LooseLanes __attribute__((vector_size(LaneCount * 8), aligned(8), may_alias));
-
-constexpr int Parts = ChunkLength / LaneCount;  // registers of a chunk
-constexpr double Tiny = 1e-30;                  // what counts as zero in a pivot
-
-AlwaysInline Lanes Load(const double* source) {
-    return *reinterpret_cast<const LooseLanes*>(source);
-}
-
-AlwaysInline void Store(double* target, Lanes value) {
-    *reinterpret_cast<LooseLanes*>(target) = value;
-}
-
-AlwaysInline Lanes Absolute(Lanes value) {
-    return value < 0.0 ? -value : value;
-}
+static constexpr int Parts = ChunkLength / LaneCount;  // registers of a chunk
+static constexpr double Tiny = 1e-30;                  // what counts as zero in a pivot
 
 // The sum of the eight lanes of a chunk, in the one order.
 AlwaysInline double SumOfChunk(const Lanes* parts) {
@@ -35,7 +16,7 @@ AlwaysInline double SumOfChunk(const Lanes* parts) {
     for (int part = 0; part < Parts; ++part) {
         Store(lanes + part * LaneCount, parts[part]);
     }
-    return ((lanes[0] + lanes[4]) + (lanes[2] + lanes[6])) + ((lanes[1] + lanes[5]) + (lanes[3] + lanes[7]));
+    return SumOfEight(lanes);
 }
 
 // Copies the count numbers that follow a last whole chunk into a chunk with zeros behind them.
@@ -50,13 +31,11 @@ AlwaysInline double* PlaceOf(const ProductPlace& place, int row, int column) {
            static_cast<std::size_t>(column / ChunkLength) * place.ChunkStride + column % ChunkLength;
 }
 
-// Rows x (Vectors registers) numbers of a product, of which the columns from firstColumn up to columns exist.
-template <int Rows, int Vectors> static void MultiplyTile(const double* a, std::size_t aRow, std::size_t aInner,
-                                                          const double* panel, const ProductPlace& place, int row,
-                                                          int firstColumn, int columns, int inner, ProductMode mode) {
-    Lanes sum[Rows][Vectors];
+// The sums of a tile as they start. Of its last register, restColumns columns exist.
+template <int Rows, int Vectors> AlwaysInline void StartTile(Lanes (&sum)[Rows][Vectors], const ProductPlace& place,
+                                                             int row, int firstColumn, int restColumns,
+                                                             ProductMode mode) {
     double rest[LaneCount];
-    const int restColumns = columns - firstColumn - (Vectors - 1) * LaneCount;  // of the last register
 #pragma GCC unroll 8
     for (int r = 0; r < Rows; ++r) {
 #pragma GCC unroll 8
@@ -74,6 +53,35 @@ template <int Rows, int Vectors> static void MultiplyTile(const double* a, std::
             }
         }
     }
+}
+
+template <int Rows, int Vectors> AlwaysInline void
+StoreTile(const Lanes (&sum)[Rows][Vectors], const ProductPlace& place, int row, int firstColumn, int restColumns) {
+    double rest[LaneCount];
+#pragma GCC unroll 8
+    for (int r = 0; r < Rows; ++r) {
+#pragma GCC unroll 8
+        for (int v = 0; v < Vectors; ++v) {
+            double* start = PlaceOf(place, row + r, firstColumn + v * LaneCount);
+            if (v < Vectors - 1 || restColumns >= LaneCount) {
+                Store(start, sum[r][v]);
+            } else {
+                Store(rest, sum[r][v]);
+                for (int j = 0; j < restColumns; ++j) {
+                    start[j] = rest[j];
+                }
+            }
+        }
+    }
+}
+
+// Rows x (Vectors registers) numbers of a product, of which the columns from firstColumn up to columns exist.
+template <int Rows, int Vectors> static void MultiplyTile(const double* a, std::size_t aRow, std::size_t aInner,
+                                                          const double* panel, const ProductPlace& place, int row,
+                                                          int firstColumn, int columns, int inner, ProductMode mode) {
+    const int restColumns = columns - firstColumn - (Vectors - 1) * LaneCount;
+    Lanes sum[Rows][Vectors];
+    StartTile(sum, place, row, firstColumn, restColumns, mode);
     const double* left = a + static_cast<std::size_t>(row) * aRow;
     const double* right = panel + firstColumn;
     if (mode == SubtractProduct) {
@@ -99,21 +107,7 @@ template <int Rows, int Vectors> static void MultiplyTile(const double* a, std::
             }
         }
     }
-#pragma GCC unroll 8
-    for (int r = 0; r < Rows; ++r) {
-#pragma GCC unroll 8
-        for (int v = 0; v < Vectors; ++v) {
-            double* start = PlaceOf(place, row + r, firstColumn + v * LaneCount);
-            if (v < Vectors - 1 || restColumns >= LaneCount) {
-                Store(start, sum[r][v]);
-            } else {
-                Store(rest, sum[r][v]);
-                for (int j = 0; j < restColumns; ++j) {
-                    start[j] = rest[j];
-                }
-            }
-        }
-    }
+    StoreTile(sum, place, row, firstColumn, restColumns);
 }
 
 // Rows rows of a product, tile after tile.
@@ -372,31 +366,37 @@ static void FactorLanes(const double* diagonal, const double* off, const double*
     }
 }
 
-static void SolveLanes(const LaneFactors& factors, int n, int forward, double* x, double* largest) {
-    const std::size_t lastPlace = static_cast<std::size_t>(n - 1) * ChunkLength;
+// Applies the multipliers and interchanges.
+AlwaysInline void SubstituteForward(const LaneFactors& factors, int n, double* x) {
     Lanes current[Parts];
-    if (forward != 0) {
 #pragma GCC unroll 8
-        for (int part = 0; part < Parts; ++part) {
-            current[part] = Load(x + part * LaneCount);
-        }
-        std::size_t place = 0;
-        for (int j = 0; j + 1 < n; ++j) {
+    for (int part = 0; part < Parts; ++part) {
+        current[part] = Load(x + part * LaneCount);
+    }
+    std::size_t place = 0;
+    for (int j = 0; j + 1 < n; ++j) {
 #pragma GCC unroll 8
-            for (int part = 0; part < Parts; ++part, place += LaneCount) {
-                const LaneMask interchanged = Absolute(Load(factors.Band + place)) >= Tiny;
-                const Lanes next = Load(x + place + ChunkLength);
-                const Lanes stays = interchanged ? next : current[part];
-                const Lanes goesOn = interchanged ? current[part] : next;
-                Store(x + place, stays);
-                current[part] = goesOn + Load(factors.Multiplier + place) * stays;
-            }
-        }
-#pragma GCC unroll 8
-        for (int part = 0; part < Parts; ++part) {
-            Store(x + lastPlace + part * LaneCount, current[part]);
+        for (int part = 0; part < Parts; ++part, place += LaneCount) {
+            const LaneMask interchanged = Absolute(Load(factors.Band + place)) >= Tiny;
+            const Lanes next = Load(x + place + ChunkLength);
+            const Lanes stays = interchanged ? next : current[part];
+            const Lanes goesOn = interchanged ? current[part] : next;
+            Store(x + place, stays);
+            current[part] = goesOn + Load(factors.Multiplier + place) * stays;
         }
     }
+#pragma GCC unroll 8
+    for (int part = 0; part < Parts; ++part) {
+        Store(x + place + part * LaneCount, current[part]);
+    }
+}
+
+static void SolveLanes(const LaneFactors& factors, int n, int forward, double* x, double* largest) {
+    const std::size_t lastPlace = static_cast<std::size_t>(n - 1) * ChunkLength;
+    if (forward != 0) {
+        SubstituteForward(factors, n, x);
+    }
+    Lanes current[Parts];
     Lanes second[Parts];
     Lanes greatest[Parts];
 #pragma GCC unroll 8
@@ -428,9 +428,5 @@ static void SolveLanes(const LaneFactors& factors, int n, int forward, double* x
     }
 }
 
-}  // namespace KernelSet
-
-extern const DenseKernels KernelTable;
-const DenseKernels KernelTable = {
-    KernelName,         KernelSet::MultiplyPanel,    KernelSet::MultiplySymmetric, KernelSet::DotRows,
-    KernelSet::AddRows, KernelSet::ResidualProducts, KernelSet::FactorLanes,       KernelSet::SolveLanes};
+static constexpr DenseKernels KernelsOfThisSet = {MultiplyPanel,    MultiplySymmetric, DotRows,   AddRows,
+                                                  ResidualProducts, FactorLanes,       SolveLanes};

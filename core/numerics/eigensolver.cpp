@@ -38,39 +38,39 @@ static double* TakeArray(double* start, std::size_t count, std::size_t* used) {
 }
 
 // Lays out the arrays for orders up to capacity; returns how many numbers they take. start may be null.
-static std::size_t LayOutArrays(double* start, int capacity, EigensolverWork* work) {
+static std::size_t LayOutArrays(double* start, int capacity, EigensolverWork& work) {
     const std::size_t length = (static_cast<std::size_t>(capacity) + 7) / 8 * 8;
     const std::size_t square = static_cast<std::size_t>(ReflectorWidth) * ReflectorWidth;
     const std::size_t overlap = static_cast<std::size_t>(VectorBlock) * ReflectorWidth;
     std::size_t used = 0;
-    work->Capacity = capacity;
-    work->PanelStride = length % 16 == 0 ? length + 8 : length;
-    double** const vectors[] = {&work->Diagonal, &work->Off,      &work->Band, &work->ReflectorScale,
-                                &work->Quotient, &work->Residual, &work->Spare};
+    work.Capacity = capacity;
+    work.PanelStride = length % 16 == 0 ? length + 8 : length;
+    double** const vectors[] = {&work.Diagonal, &work.Off,      &work.Band, &work.ReflectorScale,
+                                &work.Quotient, &work.Residual, &work.Spare};
     for (double** vector : vectors) {
         *vector = TakeArray(start, length, &used);
     }
-    double** const lanes[] = {&work->LaneReciprocal, &work->LaneUpper, &work->LaneBand, &work->LaneMultiplier,
-                              &work->LaneVectors};
+    double** const lanes[] = {&work.LaneReciprocal, &work.LaneUpper, &work.LaneBand, &work.LaneMultiplier,
+                              &work.LaneVectors};
     for (double** lane : lanes) {
         *lane = TakeArray(start, length * ChunkLength, &used);
     }
-    work->Panel = TakeArray(start, 2 * ReductionWidth * work->PanelStride, &used);
-    work->Packed = TakeArray(start, static_cast<std::size_t>(ReflectorWidth) * PanelWidth, &used);
-    work->SmallTiles = TakeArray(start, SmallTriangle, &used);
-    work->Reflectors = TakeArray(start, length * ReflectorWidth, &used);
-    work->Gram = TakeArray(start, square, &used);
-    work->BlockFactor = TakeArray(start, square, &used);
-    work->BlockPanels = TakeArray(start, square, &used);
-    work->Overlap = TakeArray(start, overlap, &used);
-    work->Combination = TakeArray(start, overlap, &used);
+    work.Panel = TakeArray(start, 2 * ReductionWidth * work.PanelStride, &used);
+    work.Packed = TakeArray(start, static_cast<std::size_t>(ReflectorWidth) * PanelWidth, &used);
+    work.SmallTiles = TakeArray(start, SmallTriangle, &used);
+    work.Reflectors = TakeArray(start, length * ReflectorWidth, &used);
+    work.Gram = TakeArray(start, square, &used);
+    work.BlockFactor = TakeArray(start, square, &used);
+    work.BlockPanels = TakeArray(start, square, &used);
+    work.Overlap = TakeArray(start, overlap, &used);
+    work.Combination = TakeArray(start, overlap, &used);
     return used;
 }
 
 // Numbers of the block that holds the arrays for orders up to n, with room for its alignment.
 static std::size_t WorkCount(int n) {
     EigensolverWork work = {};
-    return LayOutArrays(nullptr, n, &work) + ChunkLength;
+    return LayOutArrays(nullptr, n, work) + ChunkLength;
 }
 
 double EigensolverWorkBytes(int n) {
@@ -86,7 +86,7 @@ int ReserveEigensolverWork(int n) {
     }
     const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(SolverWork.Memory);
     const std::uintptr_t aligned = (address + 63) / 64 * 64;
-    LayOutArrays(SolverWork.Memory + (aligned - address) / sizeof(double), n, &SolverWork);
+    LayOutArrays(SolverWork.Memory + (aligned - address) / sizeof(double), n, SolverWork);
     TouchPages(SolverWork.Memory, static_cast<std::size_t>(EigensolverWorkBytes(n)));
     return 1;
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The exponential integral E1, and the tables built on it that integrals with the inverse distance from one of
-// the two centres need. All stored constants have 8 to 12 digits and are results as they stand.
+// the two centres need. All stored constants have 8 to 12 digits and are results as they stand. Nothing in the program
+// calls them, as the pair integrals of the shielding came to be quadratures: they stay as the documented way to closed
+// forms.
 #pragma once
 
 // *result = E1(x) for positive x, its continuation -Ei(|x|) for negative x, and 1e38 for |x| below 1e-6. The

@@ -82,7 +82,7 @@ def legendre_rule(n):
 
 
 def listed(name, values):
-    text = "static const double %s[%d] = {\n" % (name, len(values))
+    text = "static constexpr double %s[%d] = {\n" % (name, len(values))
     line = "   "
     for value in values:
         word = " %.17g," % float(value)
@@ -97,16 +97,16 @@ def make_files():
     text = HEAD
     for n in LEGENDRE:
         nodes, weights = zip(*upper_half(n))
-        text += listed("legendreNodes%d" % n, nodes)
-        text += listed("legendreWeights%d" % n, weights)
+        text += listed("LegendreNodes%d" % n, nodes)
+        text += listed("LegendreWeights%d" % n, weights)
     for n in LAGUERRE:
         nodes = roots(laguerre, n, Decimal("1e-9"), Decimal(4 * n), 40 * n, n)
-        text += listed("laguerreNodes%d" % n, nodes)
-        text += listed("laguerreWeights%d" % n, [x * x.exp() / ((n + 1) * laguerre(n + 1, x)[0]) ** 2 for x in nodes])
+        text += listed("LaguerreNodes%d" % n, nodes)
+        text += listed("LaguerreWeights%d" % n, [x * x.exp() / ((n + 1) * laguerre(n + 1, x)[0]) ** 2 for x in nodes])
     text += "\nconst GaussRule LegendreRules[LegendreRuleCount] = {\n"
-    text += "".join("    {%d, legendreNodes%d, legendreWeights%d},\n" % (n, n, n) for n in LEGENDRE)
+    text += "".join("    {%d, LegendreNodes%d, LegendreWeights%d},\n" % (n, n, n) for n in LEGENDRE)
     text += "};\n\nconst GaussRule LaguerreRules[LaguerreRuleCount] = {\n"
-    text += "".join("    {%d, laguerreNodes%d, laguerreWeights%d},\n" % (n, n, n) for n in LAGUERRE)
+    text += "".join("    {%d, LaguerreNodes%d, LaguerreWeights%d},\n" % (n, n, n) for n in LAGUERRE)
     return {TARGET: text + "};\n"}
 
 

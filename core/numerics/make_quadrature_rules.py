@@ -63,8 +63,6 @@ def make_files():
     text = HEAD
     text += outer_table("OuterNodes", "u", nodes, 0.5)
     text += outer_table("OuterComplements", "1 - u", complements, 0.5)
-    comment = "w of (-1, 1): without the factor 1/2 of the mapping"
-    text += outer_table("OuterWeights", comment, [weight for _, weight in outer], 0.0)
     text += outer_table("OuterFactors", "(w/2) [u (1 - u)]^(-3/2)", factors, 0.0)
     comment = "t below 1/2, from the outermost pair inward"
     text += inner_table("InnerNodes", comment, [f"{float((1 + x) / 2):.17g}" for x, _ in lower])

@@ -3,15 +3,10 @@
 #include "numerics/reduced_bessel.h"
 
 #include "ground/log.h"
+#include "numerics/decaying_exponential.h"
 
-#include <bit>
 #include <cmath>
-#include <cstdint>
 
-static constexpr double Ln2High = 0.6931471803691238;     // ln 2 with its last 20 bits zero
-static constexpr double Ln2Low = 1.9082149292705877e-10;  // the rest
-static constexpr double Log2OfE = 1.4426950408889634;
-static constexpr double RoundingShift = 6755399441055744.0;  // 1.5 * 2^52: added, it leaves the nearest integer below
 static constexpr double HalfRoot = 0.70710678118654752;
 
 static double Polynomial(const double* coefficients, int degree, double x) {
@@ -20,21 +15,6 @@ static double Polynomial(const double* coefficients, int degree, double x) {
         sum = sum * x + coefficients[i];
     }
     return sum;
-}
-
-double DecayingExponential(double x) {
-    const double shifted = x * Log2OfE + RoundingShift;  // its low bits hold the nearest integer
-    const double count = shifted - RoundingShift;
-    const double r = (count * Ln2High - x) + count * Ln2Low;  // between -0.35 and 0.35
-    const double r2 = r * r;
-    const double r4 = r2 * r2;
-    const double low = (1.0 + r) + r2 * (1.0 / 2 + r * (1.0 / 6));
-    const double second = (1.0 / 24 + r * (1.0 / 120)) + r2 * (1.0 / 720 + r * (1.0 / 5040));
-    const double third = (1.0 / 40320 + r * (1.0 / 362880)) + r2 * (1.0 / 3628800 + r * (1.0 / 39916800));
-    const double fourth = 1.0 / 479001600 + r * (1.0 / 6227020800);
-    const double mantissa = low + r4 * (second + r4 * (third + r4 * fourth));
-    const std::uint64_t power = std::bit_cast<std::uint64_t>(shifted) << 52;  // into the exponent's place
-    return std::bit_cast<double>(std::bit_cast<std::uint64_t>(mantissa) - power);
 }
 
 // ln x for 0 < x <= 1, from x = m 2^k and the series of the inverse hyperbolic tangent.
@@ -107,15 +87,4 @@ double ReducedBessel(int n, double x) {
         current = next;
     }
     return current;
-}
-
-void ReducedBesselRows(const double* x, int count, double* rows, int stride) {
-    for (int i = 0; i < count; ++i) {
-        const double square = x[i] * x[i];
-        double* column = rows + i;
-        ReducedBesselPair(x[i], column, column + stride);
-        column[2 * stride] = square * column[0] + 2.0 * column[stride];
-        column[3 * stride] = square * column[stride] + 4.0 * column[2 * stride];
-        column[4 * stride] = square * column[2 * stride] + 6.0 * column[3 * stride];
-    }
 }

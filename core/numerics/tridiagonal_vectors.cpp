@@ -155,12 +155,12 @@ static int ProjectOutNear(int i, double* x, const Quality& quality) {
 
 // Normalises vector i and makes it orthogonal to the earlier ones that need it. Fills quality; 0 if what is left is no
 // longer a vector.
-static int Orthogonalise(int i, double* x, Quality* quality) {
+static int Orthogonalise(int i, double* x, Quality& quality) {
     if (Normalise(x) <= 0.0) {
         return 0;
     }
-    *quality = Measure(i, x);
-    Quality bound = *quality;
+    quality = Measure(i, x);
+    Quality bound = quality;
     for (int round = 0; round < MostRounds; ++round) {
         if (!ProjectOutNear(i, x, bound)) {
             break;
@@ -169,10 +169,10 @@ static int Orthogonalise(int i, double* x, Quality* quality) {
         if (left < LostNorm) {
             return 0;
         }
-        *quality = Measure(i, x);
-        const bool grown = quality->Residual > 1.5 * bound.Residual;
-        bound = {quality->Quotient, std::max(bound.Residual, quality->Residual),
-                 std::max(bound.Deviation, quality->Deviation)};
+        quality = Measure(i, x);
+        const bool grown = quality.Residual > 1.5 * bound.Residual;
+        bound = {quality.Quotient, std::max(bound.Residual, quality.Residual),
+                 std::max(bound.Deviation, quality.Deviation)};
         if (left >= Cancellation && !grown) {
             break;
         }
@@ -257,7 +257,7 @@ static void MendVector(int i, double* x) {
 }
 
 // Finds vector i from the numbers in x, within what is orthogonal to the near vectors. Returns as Orthogonalise does.
-static int IterateWithinComplement(int i, double* x, Quality* quality) {
+static int IterateWithinComplement(int i, double* x, Quality& quality) {
     const Quality near = {Search.Values[i], 10.0 * NoiseResidual * Search.Norm, 0.0};
     double last = -1.0;
     for (int pass = 0; pass <= MostPasses; ++pass) {
@@ -318,7 +318,7 @@ static Quality ReplaceLostVector(int i, double* x, int exists, const Quality& qu
             FillScattered(x);
         }
         Quality found;
-        if (IterateWithinComplement(i, x, &found) && (!exists || found.Deviation < best.Deviation)) {
+        if (IterateWithinComplement(i, x, found) && (!exists || found.Deviation < best.Deviation)) {
             best = found;
             exists = 1;
             std::copy(x, x + Search.N, SolverWork.Spare);
@@ -398,7 +398,7 @@ void FindTridiagonalVectors(double* vectors, const double* values, int n, double
             }
             MendVector(i, x);
             Quality quality = {};
-            const int exists = Orthogonalise(i, x, &quality);
+            const int exists = Orthogonalise(i, x, quality);
             if (!exists || quality.Deviation > LostDeviation * norm) {
                 quality = ReplaceLostVector(i, x, exists, quality);
             }

@@ -2,7 +2,7 @@
 // The texts of --help and --version. What the build knows of itself comes from CMakeLists.txt.
 #include "shell/command_line_help.h"
 
-#include "numerics/dense_kernels_sets.h"
+#include "numerics/instruction_set.h"
 #include "velkoran_version.h"
 
 #include <cstdio>
@@ -56,11 +56,11 @@ static void PrintVersion() {
     std::printf("compiler: %s\n", VELKORAN_COMPILER);
     std::printf("build type: %s\n", VELKORAN_BUILD_TYPE);
     std::printf("processor: %s\n", VELKORAN_PROCESSOR);
-    std::printf("vector kernels: %s", BaselineKernels.Name);
-#if defined(__x86_64__)
-    std::printf(", %s, %s", Avx2Kernels.Name, Avx512Kernels.Name);
-#endif
-    std::printf("; in use here: %s\n", Kernels().Name);
+    std::printf("vector kernels: %s", NameOf(BaselineSet));
+    for (int set = BaselineSet + 1; set < InstructionSetCount; ++set) {
+        std::printf(", %s", NameOf(static_cast<InstructionSet>(set)));
+    }
+    std::printf("; in use here: %s\n", NameOf(InstructionSetInUse()));
 }
 
 bool AnswerCommandLine(int argc, const char* const* argv, int* exitCode) {

@@ -8,13 +8,13 @@
 #include "integrals/environment_terms.h"
 #include "molecule/element_tables.h"
 #include "molecule/selected_atoms.h"
+#include "molecule/units.h"
 
 #include <algorithm>
 
-static constexpr double HartreesPerElectronVolt = 0.03674930900274282;
-static constexpr double ResonanceFactor = -0.01837465450137141;            // half an electron volt
-static constexpr double SecondRowResonanceFactor = -0.013780990876028559;  // three quarters of it
-static constexpr double SmallestDistance = 0.001;                          // bohr
+static constexpr double ResonanceFactor = -0.5 * HartreesPerElectronVolt;
+static constexpr double SecondRowResonanceFactor = 0.75 * ResonanceFactor;
+static constexpr double SmallestDistance = 0.001;  // bohr
 
 static double* Diagonal = nullptr;  // [N] the diagonal of H while it is built
 

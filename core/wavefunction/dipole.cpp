@@ -8,11 +8,11 @@
 #include "integrals/auxiliary_functions.h"
 #include "molecule/element_tables.h"
 #include "molecule/selected_atoms.h"
+#include "molecule/units.h"
 
 #include <cmath>
 #include <initializer_list>
 
-static constexpr double DebyesPerChargeBohr = 2.5416;
 static constexpr double SmallestIonCharge = 0.5;
 
 // A row of the dipole table: x, y, z and length, Debye.

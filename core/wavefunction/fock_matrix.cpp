@@ -6,9 +6,7 @@
 #include "molecule/selected_atoms.h"
 #include "numerics/dense_kernels.h"
 #include "wavefunction/atom_block.h"
-
-static constexpr double Third = 0.3333333333333;  // on purpose thirteen threes, not the nearest double
-static constexpr double TwentyFifth = 0.04;
+#include "wavefunction/slater_condon.h"
 
 static void SubtractExchange(double* fock) {
     const long long n = Run.Basis.OrbitalCount;

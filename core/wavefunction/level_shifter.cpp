@@ -4,12 +4,11 @@
 
 #include "ground/message_poll.h"
 #include "ground/run_state.h"
+#include "molecule/units.h"
 
 #include <algorithm>
 #include <cmath>
 
-static constexpr double ElectronVoltsPerHartree = 27.211396;
-static constexpr double HartreesPerElectronVolt = 0.03674930900274282;
 static constexpr double SmallestShift = 1e-10;
 
 void StartLevelShifter(LevelShifter& shifter) {

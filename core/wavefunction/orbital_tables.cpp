@@ -5,8 +5,7 @@
 #include "ground/run_state.h"
 #include "molecule/element_tables.h"
 #include "molecule/selected_atoms.h"
-
-static constexpr double KcalPerElectronVolt = 23.061;
+#include "molecule/units.h"
 
 static void FillOrbitals(const AtomRecord& atom, const OrbitalRange& range) {
     for (int orbital = range.First; orbital <= range.Last; ++orbital) {

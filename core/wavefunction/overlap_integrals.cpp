@@ -6,6 +6,7 @@
 #include "integrals/auxiliary_functions.h"
 #include "molecule/element_tables.h"
 #include "numerics/factorial.h"
+#include "numerics/mathematical_constants.h"
 
 #include <algorithm>
 #include <cmath>
@@ -161,22 +162,21 @@ struct ClosedClass {
     double FactorSP;  // s-p and p-s sigma
 };
 
-// Stored with nine digits on purpose: results depend on it.
-static constexpr double InverseRootOfThree = 0.5773502717125849;
 static constexpr double OneThird = 0.3333333333333333;
 static constexpr double ThirdShellRoot = 0.13333333333333333;
 
+// The factor of the last class is 1/480 in nine digits, on purpose.
 static constexpr ClosedClass ClosedClasses[] = {
     {},
     {2, 0.25, 1.0, 1.0, 0.0},
-    {3, 0.125, 1.0, InverseRootOfThree, 1.0},
-    {4, 0.0625, ThirdShellRoot, InverseRootOfThree, 1.0},
-    {4, 0.0625, 1.0, OneThird, InverseRootOfThree},
+    {3, 0.125, 1.0, InverseOfRoundedRoot, 1.0},
+    {4, 0.0625, ThirdShellRoot, InverseOfRoundedRoot, 1.0},
+    {4, 0.0625, 1.0, OneThird, InverseOfRoundedRoot},
     {},
-    {5, 0.03125, ThirdShellRoot, OneThird, InverseRootOfThree},
+    {5, 0.03125, ThirdShellRoot, OneThird, InverseOfRoundedRoot},
     {},
     {},
-    {6, 0.00208333333, 1.0, OneThird, InverseRootOfThree},
+    {6, 0.00208333333, 1.0, OneThird, InverseOfRoundedRoot},
 };
 
 static double ClosedFactor(const ClosedClass& numbers, int la, int lb, int m) {

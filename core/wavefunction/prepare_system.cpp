@@ -9,6 +9,7 @@
 #include "ground/run_state.h"
 #include "molecule/element_tables.h"
 #include "molecule/selected_atoms.h"
+#include "molecule/units.h"
 #include "numerics/eigensolver.h"
 #include "wavefunction/dipole.h"
 #include "wavefunction/first_order_orbitals.h"

@@ -3,8 +3,6 @@
 // levels, coordinates in bohr.
 #pragma once
 
-inline constexpr double BohrsPerAngstrom = 1.889725985;
-
 // Runs once, before any integral. Draws warning 16384; raises what ValidateSystem raises, and 24576.
 void PrepareSystem();
 

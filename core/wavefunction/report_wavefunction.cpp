@@ -7,13 +7,10 @@
 #include "ground/number_row.h"
 #include "molecule/element_tables.h"
 #include "molecule/selected_atoms.h"
+#include "molecule/units.h"
 #include "numerics/single_precision.h"
 #include "wavefunction/dipole.h"
 
-static constexpr double KcalPerHartree = 627.5220032;
-static constexpr double HartreesPerKcal = 0.001593569619711464;
-static constexpr float ElectronVoltsPerHartree = 27.211395f;  // eigenvalues are listed from 32-bit values
-static constexpr double AngstromsPerBohr = 0.52917725;
 static constexpr int RowLength = 5;  // numbers in a line
 
 // Population of an orbital, 0-based: a 32-bit value, as it is listed.
@@ -38,7 +35,7 @@ void ComputeNetCharges() {
 }
 
 static double EigenvalueInElectronVolts(int level) {
-    const float energy = RoundToSingle(Run.Field.OrbitalEnergies[level]) * ElectronVoltsPerHartree;
+    const float energy = RoundToSingle(Run.Field.OrbitalEnergies[level]) * ListedElectronVoltsPerHartree;
     return static_cast<double>(energy);
 }
 

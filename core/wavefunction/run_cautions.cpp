@@ -5,6 +5,7 @@
 #include "ground/log.h"
 #include "ground/message_poll.h"
 #include "molecule/selected_atoms.h"
+#include "molecule/units.h"
 #include "wavefunction/overlap_matrix.h"
 #include "wavefunction/prepare_system.h"
 

@@ -7,6 +7,7 @@
 #include "ground/message_poll.h"
 #include "ground/run_state.h"
 #include "integrals/gamma_matrix.h"
+#include "molecule/units.h"
 #include "numerics/dense_kernels.h"
 #include "numerics/eigensolver.h"
 #include "wavefunction/core_hamiltonian.h"
@@ -25,7 +26,6 @@
 #include <algorithm>
 #include <cmath>
 
-static constexpr double KcalPerHartree = 627.5220032;
 static constexpr double FastLimit = 0.1;  // change of the density, or commutator measure, that opens the fast phase
 static constexpr int LogOff = 10;         // LogPrintLevel that switches the log off
 static constexpr int NearEndIterations = 5;

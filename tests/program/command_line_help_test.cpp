@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // --help and --version, and that every other command line with two dashes in front is still that of a job.
-#include "numerics/dense_kernels.h"
+#include "numerics/instruction_set.h"
 #include "tests/program/child_process.h"
 #include "tests/program/spectrum_inputs.h"
 #include "tests/support/test_support.h"
@@ -63,7 +63,7 @@ TEST(CommandLineVersion, TellsHowItWasBuilt) {
 #else
     const std::string kernels = "baseline";
 #endif
-    EXPECT_EQ(LineOf(text, "vector kernels: "), kernels + "; in use here: " + Kernels().Name);
+    EXPECT_EQ(LineOf(text, "vector kernels: "), kernels + "; in use here: " + NameOf(InstructionSetInUse()));
 }
 
 TEST(CommandLineHelp, NamesFieldsFilesSignalsAndExitCode) {

@@ -20,8 +20,8 @@ static constexpr double FitTolerance = 3e-3;
 
 namespace {
 
-ThreeCentreAtom MakeAtom(int shell, const double* zeta, const double* position) {
-    return {shell, shell == 1 ? 1 : shell == 2 ? 4 : 9, {zeta[0], zeta[1], zeta[2]}, position};
+SlaterAtom MakeAtom(int shell, const double* zeta, const double* position) {
+    return {shell, {zeta[0], zeta[1], zeta[2]}, shell == 1 ? 1 : shell == 2 ? 4 : 9, position, {}};
 }
 
 // F_m(t) by its series of positive terms.
@@ -90,7 +90,7 @@ TEST(GaussianThreeCentre, StoredElements) {
     for (const ThreeCentreReference& row : GaussianReferences) {
         ThreeCentreTables tables = {};
         ThreeCentreIntegrals(MakeAtom(row.ShellB, row.ZetaB, row.B), MakeAtom(row.ShellC, row.ZetaC, row.C), row.A,
-                             &tables);
+                             tables);
         const auto& table = row.Component < 0 ? tables.Gauge : tables.Magnetic[row.Component];
         const double tolerance = row.Bra >= 4 && row.Ket >= 4 ? AsymptoticTolerance : ReferenceTolerance;
         EXPECT_NEAR(table[row.Bra][row.Ket], row.Value, tolerance)
@@ -106,12 +106,12 @@ TEST(GaussianThreeCentre, ExchangeOfTheAtoms) {
     const double zetaB[3] = {1.8, 1.6, 1.2};
     const double zetaC[3] = {1.6, 1.7, 1.1};
     for (int shell = 1; shell <= 3; ++shell) {
-        const ThreeCentreAtom atomB = MakeAtom(3, zetaB, b);
-        const ThreeCentreAtom atomC = MakeAtom(shell, zetaC, c);
+        const SlaterAtom atomB = MakeAtom(3, zetaB, b);
+        const SlaterAtom atomC = MakeAtom(shell, zetaC, c);
         ThreeCentreTables tables = {};
         ThreeCentreTables exchanged = {};
-        ThreeCentreIntegrals(atomB, atomC, a, &tables);
-        ThreeCentreIntegrals(atomC, atomB, a, &exchanged);
+        ThreeCentreIntegrals(atomB, atomC, a, tables);
+        ThreeCentreIntegrals(atomC, atomB, a, exchanged);
         for (int i = 0; i < atomB.OrbitalCount; ++i) {
             for (int j = 0; j < atomC.OrbitalCount; ++j) {
                 EXPECT_NEAR(tables.ReverseGauge[i][j], exchanged.Gauge[j][i], 1e-12);
@@ -131,12 +131,12 @@ TEST(GaussianThreeCentre, NearTheSlaterOrbitals) {
     const double zetaB[3] = {1.625, 1.7, 0.0};
     const double zetaC[3] = {1.2, 1.3, 0.0};
     for (int shell = 1; shell <= 2; ++shell) {
-        const ThreeCentreAtom atomB = MakeAtom(2, zetaB, b);
-        const ThreeCentreAtom atomC = MakeAtom(shell, zetaC, c);
+        const SlaterAtom atomB = MakeAtom(2, zetaB, b);
+        const SlaterAtom atomC = MakeAtom(shell, zetaC, c);
         ThreeCentreTables slater = {};
         ThreeCentreTables gaussian = {};
-        ThreeCentreIntegrals(atomB, atomC, a, &slater);
-        GaussianThreeCentre(atomB, atomC, a, &gaussian);
+        ThreeCentreIntegrals(atomB, atomC, a, slater);
+        GaussianThreeCentre(atomB, atomC, a, gaussian);
         for (int i = 0; i < atomB.OrbitalCount; ++i) {
             for (int j = 0; j < atomC.OrbitalCount; ++j) {
                 EXPECT_NEAR(slater.Gauge[i][j], gaussian.Gauge[i][j], FitTolerance * 0.1);

@@ -30,8 +30,8 @@ struct ReferenceRow {
     int Table;
     int Row;
     int Column;
-    PairOrbitals A;
-    PairOrbitals B;
+    SlaterAtom A;
+    SlaterAtom B;
     double R;
     double Value;
 };
@@ -40,36 +40,37 @@ const ReferenceRow referenceRows[] = {
 #include "tests/reference/shielding/pair_integrals.inc"
 };
 
-const PairOrbitals hydrogen = {1, {1.3, 0.0, 0.0}};
-const PairOrbitals carbon = {2, {1.625, 1.4, 0.0}};
-const PairOrbitals oxygen = {2, {2.3, 2.1, 0.0}};
-const PairOrbitals chlorine = {3, {2.4, 2.0, 1.3}};
+const SlaterAtom hydrogen = {1, {1.3, 0.0, 0.0}};
+const SlaterAtom carbon = {2, {1.625, 1.4, 0.0}};
+const SlaterAtom oxygen = {2, {2.3, 2.1, 0.0}};
+const SlaterAtom chlorine = {3, {2.4, 2.0, 1.3}};
 
 double Evaluate(const ReferenceRow& row) {
     PairBondIntegrals bond;
-    PairTable tables[9];
+    OrbitalTable tables[9];
+    OrbitalTable magnetic[3];
     switch (row.Kind) {
     case FamilyCharge:
-        BondPairIntegrals(&row.A, &row.B, row.R, &bond);
+        BondPairIntegrals(row.A, row.B, row.R, bond);
         return bond.Charge[row.Row][row.Column];
     case FamilyGauge:
-        BondPairIntegrals(&row.A, &row.B, row.R, &bond);
+        BondPairIntegrals(row.A, row.B, row.R, bond);
         return bond.Gauge[row.Row][row.Column];
     case FamilyBond:
-        BondPairIntegrals(&row.A, &row.B, row.R, &bond);
+        BondPairIntegrals(row.A, row.B, row.R, bond);
         return bond.Bond[row.Table][row.Row][row.Column];
     case FamilyCross:
-        BondPairIntegrals(&row.A, &row.B, row.R, &bond);
+        BondPairIntegrals(row.A, row.B, row.R, bond);
         return bond.Cross[row.Table][row.Row][row.Column];
     case FamilyMoment:
     case FamilyThirdRowMoment:
-        OrbitalMomentIntegrals(&row.B, row.R, tables[0]);
+        OrbitalMomentIntegrals(row.B, row.R, tables[0]);
         return tables[0][row.Row][row.Column];
     case FamilyMagnetic:
-        PairMagneticIntegrals(&row.B, row.R, paramagneticConstant, tables);
-        return tables[row.Table][row.Row][row.Column];
+        PairMagneticIntegrals(row.B, row.R, paramagneticConstant, magnetic);
+        return magnetic[row.Table][row.Row][row.Column];
     default:
-        PairTensorIntegrals(&row.B, row.R, tables);
+        PairTensorIntegrals(row.B, row.R, tables);
         return tables[row.Table][row.Row][row.Column];
     }
 }
@@ -92,7 +93,7 @@ TEST(PairIntegrals, AgreeWithIndependentQuadrature) {
 TEST(PairIntegrals, ChargeIntegralOfEqualExponents) {
     for (const double r : {0.5, 1.4, 4.0, 10.0, 20.0, 30.0, 40.0}) {
         PairBondIntegrals bond;
-        BondPairIntegrals(&hydrogen, &hydrogen, r, &bond);
+        BondPairIntegrals(hydrogen, hydrogen, r, bond);
         const double x = hydrogen.Zeta[0] * r;
         EXPECT_NEAR(bond.Charge[0][0] / (factor * hydrogen.Zeta[0] * (1.0 + x) * std::exp(-x)), 1.0, 1e-11) << r;
     }
@@ -101,10 +102,10 @@ TEST(PairIntegrals, ChargeIntegralOfEqualExponents) {
 // Property: L_a/r_a^3 is antihermitian, and annihilates s orbitals of a.
 TEST(PairIntegrals, CrossIsMinusTransposedBond) {
     PairBondIntegrals bond;
-    BondPairIntegrals(&chlorine, &carbon, 3.3, &bond);
-    for (int k = 0; k < 3; k++) {
-        for (int row = 0; row < PairTableSize; row++) {
-            for (int column = 0; column < PairTableSize; column++) {
+    BondPairIntegrals(chlorine, carbon, 3.3, bond);
+    for (int k = 0; k < 3; ++k) {
+        for (int row = 0; row < LargestOrbitals; ++row) {
+            for (int column = 0; column < LargestOrbitals; ++column) {
                 EXPECT_EQ(bond.Cross[k][row][column], -bond.Bond[k][column][row]);
             }
             EXPECT_EQ(bond.Cross[k][0][row], 0.0);
@@ -114,9 +115,9 @@ TEST(PairIntegrals, CrossIsMinusTransposedBond) {
 
 TEST(PairIntegrals, EntriesWithoutOrbitalsAreZero) {
     PairBondIntegrals bond;
-    BondPairIntegrals(&hydrogen, &carbon, 2.1, &bond);
-    for (int row = 0; row < PairTableSize; row++) {
-        for (int column = 0; column < PairTableSize; column++) {
+    BondPairIntegrals(hydrogen, carbon, 2.1, bond);
+    for (int row = 0; row < LargestOrbitals; ++row) {
+        for (int column = 0; column < LargestOrbitals; ++column) {
             if (row >= 4 || column >= 1) {
                 EXPECT_EQ(bond.Charge[row][column], 0.0);
             }
@@ -127,13 +128,13 @@ TEST(PairIntegrals, EntriesWithoutOrbitalsAreZero) {
 
 // Property: (r_b . r_a)/r_a^3 = 1/r_a + (R_a - R_b) . r_a/r_a^3, so the trace of the tensor is the orbital moment.
 TEST(PairIntegrals, TraceOfTensorIsOrbitalMoment) {
-    for (const PairOrbitals* atom : {&hydrogen, &carbon, &oxygen}) {
-        PairTable tensor[9];
-        PairTable moment;
+    for (const SlaterAtom& atom : {hydrogen, carbon, oxygen}) {
+        OrbitalTable tensor[9];
+        OrbitalTable moment;
         PairTensorIntegrals(atom, 2.7, tensor);
         OrbitalMomentIntegrals(atom, 2.7, moment);
-        for (int row = 0; row < 4; row++) {
-            for (int column = 0; column < 4; column++) {
+        for (int row = 0; row < 4; ++row) {
+            for (int column = 0; column < 4; ++column) {
                 EXPECT_NEAR(factor * (tensor[0][row][column] + tensor[4][row][column] + tensor[8][row][column]),
                             moment[row][column], 1e-13);
             }
@@ -143,13 +144,13 @@ TEST(PairIntegrals, TraceOfTensorIsOrbitalMoment) {
 
 // Property: shell 3 with one exponent for all orbitals: the trace is the printed closed form.
 TEST(PairIntegrals, TraceOfTensorIsThirdRowMomentForEqualExponents) {
-    const PairOrbitals atom = {3, {1.7, 1.7, 1.7}};
-    PairTable tensor[9];
-    PairTable moment;
-    PairTensorIntegrals(&atom, 2.9, tensor);
-    OrbitalMomentIntegrals(&atom, 2.9, moment);
-    for (int row = 0; row < PairTableSize; row++) {
-        for (int column = 0; column < PairTableSize; column++) {
+    const SlaterAtom atom = {3, {1.7, 1.7, 1.7}};
+    OrbitalTable tensor[9];
+    OrbitalTable moment;
+    PairTensorIntegrals(atom, 2.9, tensor);
+    OrbitalMomentIntegrals(atom, 2.9, moment);
+    for (int row = 0; row < LargestOrbitals; ++row) {
+        for (int column = 0; column < LargestOrbitals; ++column) {
             EXPECT_NEAR(factor * (tensor[0][row][column] + tensor[4][row][column] + tensor[8][row][column]),
                         moment[row][column], closedFormTolerance * (std::abs(moment[row][column]) + 1e-4));
         }
@@ -160,8 +161,8 @@ TEST(PairIntegrals, TraceOfTensorIsThirdRowMomentForEqualExponents) {
 // dipole over R^2, <s|x_b x_a/r_a^3|s> to <r^2>/3 times the gradient of the field, 1/R^3 across the axis, -2/R^3 along.
 TEST(PairIntegrals, TensorAtLargeDistance) {
     const double r = 1000.0;
-    PairTable tensor[9];
-    PairTensorIntegrals(&carbon, r, tensor);
+    OrbitalTable tensor[9];
+    PairTensorIntegrals(carbon, r, tensor);
     const double z = 2.0 * carbon.Zeta[0];
     const double square = 30.0 / (z * z);  // <r^2> of 2s: (2n + 2)(2n + 1)/(2 zeta)^2
     EXPECT_NEAR(tensor[0][0][0] * r * r * r / (square / 3.0), 1.0, 1e-9);
@@ -176,25 +177,25 @@ TEST(PairIntegrals, TensorAtLargeDistance) {
 
 // Property: the tables of L_a/r_a^3 are antisymmetric, and those of shell 1 are 0.
 TEST(PairIntegrals, MagneticTablesAreAntisymmetric) {
-    for (const PairOrbitals* atom : {&carbon, &chlorine}) {
-        PairTable tables[3];
+    for (const SlaterAtom& atom : {carbon, chlorine}) {
+        OrbitalTable tables[3];
         PairMagneticIntegrals(atom, 3.1, 1.0, tables);
-        for (int k = 0; k < 3; k++) {
-            for (int row = 0; row < PairTableSize; row++) {
-                for (int column = 0; column < PairTableSize; column++) {
+        for (int k = 0; k < 3; ++k) {
+            for (int row = 0; row < LargestOrbitals; ++row) {
+                for (int column = 0; column < LargestOrbitals; ++column) {
                     EXPECT_EQ(tables[k][row][column], -tables[k][column][row]);
                 }
             }
         }
         EXPECT_NE(tables[2][1][2], 0.0);
     }
-    PairTable tables[3];
-    PairMagneticIntegrals(&hydrogen, 3.1, 1.0, tables);
+    OrbitalTable tables[3];
+    PairMagneticIntegrals(hydrogen, 3.1, 1.0, tables);
     EXPECT_EQ(tables[0][0][0], 0.0);
     // at R = 500 the axial one of px, py is 1/R^3, as <px|L_z|py> = 1 about b and the rest falls off faster
-    PairMagneticIntegrals(&chlorine, 500.0, 1.0, tables);
+    PairMagneticIntegrals(chlorine, 500.0, 1.0, tables);
     EXPECT_NEAR(tables[2][2][1] * 500.0 * 500.0 * 500.0, 1.0, 1e-9);
-    PairMagneticIntegrals(&carbon, 500.0, 1.0, tables);
+    PairMagneticIntegrals(carbon, 500.0, 1.0, tables);
     EXPECT_NEAR(tables[2][2][1] * 500.0 * 500.0 * 500.0, 1.0, 1e-9);
 }
 
@@ -203,9 +204,9 @@ TEST(PairIntegrals, SameInputSameBytes) {
     PairBondIntegrals first;
     PairBondIntegrals between;
     PairBondIntegrals second;
-    BondPairIntegrals(&oxygen, &chlorine, 3.0, &first);
-    BondPairIntegrals(&chlorine, &carbon, 2.0, &between);
-    BondPairIntegrals(&oxygen, &chlorine, 3.0, &second);
+    BondPairIntegrals(oxygen, chlorine, 3.0, first);
+    BondPairIntegrals(chlorine, carbon, 2.0, between);
+    BondPairIntegrals(oxygen, chlorine, 3.0, second);
     EXPECT_EQ(std::memcmp(&first, &second, sizeof first), 0);
 }
 
@@ -213,11 +214,11 @@ TEST(PairIntegrals, SameInputSameBytes) {
 // left of such an integral is nothing, or no number.
 TEST(PairIntegrals, HugeExponents) {
     for (const double zeta : {1e17, 1e39, 1e300}) {
-        const PairOrbitals huge = {1, {zeta, 0.0, 0.0}};
+        const SlaterAtom huge = {1, {zeta, 0.0, 0.0}};
         PairBondIntegrals bond;
-        BondPairIntegrals(&huge, &hydrogen, 2.0, &bond);
+        BondPairIntegrals(huge, hydrogen, 2.0, bond);
         EXPECT_FALSE(std::fabs(bond.Charge[0][0]) > 0.0) << zeta;
-        BondPairIntegrals(&hydrogen, &huge, 2.0, &bond);
+        BondPairIntegrals(hydrogen, huge, 2.0, bond);
         EXPECT_FALSE(std::fabs(bond.Charge[0][0]) > 0.0) << zeta;
     }
 }

@@ -3,6 +3,28 @@
 // reproduce.
 #pragma once
 
+#include "numerics/quadrature_rules.h"
+
+// The weights of the outer rule on (-1, 1), without the factor 1/2 of the mapping
+constexpr double OuterWeights[OuterLanes] = {
+    0.03511946033175186,
+    0.080158087159760208,
+    0.12151857068790319,
+    0.15720316715819355,
+    0.18553839747793782,
+    0.2051984637212956,
+    0.21526385346315779,
+    0.21526385346315779,
+    0.2051984637212956,
+    0.18553839747793782,
+    0.15720316715819355,
+    0.12151857068790319,
+    0.080158087159760208,
+    0.03511946033175186,
+    0.0,
+    0.0,
+};
+
 // What does not change between the orders of one element.
 struct QuadratureContext {
     double SquareBC;  // |B - C|^2

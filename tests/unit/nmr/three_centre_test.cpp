@@ -7,6 +7,7 @@
 #include "numerics/quadrature_rules.h"
 #include "tests/reference/shielding/three_centre_references.inc"
 #include "tests/unit/nmr/three_centre_oracle.h"
+#include "tests/unit/numerics/instruction_sets.h"
 
 #include <gtest/gtest.h>
 
@@ -27,12 +28,12 @@ struct Triple {
     double A[3];
     double B[3];
     double C[3];
-    ThreeCentreAtom AtomB;
-    ThreeCentreAtom AtomC;
+    SlaterAtom AtomB;
+    SlaterAtom AtomC;
 };
 
-ThreeCentreAtom MakeAtom(int shell, const double* zeta, const double* position) {
-    return {shell, shell == 1 ? 1 : shell == 2 ? 4 : 9, {zeta[0], zeta[1], zeta[2]}, position};
+SlaterAtom MakeAtom(int shell, const double* zeta, const double* position) {
+    return {shell, {zeta[0], zeta[1], zeta[2]}, shell == 1 ? 1 : shell == 2 ? 4 : 9, position, {}};
 }
 
 // Random triples, no two centres nearer than 1.7 bohr.
@@ -114,10 +115,10 @@ TEST(ThreeCentreQuadrature, StoredOrders) {
 
 // Reference: the rule with exact Bessel functions. Tolerance: relative to the largest element of the table.
 static void ExpectReference(const ThreeCentreReference& row) {
-    const ThreeCentreAtom b = MakeAtom(row.ShellB, row.ZetaB, row.B);
-    const ThreeCentreAtom c = MakeAtom(row.ShellC, row.ZetaC, row.C);
+    const SlaterAtom b = MakeAtom(row.ShellB, row.ZetaB, row.B);
+    const SlaterAtom c = MakeAtom(row.ShellC, row.ZetaC, row.C);
     ThreeCentreTables tables = {};
-    ThreeCentreIntegrals(b, c, row.A, &tables);
+    ThreeCentreIntegrals(b, c, row.A, tables);
     const auto& table = row.Component < 0 ? tables.Gauge : tables.Magnetic[row.Component];
     const double scale = std::fmax(Largest(table, b.OrbitalCount, c.OrbitalCount), 1e-6);
     EXPECT_NEAR(table[row.Bra][row.Ket], row.RuleValue, BesselTolerance * scale)
@@ -145,7 +146,7 @@ TEST(ThreeCentreIntegrals, SameRuleNodeByNode) {
         Triple triple;
         FillTriple(triple, generator, shells[0], shells[1], trial >= 16);
         ThreeCentreTables tables = {};
-        ThreeCentreIntegrals(triple.AtomB, triple.AtomC, triple.A, &tables);
+        ThreeCentreIntegrals(triple.AtomB, triple.AtomC, triple.A, tables);
         const int countB = triple.AtomB.OrbitalCount;
         const int countC = triple.AtomC.OrbitalCount;
         for (int component = -1; component < 3; ++component) {
@@ -182,8 +183,8 @@ TEST(ThreeCentreIntegrals, ExchangeOfTheAtoms) {
         FillTriple(triple, generator, Classes[trial % 4][0], Classes[trial % 4][1], trial % 8 < 4);
         ThreeCentreTables tables = {};
         ThreeCentreTables exchanged = {};
-        ThreeCentreIntegrals(triple.AtomB, triple.AtomC, triple.A, &tables);
-        ThreeCentreIntegrals(triple.AtomC, triple.AtomB, triple.A, &exchanged);
+        ThreeCentreIntegrals(triple.AtomB, triple.AtomC, triple.A, tables);
+        ThreeCentreIntegrals(triple.AtomC, triple.AtomB, triple.A, exchanged);
         for (int i = 0; i < triple.AtomB.OrbitalCount; ++i) {
             for (int j = 0; j < triple.AtomC.OrbitalCount; ++j) {
                 EXPECT_NEAR(tables.ReverseGauge[i][j], exchanged.Gauge[j][i], RoundingTolerance);
@@ -211,7 +212,7 @@ TEST(ThreeCentreIntegrals, FarNucleus) {
         const double n[3] = {0.6, 0.0, 0.8};
         const double a[3] = {-distance * n[0], -distance * n[1], -distance * n[2]};
         ThreeCentreTables tables = {};
-        ThreeCentreIntegrals(MakeAtom(1, zeta, b), MakeAtom(1, zeta, c), a, &tables);
+        ThreeCentreIntegrals(MakeAtom(1, zeta, b), MakeAtom(1, zeta, c), a, tables);
         double nabla[3];
         double along = 0.0;
         for (int i = 0; i < 3; ++i) {
@@ -236,7 +237,7 @@ TEST(ThreeCentreIntegrals, PlanarTriple) {
     const double c[3] = {-0.4, 2.6, 0.0};
     const double zeta[3] = {1.6, 1.7, 0.0};
     ThreeCentreTables tables = {};
-    ThreeCentreIntegrals(MakeAtom(2, zeta, b), MakeAtom(2, zeta, c), a, &tables);
+    ThreeCentreIntegrals(MakeAtom(2, zeta, b), MakeAtom(2, zeta, c), a, tables);
     for (int i = 0; i < 4; ++i) {
         for (int j = 0; j < 4; ++j) {
             const bool odd = (i == 3) != (j == 3);
@@ -258,7 +259,7 @@ TEST(ThreeCentreIntegrals, ClosePair) {
     const double c[3] = {-0.5, 0.2, 0.1};
     const double zeta[3] = {1.1, 1.3, 0.0};
     ThreeCentreTables tables = {};
-    ThreeCentreIntegrals(MakeAtom(2, zeta, b), MakeAtom(2, zeta, c), a, &tables);
+    ThreeCentreIntegrals(MakeAtom(2, zeta, b), MakeAtom(2, zeta, c), a, tables);
     for (int component = -1; component < 3; ++component) {
         const auto& table = component < 0 ? tables.Gauge : tables.Magnetic[component];
         for (int i = 0; i < 4; ++i) {
@@ -272,23 +273,18 @@ TEST(ThreeCentreIntegrals, ClosePair) {
 
 // Property: every instruction set gives the same bytes.
 TEST(ThreeCentreIntegrals, SameBytesFromAllKernels) {
-    const ThreeCentreKernels* list[3];
-    const int count = SupportedThreeCentreKernels(list, 3);
-    const ThreeCentreKernels& before = KernelsOfThreeCentres();
     std::mt19937 generator(3);
     for (int trial = 0; trial < 40; ++trial) {
         Triple triple;
         FillTriple(triple, generator, Classes[trial % 4][0], Classes[trial % 4][1], trial % 8 < 4);
         ThreeCentreTables expected = {};
-        for (int i = 0; i < count; ++i) {
+        WithEachInstructionSet([&](InstructionSet set) {
             ThreeCentreTables tables = {};
-            UseThreeCentreKernels(*list[i]);
-            ThreeCentreIntegrals(triple.AtomB, triple.AtomC, triple.A, &tables);
-            if (i == 0) {
+            ThreeCentreIntegrals(triple.AtomB, triple.AtomC, triple.A, tables);
+            if (set == BaselineSet) {
                 expected = tables;
             }
-            EXPECT_EQ(std::memcmp(&tables, &expected, sizeof tables), 0) << list[i]->Name;
-        }
+            EXPECT_EQ(std::memcmp(&tables, &expected, sizeof tables), 0) << NameOf(set);
+        });
     }
-    UseThreeCentreKernels(before);
 }

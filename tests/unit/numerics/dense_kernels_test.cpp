@@ -2,6 +2,7 @@
 // Tests of the dense kernels: every implementation that the processor can run, against plain loops and against the
 // baseline, byte by byte.
 #include "numerics/dense_kernels.h"
+#include "tests/unit/numerics/instruction_sets.h"
 
 #include <gtest/gtest.h>
 
@@ -30,29 +31,15 @@ bool SameBytes(const Numbers& a, const Numbers& b) {
 
 // Runs produce with each implementation and expects the same bytes from all. Returns the result of the baseline.
 Numbers ExpectSameFromAll(const std::function<Numbers(const DenseKernels&)>& produce) {
-    const DenseKernels* list[3];
-    const int count = SupportedKernels(list, 3);
-    const DenseKernels& before = Kernels();
     Numbers expected;
-    for (int i = 0; i < count; ++i) {
-        UseKernels(*list[i]);
-        const Numbers found = produce(*list[i]);
-        if (i == 0) {
+    WithEachInstructionSet([&](InstructionSet set) {
+        const Numbers found = produce(Kernels());
+        if (set == BaselineSet) {
             expected = found;
         }
-        EXPECT_TRUE(SameBytes(found, expected)) << list[i]->Name;
-    }
-    UseKernels(before);
+        EXPECT_TRUE(SameBytes(found, expected)) << NameOf(set);
+    });
     return expected;
-}
-
-TEST(DenseKernels, BaselineComesFirstAndWidestIsUsed) {
-    const DenseKernels* list[3];
-    const int count = SupportedKernels(list, 3);
-    ASSERT_GE(count, 1);
-    EXPECT_STREQ(list[0]->Name, "baseline");
-    EXPECT_EQ(&Kernels(), list[count - 1]);
-    EXPECT_EQ(SupportedKernels(list, 1), 1);
 }
 
 // A product is that of the naive triple loop, bit by bit, for whole and broken tiles and blocks and with rows that are

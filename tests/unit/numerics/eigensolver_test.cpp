@@ -4,6 +4,7 @@
 #include "numerics/eigensolver.h"
 
 #include "numerics/dense_kernels.h"
+#include "tests/unit/numerics/instruction_sets.h"
 
 #include <gtest/gtest.h>
 
@@ -263,15 +264,11 @@ TEST(Eigensolver, ValuesOfClosedForms) {
 // triangle and behind the matrix, and with every implementation of the kernels.
 TEST(Eigensolver, SameMatrixSameBytes) {
     Random random = {std::mt19937(3)};
-    const DenseKernels& before = Kernels();
     for (const int n : {5, 37, 100}) {
         const Numbers matrix = Symmetric(n, [&](int, int) { return random(); });
         const Solution first = Solve(matrix, n);
         Solve(Numbers(9, 1.0), 3);
-        const DenseKernels* list[3];
-        const int count = SupportedKernels(list, 3);
-        for (int k = 0; k < count; ++k) {
-            UseKernels(*list[k]);
+        WithEachInstructionSet([&](InstructionSet) {
             Numbers larger = matrix;
             for (int i = 0; i < n; ++i) {
                 std::fill(larger.begin() + static_cast<std::ptrdiff_t>(At(i, i + 1, n)),
@@ -287,8 +284,7 @@ TEST(Eigensolver, SameMatrixSameBytes) {
                                  second.Vectors.end(), 6.0),
                       100);
             EXPECT_EQ(std::count(second.Values.begin() + n, second.Values.end(), 7.0), 3);
-        }
-        UseKernels(before);
+        });
     }
 }
 
