@@ -66,7 +66,7 @@ void BuildSelectedAtomList() {
     QuantumSelectionData& selection = Run.Molecule.QuantumSelection;
     if (!AllocateArray(selection.SelectedAtomList,
                        static_cast<long long>(Run.Molecule.SelectedAtomCount) + Run.Molecule.CappingAtomCount)) {
-        FatalError(24576);
+        FatalError(Message::MoleculeTooLarge);
     }
     const int selected = AppendAtoms(0, 0);
     AppendAtoms(-1, selected);

@@ -3,9 +3,9 @@
 // selection cuts a bond.
 #pragma once
 
-// Marks the capping atoms of the selection and counts SelectedAtomCount and CappingAtomCount. Raises 24576.
+// Marks the capping atoms of the selection and counts SelectedAtomCount and CappingAtomCount. Raises MoleculeTooLarge.
 void BuildCappingAtoms();
 
 // Fills QuantumSelection: selected atoms first, capping atoms last, each in file order; counts their orbitals and adds
-// the capping atoms to SelectedAtomCount. Raises 24576.
+// the capping atoms to SelectedAtomCount. Raises MoleculeTooLarge.
 void BuildSelectedAtomList();

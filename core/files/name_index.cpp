@@ -16,7 +16,7 @@ void PrepareNameIndex(NameIndex& index, const char* firstName, std::size_t recor
     index.RecordSize = recordSize;
     index.SlotCount = slots;
     if (!AllocateZeroed(index.Records, static_cast<long long>(slots))) {
-        FatalError(24576);
+        FatalError(Message::MoleculeTooLarge);
     }
 }
 

@@ -13,7 +13,7 @@ struct NameIndex {
     unsigned long long SlotCount;  // a power of two, at least twice the names
 };
 
-// An empty index with room for count names. Raises 24576.
+// An empty index with room for count names. Raises MoleculeTooLarge.
 void PrepareNameIndex(NameIndex& index, const char* firstName, std::size_t recordSize, int count);
 
 // Adds the name of a record, unless that name is there already.

@@ -39,7 +39,7 @@ static std::FILE* OpenParameterFile(const char* name, char* path) {
     ComposePath(name, Run.Job.ParameterDirectory, path);
     std::FILE* file = OpenFile(path, "r");
     if (file == nullptr) {
-        FatalError(24596, path);
+        FatalError(Message::ParameterFileNotOpened, path);
     }
     return file;
 }
@@ -60,7 +60,7 @@ static int CountTypes(const char* path, std::FILE* file) {
         }
     }
     if (count < 1) {
-        FatalError(24595, path);
+        FatalError(Message::NoAtomTypes, path);
     }
     return count;
 }
@@ -70,7 +70,7 @@ template <class Record> static void AllocateTable(Record*& table, long long coun
     FreeArray(table);
     table = AllocateForProcess<Record>(count);
     if (table == nullptr) {
-        FatalError(24576);
+        FatalError(Message::MoleculeTooLarge);
     }
 }
 
@@ -102,7 +102,7 @@ static void ReadTypes() {
     AllocateTable(Run.Parameters.CouplingConstants, entries);
     AllocateTable(Run.Parameters.AtomTypeNames, Run.Parameters.AtomTypeCount);
     if (!AllocateZeroed(Work.Records, entries)) {
-        FatalError(24576);
+        FatalError(Message::MoleculeTooLarge);
     }
     file = OpenParameterFile("nmrtype.txt", path);
     ReadTypeNames(file);

@@ -4,6 +4,7 @@
 #pragma once
 
 // Reads nmrtype.txt, nmr_shft.abp and nmr_cupl.abp of ParameterDirectory into AtomTypeCount, AtomTypeNames,
-// ParameterFileShielding, ParameterFileCoupling and CouplingConstants of Run. Raises 24595 without types, 24596 for a
-// file that can't be opened, 24576 without memory. Damaged records give no message: reading stops, zeros follow.
+// ParameterFileShielding, ParameterFileCoupling and CouplingConstants of Run. Raises NoAtomTypes without types,
+// ParameterFileNotOpened for a file that can't be opened, MoleculeTooLarge without memory. Damaged records give no
+// message: reading stops, zeros follow.
 void ReadParameterFiles();

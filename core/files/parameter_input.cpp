@@ -67,7 +67,7 @@ static void SkipToBlockEnd(std::FILE* file, const char* marker, char* line) {
 
 static SelectionEntry* AllocateEntries(SelectionEntry*& entries, int count) {
     if (!AllocateArray(entries, count)) {
-        FatalError(24576);
+        FatalError(Message::MoleculeTooLarge);
     }
     return entries;
 }
@@ -75,23 +75,23 @@ static SelectionEntry* AllocateEntries(SelectionEntry*& entries, int count) {
 static void ReadNMRSelection(std::FILE* file, char* line) {
     const char* path = Run.Job.InputFilePath;
     if (!ReadInteger(file, &Run.Molecule.NMRAtomCount)) {
-        FatalError(24609, path);
+        FatalError(Message::UnreadableNmrAtomCount, path);
     }
     if (Run.Molecule.NMRAtomCount <= 0) {
-        FatalError(24610, Run.Molecule.NMRAtomCount, path);
+        FatalError(Message::NmrAtomCountNotPositive, Run.Molecule.NMRAtomCount, path);
     }
     const int count = Run.Molecule.NMRAtomCount;
     if (!MemoryCanServe((sizeof(int) + sizeof(SelectionEntry)) * static_cast<double>(count)) ||
         !AllocateArray(Run.Molecule.NMRAtomList, count)) {
-        FatalError(24576);
+        FatalError(Message::MoleculeTooLarge);
     }
     const int outcome =
         ReadEntries(file, AllocateEntries(Work.NMREntries, Run.Molecule.NMRAtomCount), Run.Molecule.NMRAtomCount);
     if (outcome == 0) {
-        FatalError(24611, path);
+        FatalError(Message::UnreadableNmrAtoms, path);
     }
     if (outcome < 0) {
-        FatalError(24612, path);
+        FatalError(Message::NmrAtomNotPositive, path);
     }
     SkipToBlockEnd(file, "NMRSelectionEnd", line);
 }
@@ -99,18 +99,18 @@ static void ReadNMRSelection(std::FILE* file, char* line) {
 static void ReadQuantumSelection(std::FILE* file, char* line) {
     const char* path = Run.Job.InputFilePath;
     if (!ReadInteger(file, &Run.Molecule.SelectedAtomCount)) {
-        FatalError(24614, path);
+        FatalError(Message::UnreadableSelectedAtomCount, path);
     }
     if (Run.Molecule.SelectedAtomCount <= 0) {
-        FatalError(24615, Run.Molecule.SelectedAtomCount, path);
+        FatalError(Message::SelectedAtomCountNotPositive, Run.Molecule.SelectedAtomCount, path);
     }
     const int outcome = ReadEntries(file, AllocateEntries(Work.QuantumEntries, Run.Molecule.SelectedAtomCount),
                                     Run.Molecule.SelectedAtomCount);
     if (outcome == 0) {
-        FatalError(24616, path);
+        FatalError(Message::UnreadableSelectedAtoms, path);
     }
     if (outcome < 0) {
-        FatalError(24617, path);
+        FatalError(Message::SelectedAtomNotPositive, path);
     }
     SkipToBlockEnd(file, "QuantumSelectionEnd", line);
 }
@@ -122,7 +122,7 @@ static int ElementByName(const char* name, int atom) {
             return i;
         }
     }
-    FatalError(24629, Run.Job.InputFilePath, name, atom);
+    FatalError(Message::UndefinedElement, Run.Job.InputFilePath, name, atom);
 }
 
 // Of types with one name the last wins.
@@ -137,7 +137,7 @@ static void IndexTypes() {
 static int AtomTypeByName(const char* name, int atom) {
     const int type = FindName(Work.TypeNames, name);
     if (type < 0) {
-        FatalError(24630, Run.Job.InputFilePath, name, atom);
+        FatalError(Message::UndefinedAtomType, Run.Job.InputFilePath, name, atom);
     }
     return type;
 }
@@ -152,7 +152,7 @@ static int LeadingNumber(const char* text) {
 }
 
 [[noreturn]] static void RefuseRecord(int atom) {
-    FatalError(24622, Run.Job.InputFilePath, atom + 1);
+    FatalError(Message::BadAtomRecord, Run.Job.InputFilePath, atom + 1);
 }
 
 // The neighbours of an atom, numbered from 1 within its molecule, which begins at offset. On purpose a number may leave
@@ -171,7 +171,7 @@ static void ReadNeighbours(const char* text, AtomRecord& record, int atom, int o
             RefuseRecord(atom);
         }
         if (std::strchr("hsdta", order[0]) == nullptr) {
-            FatalError(24623, Run.Job.InputFilePath, order, atom + 1);
+            FatalError(Message::BadBondOrder, Run.Job.InputFilePath, order, atom + 1);
         }
         const long long neighbour = static_cast<long long>(offset) + number - 1;
         record.BondedAtoms[k] = neighbour >= 0 && neighbour < Run.Molecule.AtomCount ? static_cast<int>(neighbour) : -1;
@@ -226,7 +226,7 @@ static void AllocateAtoms() {
     if (!MemoryCanServe(bytesOfAtom * Run.Molecule.AtomCount) ||
         !AllocateZeroed(Run.Molecule.AtomRecords, Run.Molecule.AtomCount) ||
         !AllocateZeroed(Run.Molecule.InputCoordinates, Run.Molecule.AtomCount)) {
-        FatalError(24576);
+        FatalError(Message::MoleculeTooLarge);
     }
 }
 
@@ -234,10 +234,10 @@ static void AllocateAtoms() {
 static void ReadAtoms(std::FILE* file) {
     const char* path = Run.Job.InputFilePath;
     if (!ReadInteger(file, &Run.Molecule.AtomCount)) {
-        FatalError(24619, path);
+        FatalError(Message::UnreadableAtomCount, path);
     }
     if (Run.Molecule.AtomCount <= 0) {
-        FatalError(24620, Run.Molecule.AtomCount, path);
+        FatalError(Message::AtomCountNotPositive, Run.Molecule.AtomCount, path);
     }
     AllocateAtoms();
     AtomLineCount = 0;
@@ -247,7 +247,7 @@ static void ReadAtoms(std::FILE* file) {
     while (ReadLine(file, line) && !BeginsIgnoringCase(line, "AtomsEnd")) {
         if (BeginsIgnoringCase(line, "atom")) {
             if (AtomLineCount == Run.Molecule.AtomCount) {
-                FatalError(24621, path);
+                FatalError(Message::MoreAtomsThanCounted, path);
             }
             ReadAtomLine(line, AtomLineCount++, molecule, offset);
         } else if (BeginsIgnoringCase(line, "mol")) {
@@ -282,7 +282,7 @@ static void ReadLines(std::FILE* file) {
         }
         ReadBlock(file, line);
         if (std::strchr(line, '=') != nullptr) {
-            Warning(16432, line);
+            Warning(Message::UnknownOption, line);
         }
     }
 }
@@ -315,7 +315,8 @@ static void ResolveNMRSelection() {
     for (int i = 0; i < Run.Molecule.NMRAtomCount; ++i) {
         const int atom = FindAtom(Work.NMREntries[i]);
         if (atom < 0) {
-            FatalError(24613, Work.NMREntries[i].Atom, Work.NMREntries[i].Molecule, Run.Job.InputFilePath);
+            FatalError(Message::NoSuchNmrAtom, Work.NMREntries[i].Atom, Work.NMREntries[i].Molecule,
+                       Run.Job.InputFilePath);
         }
         Run.Molecule.NMRAtomList[i] = atom + 1;
     }
@@ -333,7 +334,8 @@ static void ResolveQuantumSelection() {
     for (int i = 0; i < Run.Molecule.SelectedAtomCount; ++i) {
         const int atom = FindAtom(Work.QuantumEntries[i]);
         if (atom < 0) {
-            FatalError(24618, Work.QuantumEntries[i].Atom, Work.QuantumEntries[i].Molecule, Run.Job.InputFilePath);
+            FatalError(Message::NoSuchSelectedAtom, Work.QuantumEntries[i].Atom, Work.QuantumEntries[i].Molecule,
+                       Run.Job.InputFilePath);
         }
         Run.Molecule.AtomRecords[atom].SelectionState = 0;
     }
@@ -351,13 +353,13 @@ void ReadParameterInput(std::FILE* file) {
     const bool damaged = std::ferror(file) != 0;
     std::fclose(file);
     if (damaged) {
-        FatalError(24624, path);
+        FatalError(Message::UnreadableInput, path);
     }
     if (Run.Molecule.AtomCount == -1) {
-        FatalError(24625, path);
+        FatalError(Message::NoCoordinates, path);
     }
     if (Run.Molecule.NMRAtomCount == -1) {
-        FatalError(24631, path);
+        FatalError(Message::NoNmrSelection, path);
     }
     ResolveNMRSelection();
     ResolveQuantumSelection();

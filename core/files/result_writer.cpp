@@ -177,7 +177,7 @@ void WriteResults() {
     const char* path = Run.Job.OutputFilePath;
     std::FILE* file = OpenOutputFile();
     if (file == nullptr) {
-        FatalError(24628, path);
+        FatalError(Message::OutputFileNotCreated, path);
     }
     if (Run.Options.CalculateShielding || Run.Options.CalculateCoupling) {
         WriteParameters(file);
@@ -186,6 +186,6 @@ void WriteResults() {
         WriteSpectrum(file);
     }
     if (!CloseOutputFile(file)) {
-        FatalError(24628, path);
+        FatalError(Message::OutputFileNotCreated, path);
     }
 }

@@ -12,7 +12,7 @@
 
 static void FinishRunInput() {
     if (Run.Options.CalculateSpectra && (Run.Options.CalculateShielding || Run.Options.CalculateCoupling)) {
-        FatalError(24707);
+        FatalError(Message::ParametersAndSpectrumAtOnce);
     }
     if (Run.Job.RunKind == ParameterRun) {
         CheckNeighbours();
@@ -35,7 +35,7 @@ void ReadRunInput() {
     const char* path = Run.Job.InputFilePath;
     std::FILE* file = OpenFile(path, "r");
     if (file == nullptr) {
-        FatalError(24608, path);
+        FatalError(Message::InputFileNotOpened, path);
     }
     if (Run.Job.RunKind == SpectrumRun) {
         ReadSpectrumInput(file);

@@ -3,5 +3,6 @@
 #pragma once
 
 // Reads InputFilePath into Run; sets ActiveRunKind as its last act. Every failure is a fatal error that names the
-// file: 24608 it can't be opened, 24707 it asks for a spectrum and for parameters, and those of its kind of file.
+// file: InputFileNotOpened, ParametersAndSpectrumAtOnce if it asks for a spectrum and for parameters, and those of its
+// kind of file.
 void ReadRunInput();

@@ -13,7 +13,7 @@ static constexpr double SmallestMinimalIntensity = 1e-08;
 
 [[noreturn]] static void FailAtStep(int step) {
     const char* path = Run.Job.InputFilePath;
-    FatalError(24626, step, path);
+    FatalError(Message::UnreadableLine, step, path);
 }
 
 // Reads the line of a step into line[LineSize].
@@ -49,7 +49,7 @@ static void AllocateSpinSystem() {
     const long long n = Run.Spins.SpinGroupCount;
     if (!AllocateArray(Run.Spins.IsotopicNumbers, n) || !AllocateArray(Run.Spins.NucleiInGroup, n) ||
         !AllocateArray(Run.Spins.ChemicalShifts, n) || !AllocateArray(Run.Spins.CouplingMatrix, n * n)) {
-        FatalError(24576);
+        FatalError(Message::MoleculeTooLarge);
     }
 }
 
@@ -117,14 +117,14 @@ void ReadSpectrumInput(std::FILE* file) {
     Run.Spins.SpinGroupCount = ReadIntegerLine(file, 2);
     const int n = Run.Spins.SpinGroupCount;
     if (n <= 0) {
-        FatalError(24610, n, path);
+        FatalError(Message::NmrAtomCountNotPositive, n, path);
     }
     AllocateSpinSystem();
     ReadIsotopesAndNuclei(file, 3);
     ReadHeading(file, 4);
     Run.Options.NMRFrequency = ReadIntegerLine(file, 5);
     if (Run.Options.NMRFrequency == 0) {
-        FatalError(24627, path);
+        FatalError(Message::SpectrometerFrequencyZero, path);
     }
     ReadHeading(file, 6);
     ReadRealRow(file, 7, Run.Spins.ChemicalShifts);
@@ -137,6 +137,6 @@ void ReadSpectrumInput(std::FILE* file) {
     const bool damaged = std::ferror(file) != 0;
     std::fclose(file);
     if (damaged) {
-        FatalError(24624, path);
+        FatalError(Message::UnreadableInput, path);
     }
 }

@@ -31,7 +31,7 @@ void ShowMessage(bool isFatal, const char* text) {
     LogAppend(text);
 }
 
-void ReportWarning(int id, const MessageArgument* arguments) {
+void ReportWarning(Message id, const MessageArgument* arguments) {
     ReleaseMouseCapture();
     char text[ExpandedLimit];
     ExpandCatalogueText(id, arguments, TextLimit, text, ExpandedLimit);
@@ -39,7 +39,7 @@ void ReportWarning(int id, const MessageArgument* arguments) {
 }
 
 // The report proper, under a guard: an error raised within it resumes here and ends the report.
-static void ReportUnderGuard(int id, const MessageArgument* arguments) {
+static void ReportUnderGuard(Message id, const MessageArgument* arguments) {
     RecoveryFrame guard = {};
     RecoveryFrame* const top = Run.Report.ErrorFrameTop;
     PushRecoveryFrame(guard);
@@ -47,7 +47,7 @@ static void ReportUnderGuard(int id, const MessageArgument* arguments) {
     Run.Report.FatalGuardFrame = &guard;
     if (!SAVE_CONTEXT(guard)) {
         ReleaseMouseCapture();
-        Run.Report.LastErrorCode = id;
+        Run.Report.LastErrorCode = static_cast<int>(id);
         if (Run.Report.ReportFatalFlag) {
             char text[ExpandedLimit];
             ExpandCatalogueText(id, arguments, TextLimit, text, ExpandedLimit);
@@ -59,7 +59,7 @@ static void ReportUnderGuard(int id, const MessageArgument* arguments) {
     Run.Report.FatalGuardFrame = nullptr;
 }
 
-void ReportFatalError(int id, const MessageArgument* arguments) {
+void ReportFatalError(Message id, const MessageArgument* arguments) {
     if (Run.Report.FatalGuardFrame == nullptr) {
         ReportUnderGuard(id, arguments);
     }

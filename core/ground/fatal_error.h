@@ -12,19 +12,19 @@ void ShowMessage(bool isFatal, const char* text);
 // Writes "ERRMSG: ", the text and a newline to the output file and ends the process with code 0.
 [[noreturn]] void WriteFatalFile(const char* text);
 
-// Reports catalogue text id and raises. With ReportFatalFlag at 0 nothing is shown: the run is only unwound.
-[[noreturn]] void ReportFatalError(int id, const MessageArgument* arguments);
+// Reports a message of the catalogue and raises. With ReportFatalFlag at 0 nothing is shown: the run is only unwound.
+[[noreturn]] void ReportFatalError(Message id, const MessageArgument* arguments);
 
-// Shows catalogue text id as a warning; the run goes on.
-void ReportWarning(int id, const MessageArgument* arguments);
+// Shows a message of the catalogue as a warning; the run goes on.
+void ReportWarning(Message id, const MessageArgument* arguments);
 
-// A fatal error with a catalogue text and its arguments; never returns.
+// A fatal error with a message of the catalogue and its arguments; never returns.
 template <class... Values> [[noreturn]] void FatalError(MessageIdFor<Values...> id, Values... values) {
     const MessageArgument arguments[sizeof...(Values) + 1] = {Argument(values)...};
     ReportFatalError(id.Id, arguments);
 }
 
-// A warning with a catalogue text and its arguments; 0.
+// A warning with a message of the catalogue and its arguments; 0.
 template <class... Values> int Warning(MessageIdFor<Values...> id, Values... values) {
     const MessageArgument arguments[sizeof...(Values) + 1] = {Argument(values)...};
     ReportWarning(id.Id, arguments);

@@ -26,7 +26,7 @@ void LogAppend(const char* text) {
     std::fclose(file);
 }
 
-void LogCatalogueText(int id, const MessageArgument* arguments) {
+void LogCatalogueText(Message id, const MessageArgument* arguments) {
     if (!Run.Report.LogEnabled) {
         return;
     }

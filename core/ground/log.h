@@ -12,8 +12,8 @@ inline constexpr int ListedLineUnits = 64;
 // "Velkoran cannot open the log file." and the process exits with code 0.
 void LogAppend(const char* text);
 
-// Writes a catalogue text with its arguments as one line. An id without text gives an empty line.
-void LogCatalogueText(int id, const MessageArgument* arguments);
+// Writes a message of the catalogue with its arguments as one line. One without text gives an empty line.
+void LogCatalogueText(Message id, const MessageArgument* arguments);
 
 // One line of progress.
 template <class... Values> void LogProgress(MessageIdFor<Values...> id, Values... values) {

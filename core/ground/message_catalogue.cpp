@@ -66,7 +66,7 @@ void FormatMessageText(const char* text, const MessageArgument* arguments, char*
     buffer[filled] = '\0';
 }
 
-void ExpandCatalogueText(int id, const MessageArgument* arguments, int limit, char* buffer, int size) {
+void ExpandCatalogueText(Message id, const MessageArgument* arguments, int limit, char* buffer, int size) {
     char text[LongestText];
     text[0] = '\0';
     LoadCatalogueText(id, text, std::min(limit, LongestText));

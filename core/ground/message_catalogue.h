@@ -1,25 +1,36 @@
 // SPDX-License-Identifier: MIT
-// The numbered texts and the filling-in of their arguments. A call that names a text by its number is checked by the
-// compiler against the conversions in that text: a wrong list of arguments doesn't compile.
+// The messages by name, their texts and the filling-in of arguments. A call that names a message is checked by the
+// compiler against the conversions in its text: a wrong list of arguments doesn't compile.
 #pragma once
 
 #include <concepts>
 #include <cstddef>
 #include <type_traits>
 
+// Every message by its name; its value is the 16-bit number that front ends know.
+enum class Message : int {
+#define CATALOGUE_TEXT(name, id, text) name = id,
+#define CATALOGUE_SILENCE(name, id) name = id,
+#include "resources/message_catalogue.inc"
+#undef CATALOGUE_TEXT
+#undef CATALOGUE_SILENCE
+};
+
 struct CatalogueEntry {
-    int Id;            // 16-bit number
+    Message Id;
     const char* Text;  // plain, or with conversions of printf
 };
 
 inline constexpr CatalogueEntry MessageCatalogue[] = {
-#define CATALOGUE_TEXT(id, text) {id, text},
+#define CATALOGUE_TEXT(name, id, text) {Message::name, text},
+#define CATALOGUE_SILENCE(name, id)
 #include "resources/message_catalogue.inc"
 #undef CATALOGUE_TEXT
+#undef CATALOGUE_SILENCE
 };
 
-// The text of an id, or null.
-constexpr const char* CatalogueText(int id) {
+// The text of a message, or null.
+constexpr const char* CatalogueText(Message id) {
     for (const CatalogueEntry& entry : MessageCatalogue) {
         if (entry.Id == id) {
             return entry.Text;
@@ -80,10 +91,10 @@ constexpr bool ArgumentsFit(const char* text, const char* kinds) {
     return *kinds == '\0';
 }
 
-// The number of a text, checked at compile time against the arguments that the call gives.
+// A message, checked at compile time against the arguments that the call gives.
 template <class... Values> struct MessageId {
-    int Id;
-    consteval MessageId(int id) : Id(id) {
+    Message Id;
+    consteval MessageId(Message id) : Id(id) {
         const char kinds[] = {Argument(Values{}).Kind..., '\0'};
         if (!ArgumentsFit(CatalogueText(id), kinds)) {
             throw "the arguments don't fit the conversions of the catalogue text";
@@ -103,5 +114,5 @@ template <std::size_t Size, class... Values> void FormatText(char (&buffer)[Size
     FormatMessageText(text, arguments, buffer, static_cast<int>(Size));
 }
 
-// Loads a text with a limit of limit - 1 characters and fills it into buffer; an id without text gives "".
-void ExpandCatalogueText(int id, const MessageArgument* arguments, int limit, char* buffer, int size);
+// Loads a text with a limit of limit - 1 characters and fills it into buffer; a message without text gives "".
+void ExpandCatalogueText(Message id, const MessageArgument* arguments, int limit, char* buffer, int size);

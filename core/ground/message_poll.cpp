@@ -27,7 +27,7 @@ static bool LookAtMessage() {
     if (message.Id == QuitMessage) {
         Run.Process.QuitRequested = 1;
         Run.Report.ReportFatalFlag = 0;
-        FatalError(24834);  // on purpose an id without text: the stop of a run is silent
+        FatalError(Message::SilentStop);  // on purpose an id without text: the stop of a run is silent
     }
     DispatchPlatformMessage(&message);
     DeliverPendingRaise();

@@ -7,22 +7,22 @@
 void LogNumberRow(const double* v, int count) {
     switch (count) {
     case 1:
-        LogMessage(8245, v[0]);
+        LogMessage(Message::NumberRowOf1, v[0]);
         break;
     case 2:
-        LogMessage(8246, v[0], v[1]);
+        LogMessage(Message::NumberRowOf2, v[0], v[1]);
         break;
     case 3:
-        LogMessage(8247, v[0], v[1], v[2]);
+        LogMessage(Message::NumberRowOf3, v[0], v[1], v[2]);
         break;
     case 4:
-        LogMessage(8248, v[0], v[1], v[2], v[3]);
+        LogMessage(Message::NumberRowOf4, v[0], v[1], v[2], v[3]);
         break;
     case 5:
-        LogMessage(8249, v[0], v[1], v[2], v[3], v[4]);
+        LogMessage(Message::NumberRowOf5, v[0], v[1], v[2], v[3], v[4]);
         break;
     default:
-        LogMessage(8256, v[0], v[1], v[2], v[3], v[4], v[5]);
+        LogMessage(Message::NumberRowOf6, v[0], v[1], v[2], v[3], v[4], v[5]);
         break;
     }
 }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 
+enum class Message : int;  // of the catalogue, see ground/message_catalogue.h
 struct PlatformWindow;
 struct PlatformMenu;
 
@@ -85,8 +86,8 @@ void DispatchPlatformMessage(const PlatformMessage* message);
 // Gives back a captured mouse, where there is one.
 void ReleaseMouseCapture();
 
-// Copies at most limit - 1 characters of a catalogue text; the length, 0 for an id without text.
-int LoadCatalogueText(int id, char* buffer, int limit);
+// Copies at most limit - 1 characters of a catalogue text; the length, 0 for a message without text.
+int LoadCatalogueText(Message id, char* buffer, int limit);
 
 // Bytes of the printable character beyond ASCII that a text begins with, in the encoding of the system's paths and
 // texts; 0 if it begins with none.

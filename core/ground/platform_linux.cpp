@@ -165,7 +165,7 @@ void DispatchPlatformMessage(const PlatformMessage* message) {
 
 void ReleaseMouseCapture() {}
 
-int LoadCatalogueText(int id, char* buffer, int limit) {
+int LoadCatalogueText(Message id, char* buffer, int limit) {
     const char* text = CatalogueText(id);
     if (text == nullptr) {
         return 0;

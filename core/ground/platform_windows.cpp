@@ -178,7 +178,7 @@ void ReleaseMouseCapture() {
     ReleaseCapture();
 }
 
-int LoadCatalogueText(int id, char* buffer, int limit) {
+int LoadCatalogueText(Message id, char* buffer, int limit) {
     return LoadStringA(Instance, static_cast<UINT>(id), buffer, limit);
 }
 

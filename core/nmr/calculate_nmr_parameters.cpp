@@ -44,7 +44,7 @@ static void CalculateShieldingTerms() {
 
 static void CalculateShieldingConstants() {
     SolveWithParameters(Run.Parameters.ParameterFileShielding, "nmr_shft.abp");
-    LogProgress(4146);
+    LogProgress(Message::ComputingShieldings);
     ComputeMagneticDensities();
     CalculateShieldingTerms();
     if (Run.Report.LogEnabled) {
@@ -87,7 +87,7 @@ void CalculateNmrParameters() {
     }
     if (Run.Options.CalculateSpectra) {
         LogAppend("");
-        LogProgress(4148);
+        LogProgress(Message::ComputingSpectrum);
         ComputeSpectrum();
     }
 }

@@ -118,7 +118,7 @@ static void IterateResponse(int atomNumber, double* change) {
         }
         *change = MeasureDensityChange(density, Run.Field.HalfDensity, iteration);
         if (iteration > 0) {
-            LogProgress(4145, atomNumber, iteration, *change);
+            LogProgress(Message::PerturbedAtomIteration, atomNumber, iteration, *change);
         }
         if (*change <= limit && iteration > 1) {
             return;

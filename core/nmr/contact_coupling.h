@@ -4,7 +4,7 @@
 #pragma once
 
 // Fills ContactResponse, the buffer of CouplingMatrix, [NMRAtomCount][SelectedAtomCount], from the wavefunction in Run.
-// Spoils FirstScratch, SecondScratch, FockMatrix, HalfDensity, PreviousDensity and DiagonalHistory. Raises 24577.
+// Spoils FirstScratch, SecondScratch, FockMatrix, HalfDensity, PreviousDensity and DiagonalHistory. Raises OutOfMemory.
 void ComputeCouplingResponses();
 
 // Turns the response into reduced constants K in reduced[NMRAtomCount][SelectedAtomCount] (1/cm3) and, in place, into

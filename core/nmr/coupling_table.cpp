@@ -14,16 +14,16 @@ static const char* LabelOf(const AtomRecord& atom) {
 static void ListPair(const AtomRecord& atomA, const AtomRecord& atomB, double k, double j) {
     const NuclearConstants& a = Run.Parameters.CouplingConstants[atomA.AtomType];
     const NuclearConstants& b = Run.Parameters.CouplingConstants[atomB.AtomType];
-    LogMessage(8517, atomA.AtomIndex + 1, LabelOf(atomA), atomB.AtomIndex + 1, LabelOf(atomB), a.GFactor, b.GFactor,
-               a.SDensity, b.SDensity, k, j);
+    LogMessage(Message::CouplingRow, atomA.AtomIndex + 1, LabelOf(atomA), atomB.AtomIndex + 1, LabelOf(atomB),
+               a.GFactor, b.GFactor, a.SDensity, b.SDensity, k, j);
 }
 
 void ListCouplingConstants(const double* reduced) {
-    LogMessage(8503);
-    LogMessage(8504);
-    LogMessage(8505);
-    LogMessage(8512);
-    LogMessage(8513);
+    LogMessage(Message::CouplingOpeningRule);
+    LogMessage(Message::ReducedCouplingHeading);
+    LogMessage(Message::CouplingHeading);
+    LogMessage(Message::CouplingClosingRule);
+    LogMessage(Message::CouplingColumns);
     for (long long g = 0; g < Run.Molecule.NMRAtomCount; ++g) {
         const AtomRecord& atomA = Run.Molecule.AtomRecords[Run.Molecule.NMRAtomList[g] - 1];
         for (int place = 0; atomA.AtomicNumber >= 1 && place < Run.Molecule.SelectedAtomCount; ++place) {
@@ -35,6 +35,6 @@ void ListCouplingConstants(const double* reduced) {
             }
         }
     }
-    LogMessage(8552);  // on purpose an id without text: an empty line
-    LogMessage(8512);
+    LogMessage(Message::EmptyLine);  // on purpose an id without text: an empty line
+    LogMessage(Message::CouplingClosingRule);
 }

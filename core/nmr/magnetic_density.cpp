@@ -137,7 +137,7 @@ static void IterateDirection(int direction, double limit) {
         BuildFirstOrderDensity(u, 2.0, Antisymmetric, density);  // of both spins
         change = MeasureDensityChange(density, Run.Shielding.MagneticDensities[direction], iteration);
         if (iteration > 0) {
-            LogProgress(4144, Names[direction], iteration, change);
+            LogProgress(Message::PerturbedDirectionIteration, Names[direction], iteration, change);
         }
         if (change <= limit && iteration > 1) {
             return;

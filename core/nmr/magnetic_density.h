@@ -5,5 +5,5 @@
 
 // Fills MagneticDensities[0..2], for the field along x, y and z: real antisymmetric matrices that stand for the
 // imaginary ones, of a field of 0.57735027 atomic units. Sets FinitePerturbation to 1. Spoils FirstScratch,
-// SecondScratch, FockMatrix and HalfDensity. Raises 24577.
+// SecondScratch, FockMatrix and HalfDensity. Raises OutOfMemory.
 void ComputeMagneticDensities();

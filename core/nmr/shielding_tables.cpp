@@ -18,36 +18,36 @@ static double Term(int number, int place) {
 static void ListDiamagneticLine(int place) {
     const double sum =
         Term(1, place) + Term(2, place) + Term(5, place) + Term(6, place) + Term(8, place) + Term(9, place);
-    LogMessage(8487, SelectedAtomNumber(place), LabelOf(SelectedAtom(place)), Term(1, place), Term(2, place),
-               Term(5, place), Term(6, place), Term(8, place), Term(9, place), sum);
+    LogMessage(Message::DiamagneticRow, SelectedAtomNumber(place), LabelOf(SelectedAtom(place)), Term(1, place),
+               Term(2, place), Term(5, place), Term(6, place), Term(8, place), Term(9, place), sum);
 }
 
 static void ListParamagneticLine(int place) {
     const double sum = Term(3, place) + Term(4, place) + Term(7, place) + Term(10, place);
-    LogMessage(8488, SelectedAtomNumber(place), LabelOf(SelectedAtom(place)), Term(3, place), Term(4, place),
-               Term(7, place), Term(10, place), sum, Run.Shielding.ShieldingTotal[place]);
+    LogMessage(Message::ParamagneticRow, SelectedAtomNumber(place), LabelOf(SelectedAtom(place)), Term(3, place),
+               Term(4, place), Term(7, place), Term(10, place), sum, Run.Shielding.ShieldingTotal[place]);
 }
 
 void ListShieldingTerms() {
-    LogMessage(8468);
-    LogMessage(8469);
-    LogMessage(8470);
-    LogMessage(8471);
-    LogMessage(8472);
-    LogMessage(8473);
-    LogMessage(8480);
+    LogMessage(Message::OpeningRule);
+    LogMessage(Message::ShieldingHeading);
+    LogMessage(Message::ClosingRule);
+    LogMessage(Message::DiamagneticHeading);
+    LogMessage(Message::DiamagneticUnderline);
+    LogMessage(Message::DiamagneticCenters);
+    LogMessage(Message::DiamagneticColumns);
     for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         ListDiamagneticLine(place);
     }
-    LogMessage(8481);
-    LogMessage(8482);
-    LogMessage(8467);
-    LogMessage(8483);
+    LogMessage(Message::ParamagneticHeading);
+    LogMessage(Message::ParamagneticUnderline);
+    LogMessage(Message::ParamagneticCenters);
+    LogMessage(Message::ParamagneticColumns);
     for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         ListParamagneticLine(place);
     }
-    LogMessage(8552);  // on purpose an id without text: an empty line
-    LogMessage(8470);
+    LogMessage(Message::EmptyLine);  // on purpose an id without text: an empty line
+    LogMessage(Message::ClosingRule);
 }
 
 static void ListTensor(int place) {
@@ -57,27 +57,27 @@ static void ListTensor(int place) {
     FormatText(line, "  %3d(%.2s):     Isotropic = %15.4f      Anisotropy = %15.4f", SelectedAtomNumber(place),
                LabelOf(SelectedAtom(place)), values[3], values[4]);
     LogAppend(line);
-    LogMessage(8552);
+    LogMessage(Message::EmptyLine);
     for (int row = 0; row < 3; ++row) {
         FormatText(line, "                           %15.4f  %15.4f  %15.4f", tensor[3 * row], tensor[3 * row + 1],
                    tensor[3 * row + 2]);
         LogAppend(line);
     }
-    LogMessage(8552);
+    LogMessage(Message::EmptyLine);
     FormatText(line, "            Eigenvalues:   %15.4f  %15.4f  %15.4f", values[0], values[1], values[2]);
     LogAppend(line);
-    LogMessage(8552);
+    LogMessage(Message::EmptyLine);
 }
 
 void ListShieldingTensors() {
-    LogMessage(8552);
-    LogMessage(8470);
+    LogMessage(Message::EmptyLine);
+    LogMessage(Message::ClosingRule);
     LogAppend("=============================    Electronic Shielding Tensor (PPM)   ===============================");
-    LogMessage(8470);
-    LogMessage(8552);
+    LogMessage(Message::ClosingRule);
+    LogMessage(Message::EmptyLine);
     for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         ListTensor(place);
     }
-    LogMessage(8552);
-    LogMessage(8470);
+    LogMessage(Message::EmptyLine);
+    LogMessage(Message::ClosingRule);
 }

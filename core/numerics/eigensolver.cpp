@@ -115,7 +115,7 @@ void SolveEigenproblem(double* matrix, double* vectors, double* values, int n) {
         return;
     }
     if (!ReserveEigensolverWork(n)) {
-        FatalError(24577);
+        FatalError(Message::OutOfMemory);
     }
     PendingWork = 0.0;
     ReduceToTridiagonal(matrix, vectors, n);

@@ -7,7 +7,7 @@
 // start of a larger buffer. Its lower triangle is read; the whole block is overwritten. vectors[n][n] receives the
 // eigenvectors in its rows, orthonormal, without a convention of sign; values[n] the eigenvalues, ascending, in the
 // unit of the matrix. The same matrix gives the same bytes. Polls, so it may not return. Not reentrant.
-// Fatal error 24577 if there is no memory for the work arrays.
+// Fatal error OutOfMemory if there is no memory for the work arrays.
 void SolveEigenproblem(double* matrix, double* vectors, double* values, int n);
 
 // Bytes of the work arrays for order n.

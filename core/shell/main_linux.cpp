@@ -20,7 +20,7 @@ int main(int argc, char** argv) {
     }
     char* commandLine = AllocateForProcess<char>(static_cast<long long>(length));
     if (commandLine == nullptr) {
-        FatalError(24577);
+        FatalError(Message::OutOfMemory);
     }
     char* end = commandLine;
     for (int i = 1; i < argc; ++i) {

@@ -4,6 +4,7 @@
 
 #include "ground/fatal_error.h"
 #include "ground/memory.h"
+#include "ground/message_catalogue.h"
 #include "ground/platform.h"
 #include "ground/recovery_frame.h"
 #include "ground/run_state.h"
@@ -16,8 +17,6 @@
 static constexpr int SocketsVersion = 257;  // 1.1
 static constexpr char WindowClassName[] = "braisag";
 static constexpr unsigned AboutCommand = 100;
-static constexpr int AboutTextId = 50;
-static constexpr int SilentStop = 24834;  // an id without text
 static constexpr int AboutTextLimit = 30;
 static constexpr unsigned FirstFormat = 49152;  // the range of registered formats
 static constexpr unsigned LastFormat = 65535;
@@ -30,7 +29,7 @@ static void AllocateTextFields(const char* commandLine) {
                          &Run.Job.WorkDirectory}) {
         *field = AllocateForProcess<char>(static_cast<long long>(length));
         if (*field == nullptr) {
-            FatalError(24577);
+            FatalError(Message::OutOfMemory);
         }
     }
 }
@@ -48,14 +47,14 @@ static void ReadUseSockets() {
 static void BuildSystemMenu(PlatformWindow* window) {
     PlatformMenu* menu = GetWindowMenu(window);
     if (menu == nullptr) {
-        FatalError(24577);
+        FatalError(Message::OutOfMemory);
     }
     for (const int position : {8, 7, 5, 4, 3, 2, 0}) {  // Move and Close stay
         DeleteMenuEntry(menu, position);
     }
     AppendMenuSeparator(menu);
     char text[AboutTextLimit] = "";
-    LoadCatalogueText(AboutTextId, text, AboutTextLimit);
+    LoadCatalogueText(Message::AboutVelkoran, text, AboutTextLimit);
     AppendMenuEntry(menu, AboutCommand, text);
 }
 
@@ -71,19 +70,19 @@ static void InitInstance(const char* commandLine) {
     AllocateTextFields(commandLine);
     ReadUseSockets();
     if (!RegisterWindowClass(WindowClassName, MainWindowProc)) {
-        FatalError(24577);
+        FatalError(Message::OutOfMemory);
     }
     Run.Job.QuietFlag = 0;
     Run.Job.SystemCount = 1;
     if (Run.Process.UseSockets == 0) {
         Run.Process.PacketFormat = RegisterFormat("Packet");
         if (Run.Process.PacketFormat < FirstFormat || Run.Process.PacketFormat > LastFormat) {
-            FatalError(24577);
+            FatalError(Message::OutOfMemory);
         }
     }
     Run.Process.MainWindow = CreateMainWindow(WindowClassName, "Velkoran");
     if (Run.Process.MainWindow == nullptr) {
-        FatalError(24577);
+        FatalError(Message::OutOfMemory);
     }
     BuildSystemMenu(Run.Process.MainWindow);
     ShowWindowMinimised(Run.Process.MainWindow);
@@ -100,7 +99,8 @@ static void HandleStartMessage(PlatformWindow* window) {
     RunOneJob(Run.Job.RunKind);
     Run.Process.RunActive = 0;
     if (nested && !RaiseIsPending()) {
-        Run.Report.LastErrorCode = SilentStop;  // what passes the error on, from a reader's frame too
+        // what passes the error on, from a reader's frame too
+        Run.Report.LastErrorCode = static_cast<int>(Message::SilentStop);
         RaiseError();
     }
     if (!RaiseIsPending()) {

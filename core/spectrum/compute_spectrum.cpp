@@ -21,24 +21,25 @@ void ListTable(const double* values, int rows, int columns) {
             LogNumberRow(values + static_cast<long long>(row) * columns + first, width);
         }
         if (width == BlockColumns) {
-            LogMessage(8552);  // on purpose an id without text: an empty line
+            LogMessage(Message::EmptyLine);  // on purpose an id without text: an empty line
         }
     }
 }
 
 static void ListSpinSystem() {
     const int n = Run.Spins.SpinGroupCount;
-    LogMessage(8536, n);  // on purpose the number of groups, under a wording that speaks of nuclei
+    // on purpose the number of groups, under a wording that speaks of nuclei
+    LogMessage(Message::SpinHalfNucleusCount, n);
     for (int i = 0; i < n; ++i) {
         char line[128];
         std::snprintf(line, sizeof line, "Number of Nuclei in Group (%2d) = %2d with Isotopic Number = %3d", i + 1,
                       Run.Spins.NucleiInGroup[i], Run.Spins.IsotopicNumbers[i]);
         LogAppend(line);
     }
-    LogMessage(8537, Run.Options.NMRFrequency);
-    LogMessage(8544);
+    LogMessage(Message::SpectrometerFrequency, Run.Options.NMRFrequency);
+    LogMessage(Message::InputShiftsHeading);
     ListTable(Run.Spins.ChemicalShifts, 1, n);
-    LogMessage(8545);
+    LogMessage(Message::InputCouplingsHeading);
     ListTable(Run.Spins.CouplingMatrix, n, n);
 }
 
@@ -47,14 +48,14 @@ static void ListSpectrum() {
         LogAppend("\nWeak coupling approximation (perturbation theory) is used.");
     }
     ListSpinSystem();
-    LogMessage(8532);
-    LogMessage(8533);
-    LogMessage(8534);
-    LogMessage(8535);
+    LogMessage(Message::SpectrumOpeningRule);
+    LogMessage(Message::SpectrumHeading);
+    LogMessage(Message::SpectrumClosingRule);
+    LogMessage(Message::SpectrumColumns);
     for (int i = 0; i < Run.Lines.SpectrumLineCount; ++i) {
         const SpectrumLine& line = Run.Lines.SpectrumLines[i];
-        LogMessage(8546, i + 1, static_cast<double>(line.Frequency), static_cast<double>(line.Intensity),
-                   line.Degeneracy);
+        LogMessage(Message::SpectrumRow, i + 1, static_cast<double>(line.Frequency),
+                   static_cast<double>(line.Intensity), line.Degeneracy);
         PollMessages(ListedLineUnits);
     }
 }

@@ -94,7 +94,7 @@ static void AllocateWork() {
     ArrayAllocator allocator;
     VisitWork(allocator);
     if (!allocator.Complete || !ReserveEigensolverWork(SubMatrices.LargestSubSubDimension)) {
-        FatalError(24577);
+        FatalError(Message::OutOfMemory);
     }
     ArrayToucher toucher;
     VisitWork(toucher);

@@ -35,7 +35,7 @@ void ReserveLines(long long lineCount) {
             return;
         }
     }
-    FatalError(24577);
+    FatalError(Message::OutOfMemory);
 }
 
 // An unsigned number that orders as the frequency does.
@@ -71,7 +71,7 @@ static void DistributeByDigit(const SpectrumLine* from, SpectrumLine* to, long l
 // Radix sort by ascending frequency.
 static void SortLines(long long count) {
     if (!AllocateArray(SortBuffer, count)) {
-        FatalError(24577);
+        FatalError(Message::OutOfMemory);
     }
     TouchPages(SortBuffer, static_cast<std::size_t>(count) * sizeof(SpectrumLine));
     long long places[DigitCount][DigitValues] = {};
@@ -144,7 +144,7 @@ void FinishLineList(long long lineCount) {
     count = MergeLines(Run.Lines.SpectrumLines, count);
     count = FilterLines(Run.Lines.SpectrumLines, count, Run.Options.MinimalIntensity);
     if (count > INT_MAX) {
-        FatalError(24577);
+        FatalError(Message::OutOfMemory);
     }
     Run.Lines.SpectrumLineCount = static_cast<int>(count);
 }

@@ -7,7 +7,7 @@
 // A line of less intensity isn't kept.
 inline constexpr double SmallestLineIntensity = 1e-10;
 
-// Makes room for lineCount records in Run.Lines.SpectrumLines; what stands there is kept. Raises 24577.
+// Makes room for lineCount records in Run.Lines.SpectrumLines; what stands there is kept. Raises OutOfMemory.
 void ReserveLines(long long lineCount);
 
 // Writes a line into the slot at position if its intensity is kept, and returns the next free position. The slot must
@@ -22,5 +22,5 @@ inline long long WriteLine(long long position, double frequency, double intensit
 
 // Sorts the first lineCount records by frequency, merges neighbours less than 0.001 Hz apart (a chain of neighbours
 // collapses into one line at its lowest frequency), drops what stays below MinimalIntensity and sets
-// SpectrumLineCount. Raises 24577.
+// SpectrumLineCount. Raises OutOfMemory.
 void FinishLineList(long long lineCount);

@@ -24,7 +24,7 @@ static double RoundToThousandths(double value) {
 void PrepareSpinSystem() {
     const int n = Run.Spins.SpinGroupCount;
     if (n == 0) {
-        FatalError(24688);
+        FatalError(Message::NoNmrAtom);
     }
     for (int i = 0; i < n; ++i) {
         Run.Spins.ChemicalShifts[i] = RoundToThousandths(Run.Spins.ChemicalShifts[i]);

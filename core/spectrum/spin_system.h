@@ -8,7 +8,7 @@ bool CanBeRounded(double value);
 
 // Rounds the shifts (ppm) and couplings (Hz) of Run to three decimals, in place, and gives the two triangles of
 // CouplingMatrix their meaning: the upper one holds the coupling of every pair, the lower one the same for groups of
-// equal isotopic number and 0 for others, so that an unlike pair couples to first order only. Raises 24688 without
+// equal isotopic number and 0 for others, so that an unlike pair couples to first order only. Raises NoNmrAtom without
 // groups.
 void PrepareSpinSystem();
 

@@ -20,7 +20,7 @@ SubMatrixTables SubMatrices;
 
 template <class Record> static void AllocateTable(Record*& table, long long count) {
     if (!AllocateArray(table, count)) {
-        FatalError(24577);
+        FatalError(Message::OutOfMemory);
     }
 }
 
@@ -34,7 +34,7 @@ static void CheckGroups(int groupCount, const int* nucleiInGroup) {
     for (int g = 0; g < groupCount; ++g) {
         states *= nucleiInGroup[g] + 1;
         if (states > LargestStateCount) {
-            FatalError(24577);
+            FatalError(Message::OutOfMemory);
         }
     }
 }
@@ -73,7 +73,7 @@ static void CountStates(int groupCount) {
     SubMatrices.LargestSubSubCount = 1;
     for (int s = 0; s < SubMatrices.SubMatrixCount; ++s) {
         if (total > LargestStateCount) {
-            FatalError(24577);
+            FatalError(Message::OutOfMemory);
         }
         const int* groupSpins = SubMatrices.GroupSpinTable + static_cast<long long>(s) * groupCount;
         total += StateCount(groupSpins, groupCount);
@@ -198,7 +198,7 @@ void BuildSubMatrices(int groupCount, const int* nucleiInGroup, double (*workByt
     }
     const double stateBytes = static_cast<double>(sizeof(int)) * (groupCount + 1.0) * SubMatrices.LevelCount;
     if (!MemoryCanServe(stateBytes + workBytes())) {
-        FatalError(24577);
+        FatalError(Message::OutOfMemory);
     }
     AllocateTable(SubMatrices.BasisStates, static_cast<long long>(SubMatrices.LevelCount) * groupCount);
     AllocateTable(SubMatrices.LevelOrder, SubMatrices.LevelCount);

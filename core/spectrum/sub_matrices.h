@@ -23,6 +23,6 @@ struct SubMatrixTables {
 extern SubMatrixTables SubMatrices;
 
 // Builds the tables for groupCount groups of nucleiInGroup[] nuclei and writes the block table to the log. Ends the
-// run for more than 32 groups; raises 24577 for more than 62500000 states, or without memory for the tables and for
-// what the caller is going to need beside them: workBytes tells it, once the counts and dimensions are there.
+// run for more than 32 groups; raises OutOfMemory for more than 62500000 states, or without memory for the tables and
+// for what the caller is going to need beside them: workBytes tells it, once the counts and dimensions are there.
 void BuildSubMatrices(int groupCount, const int* nucleiInGroup, double (*workBytes)());

@@ -35,7 +35,7 @@ static struct {
 // An array of so many records, counted in floating point since the count may exceed any integer.
 template <class Record> static void AllocateCounted(Record*& array, double count) {
     if (!(count < LargestCount) || !AllocateArray(array, static_cast<long long>(count))) {
-        FatalError(24577);
+        FatalError(Message::OutOfMemory);
     }
 }
 
@@ -114,7 +114,7 @@ static void AllocateWork() {
     const double work = 4 * sizeof(double) * largestStates + sizeof(int) * tableEntries;
     const double listBytes = sizeof(SpectrumLine) * lines;
     if (!MemoryCanServe(listBytes + std::max(work, listBytes))) {  // the sort takes as much again, without the work
-        FatalError(24577);
+        FatalError(Message::OutOfMemory);
     }
     AllocateCounted(Work.SpectatorSpinTable, tableEntries);
     for (double** vector : {&Work.FrequencyTerms, &Work.IntensityTerms, &Work.FrequencySums, &Work.IntensitySums}) {

@@ -4,6 +4,6 @@
 #pragma once
 
 // Reads the spin system of Run, fills SpectrumLines and SpectrumLineCount: frequencies (Hz) to second, intensities to
-// first order in the couplings. Refuses systems with two shifts less than 1e-05 Hz apart; raises 24688 without groups,
-// 24577 without memory.
+// first order in the couplings. Refuses systems with two shifts less than 1e-05 Hz apart; raises NoNmrAtom without
+// groups, OutOfMemory without memory.
 void ComputeWeakCouplingSpectrum();

@@ -13,19 +13,19 @@ static const char* TypeName(const AtomRecord& atom) {
 
 static void CheckExponent(const AtomRecord& atom, double exponent, const char* orbital, const char* fileName) {
     if (exponent <= 0.0) {
-        FatalError(24656, atom.AtomIndex + 1, TypeName(atom), orbital, fileName);
+        FatalError(Message::AtomExponentNotPositive, atom.AtomIndex + 1, TypeName(atom), orbital, fileName);
     }
 }
 
 static void CheckEnergy(const AtomRecord& atom, double energy, const char* orbital, const char* fileName) {
     if (energy >= 0.0) {
-        Warning(16386, atom.AtomIndex + 1, TypeName(atom), orbital, fileName);
+        Warning(Message::AtomIonizationNotPositive, atom.AtomIndex + 1, TypeName(atom), orbital, fileName);
     }
 }
 
 static void CheckSlaterCondon(const AtomRecord& atom, double value, const char* constant, const char* fileName) {
     if (value <= 0.0) {
-        Warning(16388, atom.AtomIndex + 1, TypeName(atom), constant, fileName);
+        Warning(Message::AtomSlaterCondonNotPositive, atom.AtomIndex + 1, TypeName(atom), constant, fileName);
     }
 }
 
@@ -33,7 +33,7 @@ static void CheckSelectedAtom(const AtomRecord& atom, const AtomTypeParameters& 
     CheckExponent(atom, parameters.SlaterExponentS, "s", fileName);
     CheckEnergy(atom, parameters.OrbitalEnergyS, "s", fileName);
     if (parameters.BondingParameter <= 0.0) {
-        Warning(16387, atom.AtomIndex + 1, TypeName(atom), fileName);
+        Warning(Message::AtomBondingNotPositive, atom.AtomIndex + 1, TypeName(atom), fileName);
     }
     if (atom.AtomicNumber > 2) {
         CheckExponent(atom, parameters.SlaterExponentP, "p", fileName);
@@ -52,13 +52,13 @@ static void CheckSelectedAtom(const AtomRecord& atom, const AtomTypeParameters& 
 // The messages about a capping atom give its type as "-" and the name of the ordinary type.
 static void CheckCappingOrbital(const AtomRecord& atom, double exponent, const char* orbital, const char* fileName) {
     if (exponent <= 0.0) {
-        FatalError(24657, atom.AtomIndex + 1, "-", TypeName(atom), orbital, fileName);
+        FatalError(Message::CappingExponentNotPositive, atom.AtomIndex + 1, "-", TypeName(atom), orbital, fileName);
     }
 }
 
 static void CheckCappingEnergy(const AtomRecord& atom, double energy, const char* orbital, const char* fileName) {
     if (energy >= 0.0) {
-        Warning(16400, atom.AtomIndex + 1, "-", TypeName(atom), orbital, fileName);
+        Warning(Message::CappingIonizationNotPositive, atom.AtomIndex + 1, "-", TypeName(atom), orbital, fileName);
     }
 }
 
@@ -66,7 +66,7 @@ static void CheckCappingAtom(const AtomRecord& atom, const AtomTypeParameters& p
     CheckCappingOrbital(atom, parameters.SlaterExponentS, "s", fileName);
     CheckCappingEnergy(atom, parameters.OrbitalEnergyS, "s", fileName);
     if (parameters.BondingParameter <= 0.0) {
-        Warning(16401, atom.AtomIndex + 1, "-", TypeName(atom), fileName);
+        Warning(Message::CappingBondingNotPositive, atom.AtomIndex + 1, "-", TypeName(atom), fileName);
     }
     CheckCappingOrbital(atom, parameters.SlaterExponentP, "p", fileName);
     CheckCappingEnergy(atom, parameters.OrbitalEnergyP, "p", fileName);

@@ -118,7 +118,7 @@ static void AddOneCentreCorrections() {
 static void FillDiagonal(double* h, const double* gamma) {
     const int n = Run.Basis.OrbitalCount;
     if (!AllocateArray(Diagonal, n)) {
-        FatalError(24577);
+        FatalError(Message::OutOfMemory);
     }
     for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const OrbitalRange& range = Run.Basis.OrbitalRanges[place];

@@ -3,5 +3,6 @@
 #pragma once
 
 // Turns the overlap matrix in coreHamiltonian[N][N] into H (Hartree), in place; fills CoreDiagonal and CoreRepulsion of
-// Run. Needs GammaMatrix and the tables by orbital. Raises 24577. (Pople, Segal 1966; Pople, Beveridge, Dobosh 1967.)
+// Run. Needs GammaMatrix and the tables by orbital. Raises OutOfMemory. (Pople, Segal 1966; Pople, Beveridge, Dobosh
+// 1967.)
 void BuildCoreHamiltonian(double* coreHamiltonian, const double* gamma);

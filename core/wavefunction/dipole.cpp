@@ -66,7 +66,7 @@ double DipoleFactorBytes() {
 
 void PrepareDipoleFactors() {
     if (!AllocateZeroed(DipoleFactors, Run.Molecule.SelectedAtomCount)) {
-        FatalError(24577);
+        FatalError(Message::OutOfMemory);
     }
     for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
@@ -119,11 +119,11 @@ static void ListDipole(const DipoleRow& point, const DipoleRow& sp, const Dipole
     const double* b = sp.Component;
     const double* c = pd.Component;
     const double* d = sum.Component;
-    LogMessage(8240);
-    LogMessage(8241, a[0], a[1], a[2], a[3]);
-    LogMessage(8242, b[0], b[1], b[2], b[3]);
-    LogMessage(8243, c[0], c[1], c[2], c[3]);
-    LogMessage(8244, d[0], d[1], d[2], d[3]);
+    LogMessage(Message::DipoleHeading);
+    LogMessage(Message::DipolePointCharges, a[0], a[1], a[2], a[3]);
+    LogMessage(Message::DipoleSpHybrid, b[0], b[1], b[2], b[3]);
+    LogMessage(Message::DipolePdHybrid, c[0], c[1], c[2], c[3]);
+    LogMessage(Message::DipoleSum, d[0], d[1], d[2], d[3]);
 }
 
 void ComputeDipole() {

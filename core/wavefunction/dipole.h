@@ -8,8 +8,8 @@ void ComputeReferencePoint();
 // Bytes of the hybridisation factors, for the atoms of Run.
 double DipoleFactorBytes();
 
-// Sets the hybridisation factors of each atom of the selection from ActiveParameters. Raises 24577. (Pople, Segal 1966;
-// Santry, Segal 1967 for the d orbitals.)
+// Sets the hybridisation factors of each atom of the selection from ActiveParameters. Raises OutOfMemory. (Pople, Segal
+// 1966; Santry, Segal 1967 for the d orbitals.)
 void PrepareDipoleFactors();
 
 // Computes the dipole (Debye) from TotalDensity and the net charges and lists it; nothing for a single atom.

@@ -64,7 +64,7 @@ void PrepareFirstOrderOrbitals() {
     ArrayAllocator allocator;
     VisitWork(allocator);
     if (!allocator.Complete) {
-        FatalError(24577);
+        FatalError(Message::OutOfMemory);
     }
     Transpose(Run.Field.MolecularOrbitals, OccupiedCount(), Work.OccupiedColumns);
     Transpose(Run.Field.MolecularOrbitals + n * OccupiedCount(), EmptyCount(), Work.EmptyColumns);

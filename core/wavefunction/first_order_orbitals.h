@@ -6,7 +6,7 @@
 double FirstOrderWorkBytes();
 
 // Allocates the work of the first-order steps for the orbitals in MolecularOrbitals and gathers their transposes; to be
-// called after each wavefunction, before the steps below. Raises 24577.
+// called after each wavefunction, before the steps below. Raises OutOfMemory.
 void PrepareFirstOrderOrbitals();
 
 // Symmetry of a first-order matrix: real perturbations are symmetric, imaginary ones antisymmetric.

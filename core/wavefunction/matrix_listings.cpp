@@ -28,22 +28,22 @@ static void ListLevelNumbers(int first, int count) {
     const int m = first + 1;
     switch (count) {
     case 1:
-        LogMessage(8261, m);
+        LogMessage(Message::OrbitalNumbersOf1, m);
         break;
     case 2:
-        LogMessage(8264, m, m + 1);
+        LogMessage(Message::OrbitalNumbersOf2, m, m + 1);
         break;
     case 3:
-        LogMessage(8273, m, m + 1, m + 2);
+        LogMessage(Message::OrbitalNumbersOf3, m, m + 1, m + 2);
         break;
     case 4:
-        LogMessage(8276, m, m + 1, m + 2, m + 3);
+        LogMessage(Message::OrbitalNumbersOf4, m, m + 1, m + 2, m + 3);
         break;
     case 5:
-        LogMessage(8279, m, m + 1, m + 2, m + 3, m + 4);
+        LogMessage(Message::OrbitalNumbersOf5, m, m + 1, m + 2, m + 3, m + 4);
         break;
     default:
-        LogMessage(8258, m, m + 1, m + 2, m + 3, m + 4, m + 5);
+        LogMessage(Message::OrbitalNumbersOf6, m, m + 1, m + 2, m + 3, m + 4, m + 5);
         break;
     }
 }
@@ -51,22 +51,22 @@ static void ListLevelNumbers(int first, int count) {
 static void ListLevelEnergies(const double* e, int count) {
     switch (count) {
     case 1:
-        LogMessage(8262, e[0]);
+        LogMessage(Message::OrbitalEigenvaluesOf1, e[0]);
         break;
     case 2:
-        LogMessage(8265, e[0], e[1]);
+        LogMessage(Message::OrbitalEigenvaluesOf2, e[0], e[1]);
         break;
     case 3:
-        LogMessage(8274, e[0], e[1], e[2]);
+        LogMessage(Message::OrbitalEigenvaluesOf3, e[0], e[1], e[2]);
         break;
     case 4:
-        LogMessage(8277, e[0], e[1], e[2], e[3]);
+        LogMessage(Message::OrbitalEigenvaluesOf4, e[0], e[1], e[2], e[3]);
         break;
     case 5:
-        LogMessage(8280, e[0], e[1], e[2], e[3], e[4]);
+        LogMessage(Message::OrbitalEigenvaluesOf5, e[0], e[1], e[2], e[3], e[4]);
         break;
     default:
-        LogMessage(8259, e[0], e[1], e[2], e[3], e[4], e[5]);
+        LogMessage(Message::OrbitalEigenvaluesOf6, e[0], e[1], e[2], e[3], e[4], e[5]);
         break;
     }
 }
@@ -76,22 +76,22 @@ static void ListRow(int orbital, const double* v, int count) {
     const OrbitalName name = NameOf(orbital);
     switch (count) {
     case 1:
-        LogMessage(8263, name.Kind, name.Element, name.Atom, v[0]);
+        LogMessage(Message::MatrixRowOf1, name.Kind, name.Element, name.Atom, v[0]);
         break;
     case 2:
-        LogMessage(8272, name.Kind, name.Element, name.Atom, v[0], v[1]);
+        LogMessage(Message::MatrixRowOf2, name.Kind, name.Element, name.Atom, v[0], v[1]);
         break;
     case 3:
-        LogMessage(8275, name.Kind, name.Element, name.Atom, v[0], v[1], v[2]);
+        LogMessage(Message::MatrixRowOf3, name.Kind, name.Element, name.Atom, v[0], v[1], v[2]);
         break;
     case 4:
-        LogMessage(8278, name.Kind, name.Element, name.Atom, v[0], v[1], v[2], v[3]);
+        LogMessage(Message::MatrixRowOf4, name.Kind, name.Element, name.Atom, v[0], v[1], v[2], v[3]);
         break;
     case 5:
-        LogMessage(8281, name.Kind, name.Element, name.Atom, v[0], v[1], v[2], v[3], v[4]);
+        LogMessage(Message::MatrixRowOf5, name.Kind, name.Element, name.Atom, v[0], v[1], v[2], v[3], v[4]);
         break;
     default:
-        LogMessage(8260, name.Kind, name.Element, name.Atom, v[0], v[1], v[2], v[3], v[4], v[5]);
+        LogMessage(Message::MatrixRowOf6, name.Kind, name.Element, name.Atom, v[0], v[1], v[2], v[3], v[4], v[5]);
         break;
     }
 }
@@ -103,27 +103,28 @@ static void ListColumnNames(int first, int count) {
     }
     switch (count) {
     case 1:
-        LogMessage(8304, n[0].Kind, n[0].Element, n[0].Atom);
+        LogMessage(Message::MatrixColumnsOf1, n[0].Kind, n[0].Element, n[0].Atom);
         break;
     case 2:
-        LogMessage(8305, n[0].Kind, n[0].Element, n[0].Atom, n[1].Kind, n[1].Element, n[1].Atom);
+        LogMessage(Message::MatrixColumnsOf2, n[0].Kind, n[0].Element, n[0].Atom, n[1].Kind, n[1].Element, n[1].Atom);
         break;
     case 3:
-        LogMessage(8306, n[0].Kind, n[0].Element, n[0].Atom, n[1].Kind, n[1].Element, n[1].Atom, n[2].Kind,
-                   n[2].Element, n[2].Atom);
+        LogMessage(Message::MatrixColumnsOf3, n[0].Kind, n[0].Element, n[0].Atom, n[1].Kind, n[1].Element, n[1].Atom,
+                   n[2].Kind, n[2].Element, n[2].Atom);
         break;
     case 4:
-        LogMessage(8307, n[0].Kind, n[0].Element, n[0].Atom, n[1].Kind, n[1].Element, n[1].Atom, n[2].Kind,
-                   n[2].Element, n[2].Atom, n[3].Kind, n[3].Element, n[3].Atom);
+        LogMessage(Message::MatrixColumnsOf4, n[0].Kind, n[0].Element, n[0].Atom, n[1].Kind, n[1].Element, n[1].Atom,
+                   n[2].Kind, n[2].Element, n[2].Atom, n[3].Kind, n[3].Element, n[3].Atom);
         break;
     case 5:
-        LogMessage(8308, n[0].Kind, n[0].Element, n[0].Atom, n[1].Kind, n[1].Element, n[1].Atom, n[2].Kind,
-                   n[2].Element, n[2].Atom, n[3].Kind, n[3].Element, n[3].Atom, n[4].Kind, n[4].Element, n[4].Atom);
+        LogMessage(Message::MatrixColumnsOf5, n[0].Kind, n[0].Element, n[0].Atom, n[1].Kind, n[1].Element, n[1].Atom,
+                   n[2].Kind, n[2].Element, n[2].Atom, n[3].Kind, n[3].Element, n[3].Atom, n[4].Kind, n[4].Element,
+                   n[4].Atom);
         break;
     default:
-        LogMessage(8297, n[0].Kind, n[0].Element, n[0].Atom, n[1].Kind, n[1].Element, n[1].Atom, n[2].Kind,
-                   n[2].Element, n[2].Atom, n[3].Kind, n[3].Element, n[3].Atom, n[4].Kind, n[4].Element, n[4].Atom,
-                   n[5].Kind, n[5].Element, n[5].Atom);
+        LogMessage(Message::MatrixColumnsOf6, n[0].Kind, n[0].Element, n[0].Atom, n[1].Kind, n[1].Element, n[1].Atom,
+                   n[2].Kind, n[2].Element, n[2].Atom, n[3].Kind, n[3].Element, n[3].Atom, n[4].Kind, n[4].Element,
+                   n[4].Atom, n[5].Kind, n[5].Element, n[5].Atom);
         break;
     }
 }
@@ -135,7 +136,7 @@ static int ColumnsFrom(int first) {
 
 static void ListEigenvectors() {
     const long long n = Run.Basis.OrbitalCount;
-    LogMessage(8257, UnitLabel);
+    LogMessage(Message::EigenvectorsHeading, UnitLabel);
     for (int first = 0; first < n; first += BlockColumns) {
         const int count = ColumnsFrom(first);
         ListLevelNumbers(first, count);
@@ -165,7 +166,7 @@ static void ListSquare(const double* matrix) {
 }
 
 static void ListDensity(const double* density) {
-    LogMessage(8294);
+    LogMessage(Message::DensityHeading);
     ListSquare(density);
 }
 
@@ -173,11 +174,11 @@ static void ListDensity(const double* density) {
 static void ListEveryStage(ScfStage stage) {
     switch (stage) {
     case CoreStage:
-        LogMessage(8288, UnitLabel);
+        LogMessage(Message::CoreHamiltonianHeading, UnitLabel);
         ListSquare(Run.Field.CoreHamiltonian);
         break;
     case FockStage:
-        LogMessage(8293, UnitLabel);
+        LogMessage(Message::FockHeading, UnitLabel);
         ListSquare(Run.Field.FockMatrix);
         break;
     case DensityStage:

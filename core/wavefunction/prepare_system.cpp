@@ -32,7 +32,7 @@ static const char* YesOrNo(int option) {
 static void ChooseOrbitals() {
     const bool withD = Run.Options.IncludeDOrbitalsForSecondRow && Run.Options.SemiEmpiricalMethod == 1;
     if (Run.Options.IncludeDOrbitalsForSecondRow && Run.Options.SemiEmpiricalMethod == 2) {
-        Warning(16384);
+        Warning(Message::SecondRowDOrbitalsIgnored);
     }
     std::fill(OrbitalCountTable + FirstThirdRow - 1, OrbitalCountTable + LastElement,
               withD ? OrbitalsWithD : OrbitalsWithoutD);
@@ -48,22 +48,22 @@ static void ChooseOrbitals() {
 // The flags beside method and multiplicity have no key in the input; they are tested all the same.
 static void CheckRequest() {
     if (Run.Options.SemiEmpiricalMethod != 1 && Run.Options.SemiEmpiricalMethod != 2) {
-        FatalError(24640);
+        FatalError(Message::TndoOnly);
     }
     if (Run.Options.SpinMultiplicity != 1) {
-        FatalError(24641);
+        FatalError(Message::SingletOnly);
     }
     if (Run.Options.NextLowestState) {
-        FatalError(24642);
+        FatalError(Message::NextLowestStateRefused);
     }
     if (Run.Options.ConfigurationInteraction) {
-        FatalError(24643);
+        FatalError(Message::ConfigurationInteractionRefused);
     }
     if (Run.Options.GeometryRun) {
-        FatalError(24644);
+        FatalError(Message::SinglePointOnly);
     }
     if (Run.Options.RestraintsPresent) {
-        Warning(16385);
+        Warning(Message::RestraintsIgnored);
     }
 }
 
@@ -74,21 +74,22 @@ static void CheckRealAtoms() {
         }
     }
     if (Run.Molecule.SelectedAtomCount == Run.Molecule.AtomCount) {
-        FatalError(24645);
+        FatalError(Message::NoRealAtom);
     }
-    FatalError(24646);
+    FatalError(Message::NoRealAtomSelected);
 }
 
 static void ListOptions() {
-    LogMessage(8192, static_cast<double>(Run.Options.SCFConvergenceLimit), Run.Options.SCFIterationLimit);
-    LogMessage(8193, YesOrNo(Run.Options.SCFAccelerateConvergence));
-    LogMessage(8208, YesOrNo(Run.Options.IncludeDOrbitalsForSecondRow));
+    LogMessage(Message::ConvergenceAndIterationLimits, static_cast<double>(Run.Options.SCFConvergenceLimit),
+               Run.Options.SCFIterationLimit);
+    LogMessage(Message::AccelerateConvergenceOption, YesOrNo(Run.Options.SCFAccelerateConvergence));
+    LogMessage(Message::DOrbitalsOption, YesOrNo(Run.Options.IncludeDOrbitalsForSecondRow));
     if (Run.Options.CalculateShielding) {
-        LogMessage(8209, YesOrNo(Run.Options.ModifySlaterExponents));
-        LogMessage(8210, YesOrNo(Run.Options.ComputeThreeCenterTerms));
+        LogMessage(Message::ModifiedExponentsOption, YesOrNo(Run.Options.ModifySlaterExponents));
+        LogMessage(Message::ThreeCenterOption, YesOrNo(Run.Options.ComputeThreeCenterTerms));
     }
     if (Run.Options.CalculateSpectra) {
-        LogMessage(8212, Run.Options.NMRFrequency);
+        LogMessage(Message::SpectrometerFrequencyOption, Run.Options.NMRFrequency);
     }
 }
 
@@ -106,10 +107,10 @@ static void ScaleCoordinates() {
 // number, of which offset is taken off, and the last element of a calculation whatever the limit is.
 static void CheckAtom(const AtomRecord& atom, int lastCode, int offset) {
     if (atom.AtomicNumber > lastCode) {
-        FatalError(24647, atom.AtomicNumber - offset, LastElement);
+        FatalError(Message::AtomicNumberTooHigh, atom.AtomicNumber - offset, LastElement);
     }
     if (atom.AtomType >= Run.Parameters.AtomTypeCount) {
-        FatalError(24648, atom.AtomType, atom.AtomIndex + 1);
+        FatalError(Message::UndefinedTypeOfAtom, atom.AtomType, atom.AtomIndex + 1);
     }
 }
 
@@ -134,10 +135,10 @@ static void CheckCouplingAtoms() {
     for (int i = 0; i < Run.Molecule.NMRAtomCount; ++i) {
         const int number = Run.Molecule.NMRAtomList[i];
         if (number < 1 || number > Run.Molecule.AtomCount) {
-            FatalError(24650, number);
+            FatalError(Message::NoSuchCouplingAtom, number);
         }
         if (Run.Molecule.AtomRecords[number - 1].SelectionState == 1) {
-            Warning(16435, number);
+            Warning(Message::CouplingAtomNotSelected, number);
         }
     }
 }
@@ -162,38 +163,38 @@ static double CountOrbitals() {
 void CountElectrons() {
     const long long electrons = static_cast<long long>(CountOrbitals()) - Run.Options.TotalCharge;
     if (electrons < 0) {
-        FatalError(24672);
+        FatalError(Message::NegativeElectronCount);
     }
     if (electrons + 1 < Run.Options.SpinMultiplicity) {
-        FatalError(24673);
+        FatalError(Message::TooFewElectronsForMultiplicity);
     }
     if ((electrons + 1) / 2 > Run.Basis.OrbitalCount) {
-        FatalError(24674);
+        FatalError(Message::TooManyElectrons);
     }
     Run.Basis.ElectronCount = static_cast<int>(electrons);
     if (Run.Options.SpinMultiplicity == 0) {
-        FatalError(24675);
+        FatalError(Message::IllegalMultiplicity);
     }
     if (Run.Options.SpinMultiplicity == 1 && Run.Basis.ElectronCount % 2 != 0) {
-        FatalError(24676);
+        FatalError(Message::SingletWithOddElectronCount);
     }
     if (Run.Report.LogEnabled) {
-        LogMessage(8197);
-        LogMessage(8196, Run.Basis.ElectronCount);
+        LogMessage(Message::SingletCalculation);
+        LogMessage(Message::ElectronCount, Run.Basis.ElectronCount);
     }
     Run.Basis.DoublyOccupiedLevels = Run.Basis.ElectronCount / 2;
     const int openLevels = Run.Basis.ElectronCount % 2;
     if (Run.Basis.DoublyOccupiedLevels < 0) {
-        FatalError(24677);
+        FatalError(Message::ImpossibleMultiplicity);
     }
     if (Run.Basis.DoublyOccupiedLevels + openLevels > Run.Basis.OrbitalCount) {
-        FatalError(24678);
+        FatalError(Message::TooManyOccupiedLevels);
     }
     if (Run.Report.LogEnabled) {
-        LogMessage(8194);
-        LogMessage(8195);
-        LogMessage(8198, Run.Basis.DoublyOccupiedLevels);
-        LogMessage(8201, Run.Options.TotalCharge, Run.Basis.OrbitalCount);
+        LogMessage(Message::RestrictedHartreeFockUsed);
+        LogMessage(Message::PerturbationTheoryApplied);
+        LogMessage(Message::DoublyOccupiedLevels, Run.Basis.DoublyOccupiedLevels);
+        LogMessage(Message::ChargeAndOrbitalCount, Run.Options.TotalCharge, Run.Basis.OrbitalCount);
     }
     Run.Basis.OccupiedLevels = Run.Basis.DoublyOccupiedLevels + openLevels;
 }
@@ -216,13 +217,13 @@ void ValidateSystem() {
         CheckParameters(Run.Parameters.ParameterFileCoupling, "nmr_cupl.abp");
     }
     CountElectrons();
-    LogMessage(8552);  // on purpose an id without text: an empty line
+    LogMessage(Message::EmptyLine);  // on purpose an id without text: an empty line
     if (Run.Options.SemiEmpiricalMethod == 1) {
-        LogProgress(4096, Run.Basis.OrbitalCount);
+        LogProgress(Message::StartingTndo1, Run.Basis.OrbitalCount);
     } else {
-        LogProgress(4097, Run.Basis.OrbitalCount);
+        LogProgress(Message::StartingTndo2, Run.Basis.OrbitalCount);
     }
-    LogMessage(8552);
+    LogMessage(Message::EmptyLine);
 }
 
 template <class Visitor> static void VisitWavefunction(Visitor& visit) {
@@ -288,12 +289,12 @@ static void AllocateArrays() {
     VisitArrays(sum);
     if (!MemoryCanServe(sum.Bytes + EigensolverWorkBytes(Run.Basis.OrbitalCount) + DipoleFactorBytes() +
                         FirstOrderWorkBytes())) {
-        FatalError(24576);
+        FatalError(Message::MoleculeTooLarge);
     }
     ArrayAllocator allocator;
     VisitArrays(allocator);
     if (!allocator.Complete || !ReserveEigensolverWork(Run.Basis.OrbitalCount)) {
-        FatalError(24576);
+        FatalError(Message::MoleculeTooLarge);
     }
     if (Run.Options.CalculateShielding) {
         std::fill(Run.Shielding.ShieldingTotal, Run.Shielding.ShieldingTotal + Run.Molecule.SelectedAtomCount, 0.0);
@@ -305,7 +306,7 @@ void PrepareSystem() {
     Run.Report.PollShift = PollShiftOfParameterRun;
     ChooseOrbitals();
     if (!AllocateArray(Run.Basis.OrbitalRanges, Run.Molecule.SelectedAtomCount)) {
-        FatalError(24576);
+        FatalError(Message::MoleculeTooLarge);
     }
     ValidateSystem();
     AllocateArrays();

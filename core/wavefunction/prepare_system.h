@@ -3,17 +3,22 @@
 // levels, coordinates in bohr.
 #pragma once
 
-// Runs once, before any integral. Draws warning 16384; raises what ValidateSystem raises, and 24576.
+// Runs once, before any integral. Draws warning SecondRowDOrbitalsIgnored; raises what ValidateSystem raises, and
+// MoleculeTooLarge.
 void PrepareSystem();
 
 // Tests the request, the atoms, the parameters of each file that is going to be used and the electrons, in this order;
-// lists the options and counts in the log; makes AtomCoordinates (bohr) of InputCoordinates. Raises 24640 to 24650,
-// 24656, 24657, 24672 to 24678; draws warnings 16385 to 16388, 16400, 16401 and 16435.
+// lists the options and counts in the log; makes AtomCoordinates (bohr) of InputCoordinates. Raises TndoOnly to
+// NoSuchCouplingAtom, AtomExponentNotPositive, CappingExponentNotPositive, NegativeElectronCount to
+// TooManyOccupiedLevels; draws warnings RestraintsIgnored to AtomSlaterCondonNotPositive, CappingIonizationNotPositive,
+// CappingBondingNotPositive and CouplingAtomNotSelected.
 void ValidateSystem();
 
-// Counts electrons and levels of the selection, whose orbitals are OrbitalCount. Raises 24672 to 24678.
+// Counts electrons and levels of the selection, whose orbitals are OrbitalCount. Raises NegativeElectronCount to
+// TooManyOccupiedLevels.
 void CountElectrons();
 
-// Tests the parameters of all atoms in one table, fileName in its messages. Raises 24656, 24657; draws 16386 to 16388,
-// 16400 and 16401.
+// Tests the parameters of all atoms in one table, fileName in its messages. Raises AtomExponentNotPositive,
+// CappingExponentNotPositive; draws AtomIonizationNotPositive to AtomSlaterCondonNotPositive,
+// CappingIonizationNotPositive and CappingBondingNotPositive.
 void CheckParameters(const struct AtomTypeParameters* table, const char* fileName);

@@ -53,7 +53,7 @@ static void ListOrbitalNumbers(double (*number)(int)) {
             v[k] = number(first + k);
         }
         if (count == RowLength) {
-            LogMessage(8228, v[0], v[1], v[2], v[3], v[4]);
+            LogMessage(Message::EigenvaluesRow, v[0], v[1], v[2], v[3], v[4]);
         } else {
             LogNumberRow(v, count);
         }
@@ -62,17 +62,17 @@ static void ListOrbitalNumbers(double (*number)(int)) {
 }
 
 static void ListEnergies(double total, double electronic, double core) {
-    LogMessage(8468);
-    LogMessage(8516, Run.Parameters.ActiveParameterFile);
-    LogMessage(8470);
-    LogMessage(8213);
-    LogMessage(8214, total);
-    LogMessage(8215, total * HartreesPerKcal);
-    LogMessage(8216, total - Run.Basis.IsolatedEnergy);
-    LogMessage(8217, Run.Basis.IsolatedEnergy);
-    LogMessage(8224, electronic);
-    LogMessage(8225, core);
-    LogMessage(8226, Run.Basis.HeatOffset + core + electronic);
+    LogMessage(Message::OpeningRule);
+    LogMessage(Message::UnperturbedResultsHeading, Run.Parameters.ActiveParameterFile);
+    LogMessage(Message::ClosingRule);
+    LogMessage(Message::EnergiesHeading);
+    LogMessage(Message::TotalEnergyInKcal, total);
+    LogMessage(Message::TotalEnergyInHartree, total * HartreesPerKcal);
+    LogMessage(Message::BindingEnergy, total - Run.Basis.IsolatedEnergy);
+    LogMessage(Message::IsolatedAtomicEnergy, Run.Basis.IsolatedEnergy);
+    LogMessage(Message::ElectronicEnergy, electronic);
+    LogMessage(Message::CoreCoreInteraction, core);
+    LogMessage(Message::HeatOfFormation, Run.Basis.HeatOffset + core + electronic);
 }
 
 // The test is on 18 itself, on purpose: a capping atom shows as its negated atomic number, and argon as 0.
@@ -81,13 +81,13 @@ static int ListedAtomicNumber(int code) {
 }
 
 static void ListAtoms() {
-    LogMessage(8230);
-    LogMessage(8231);
-    LogMessage(8232);
+    LogMessage(Message::ChargesHeading);
+    LogMessage(Message::ChargesColumns);
+    LogMessage(Message::CoordinatesColumns);
     for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
         const AtomRecord& atom = SelectedAtom(place);
         const double* position = SelectedPosition(place);
-        LogMessage(8233, SelectedAtomNumber(place), ListedAtomicNumber(atom.AtomicNumber),
+        LogMessage(Message::ChargesRow, SelectedAtomNumber(place), ListedAtomicNumber(atom.AtomicNumber),
                    static_cast<double>(Run.Field.NetCharges[place]), position[0] * AngstromsPerBohr,
                    position[1] * AngstromsPerBohr, position[2] * AngstromsPerBohr);
     }
@@ -95,18 +95,18 @@ static void ListAtoms() {
 
 void ReportWavefunction(double electronicEnergy) {
     const double total = (electronicEnergy + Run.Field.CoreRepulsion) * KcalPerHartree;
-    LogProgress(4128, total - Run.Basis.IsolatedEnergy);
+    LogProgress(Message::CalculatedEnergy, total - Run.Basis.IsolatedEnergy);
     if (Run.Report.LogEnabled) {
         ListEnergies(total, electronicEnergy * KcalPerHartree, Run.Field.CoreRepulsion * KcalPerHartree);
-        LogMessage(8227);
+        LogMessage(Message::EigenvaluesHeading);
         ListOrbitalNumbers(EigenvalueInElectronVolts);
-        LogMessage(8229);
+        LogMessage(Message::PopulationsHeading);
         ListOrbitalNumbers(PopulationOf);
         ListAtoms();
     }
     if (Run.Options.LogPrintLevel != 10) {
         ComputeDipole();
-        LogMessage(8552);  // on purpose an id without text: an empty line
-        LogMessage(8470);
+        LogMessage(Message::EmptyLine);  // on purpose an id without text: an empty line
+        LogMessage(Message::ClosingRule);
     }
 }

@@ -166,7 +166,7 @@ static void UpdateDensity(ScfState& state) {
 
 // The number and the difference lag one iteration behind, so that the line reads as a count of differences.
 static void ReportScfProgress(int iteration, double difference) {
-    LogProgress(4112, static_cast<double>(iteration), difference);
+    LogProgress(Message::IterationDifference, static_cast<double>(iteration), difference);
 }
 
 static void UpdatePhases(ScfState& state) {

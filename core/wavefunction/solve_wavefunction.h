@@ -4,5 +4,5 @@
 
 // Rebuilds integrals and core Hamiltonian from the geometry and ActiveParameters, iterates, and reports. Leaves
 // MolecularOrbitals, OrbitalEnergies, TotalDensity, HalfDensity, CoreHamiltonian and GammaMatrix in Run. A field that
-// doesn't converge is reported as it stands. Raises 24577.
+// doesn't converge is reported as it stands. Raises OutOfMemory.
 void SolveWavefunction();

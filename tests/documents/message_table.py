@@ -33,19 +33,10 @@ PAGE = ROOT / "docs" / "messages.md"
 
 PARAMETER, SPECTRUM = RunKind.PARAMETER, RunKind.SPECTRUM
 RUN_LIMIT = 100  # seconds, of a run in a build with sanitizers
-EMPTY_LINE = 8552  # the two numbers in use that have no text
-SILENT_STOP = 24834
+EMPTY_LINE = 8552  # has no text
 
-KINDS = {
-    "LogProgress": "progress",
-    "LogMessage": "listing",
-    "Warning": "warning",
-    "FatalError": "fatal",
-    "LoadCatalogueText": "menu",
-}
-# What only passes a number on; LoadCatalogueText is called both ways.
-FORWARDERS = ["ReportWarning", "ReportFatalError", "LogCatalogueText", "ExpandCatalogueText", "CatalogueText"]
-FORWARDED = {"id", "id.Id", "int id", "MessageIdFor<Values...> id"}
+# Number divided by 4096 to the kind of message; what lies beyond is raised by nothing.
+KINDS = {0: "menu", 1: "progress", 2: "listing", 4: "warning", 6: "fatal"}
 
 NO_KEY = "tests a flag that no option of the input sets"
 # Entries that the code raises, but in no whole run: why. Single steps of the program raise them in a unit test.
@@ -115,17 +106,19 @@ LITERAL_ROW = re.compile(r'(?:"(?:[^"\\]|\\.)*"\s*)+')  # literals that the comp
 
 
 def catalogue():
-    """Number to text, as they stand in the source."""
-    lines = re.findall(r'^CATALOGUE_TEXT\((\d+), "(.*)"\)$', read_text(CATALOGUE), re.M)
-    texts = {int(number): text for number, text in lines}
-    if len(lines) != len(texts) or len(lines) != read_text(CATALOGUE).count("CATALOGUE_TEXT("):
+    """Number to name and text, as they stand in the source; the text is empty where there is none."""
+    lines = re.findall(r'^CATALOGUE_(?:TEXT|SILENCE)\((\w+), (\d+)(?:, "(.*)")?\)$', read_text(CATALOGUE), re.M)
+    entries = {int(number): (name, text) for name, number, text in lines}
+    if len(lines) != len(entries) or len(lines) != len(re.findall("^CATALOGUE_", read_text(CATALOGUE), re.M)):
         sys.exit("message_table: the catalogue can't be read")
-    return texts
+    return entries
 
 
 def write_labelled_catalogue(path):
-    lines = ['CATALOGUE_TEXT(%d, "@%d@%s")\n' % (number, number, text) for number, text in catalogue().items()]
-    lines.append('CATALOGUE_TEXT(%d, "@%d@")\n' % (EMPTY_LINE, EMPTY_LINE))
+    lines = [
+        'CATALOGUE_TEXT(%s, %d, "@%d@%s")\n' % (name, number, number, text)
+        for number, (name, text) in catalogue().items()
+    ]
     path.parent.mkdir(parents=True, exist_ok=True)
     path.write_text("// Made by message_table.py.\n" + "".join(lines), encoding="ascii")
 
@@ -139,40 +132,11 @@ def without_comments(source):
     )
 
 
-def first_argument(source, position):
-    depth = 0
-    for i in range(position, len(source)):
-        if source[i] in "({[":
-            depth += 1
-        elif source[i] in ")}]" and depth > 0:
-            depth -= 1
-        elif source[i] in ",)" and depth == 0:
-            return " ".join(source[position:i].split())
-    return ""
-
-
-def numbers_in_code():
-    """Number to the kinds of its calls. A call whose number can't be told ends the program."""
-    found = {}
-    for folder in sorted(path for path in (ROOT / "core").iterdir() if path.name != "resources"):
-        for path in sorted(folder.glob("*.*")):
-            source = without_comments(read_text(path))
-            constants = dict(re.findall(r"constexpr int (\w+) = (\d+);", source))
-            for call in re.finditer(r"\b(%s)\s*\(" % "|".join([*KINDS, *FORWARDERS]), source):
-                argument = first_argument(source, call.end())
-                if folder.name == "ground" and argument in FORWARDED:
-                    continue
-                # a number, a constant of the file, or a choice between two
-                choice = re.fullmatch(r"(?:[^?]*\?\s*(\w+)\s*:\s*)?(\w+)", argument)
-                values = [constants.get(value, value) for value in choice.groups() if value] if choice else ["?"]
-                if call.group(1) in FORWARDERS or not all(value.isdigit() for value in values):
-                    sys.exit(
-                        "message_table: %s: the number isn't known in %s(%s"
-                        % (path.relative_to(ROOT), call.group(1), argument)
-                    )
-                for value in values:
-                    found.setdefault(int(value), set()).add(KINDS[call.group(1)])
-    return found
+def numbers_in_code(entries):
+    """The numbers of the messages that the code names."""
+    code = "".join(read_text(path) for path in (ROOT / "core").rglob("*.*"))
+    names = set(re.findall(r"\bMessage::(\w+)", code))
+    return {number for number, (name, _) in entries.items() if name in names}
 
 
 def run_labelled(program, folder, kind):
@@ -290,13 +254,13 @@ def source_of_values(text, folder, evaluated):
 
 def make_page(program):
     """The page, and what is wrong."""
-    texts = catalogue()
-    code = numbers_in_code()
+    entries = catalogue()
+    texts = {number: text for number, (_, text) in entries.items() if text}
+    code = numbers_in_code(entries)
     exact, evaluated = folders_by_number(program)
     program_tests = tests_in((TESTS / "program").glob("*_test.cpp"))
     step_tests = tests_in([*(TESTS / "unit").rglob("*_test.cpp"), *(TESTS / "instance_setup").glob("*_test.cpp")])
-    wrong = ["%d has no text" % number for number in code if number not in [*texts, EMPTY_LINE, SILENT_STOP]]
-    wrong += [
+    wrong = [
         "a run raises %d, which isn't found in the code" % number
         for number in {*exact, *evaluated}
         if number not in code
@@ -304,15 +268,16 @@ def make_page(program):
     wrong += [] if EMPTY_LINE in exact else ["no run has the empty line of %d" % EMPTY_LINE]
     in_runs, in_steps, never_true, not_raised = [], [], [], []
     for number, text in texts.items():
-        kind = " and ".join(sorted(code.get(number, [])))
-        entry = [str(number), kind, quoted(text)]
+        kind = KINDS.get(number // 4096)
+        name = quoted(entries[number][0])
+        entry = [str(number), name, kind, quoted(text)]
         if number in exact or number in evaluated:
             if number in {**NOT_IN_A_RUN, **NEVER_TRUE, **NOT_RAISED}:
                 wrong.append("%d is raised by a run, other than the lists of message_table.py say" % number)
         if number not in code:
             if number not in NOT_RAISED:
                 wrong.append("%d is raised by no code; message_table.py gives no reason" % number)
-            not_raised.append([str(number), quoted(text), NOT_RAISED.get(number, "")])
+            not_raised.append([str(number), name, quoted(text), NOT_RAISED.get(number, "")])
         elif number in NOT_RAISED:
             wrong.append("%d is raised by the code, other than message_table.py says" % number)
         elif number in NEVER_TRUE:
@@ -337,28 +302,30 @@ def make_page(program):
         PAGE_TEXT
         % (
             *counts,
-            table(["Number", "Kind", "Text", "Test", "Values evaluated independently"], in_runs),
-            table(["Number", "Kind", "Text", "Unit test", "Why no run raises it"], in_steps),
-            table(["Number", "Kind", "Text", "Why nothing raises it"], never_true),
-            table(["Number", "Text", "Why, as far as it is known"], not_raised),
+            table([*COLUMNS, "Test", "Values evaluated independently"], in_runs),
+            table([*COLUMNS, "Unit test", "Why no run raises it"], in_steps),
+            table([*COLUMNS, "Why nothing raises it"], never_true),
+            table(["Number", "Name", "Text", "Why, as far as it is known"], not_raised),
         ),
         wrong,
     )
 
 
+COLUMNS = ["Number", "Name", "Kind", "Text"]
+
 PAGE_TEXT = """# Messages
 
-The texts of [the catalogue](../core/resources/message_catalogue.inc), and for each a test that raises it. The page is
-made by `tests/documents/message_table.py`, from the calls in the code and from runs of the program built with a
-catalogue in which each text begins with its number. The test `message_table` fails if the page isn't what the runs
-give, or if the code raises a text that no test raises.
+The texts of [the catalogue](../core/resources/message_catalogue.inc), and for each a test that raises it. The page
+is made by `tests/documents/message_table.py`, from the names in the code, `Message::Name`, and from runs of the program
+built with a catalogue in which each text begins with its number. The test `message_table` fails if the page isn't what
+the runs give, or if the code raises a text that no test raises.
 
 Of %d texts %d are raised by whole runs, %d by single steps of the program only, %d stand behind tests that can't come
 true, and %d are raised by nothing.
 
 Progress and listing lines and warnings go to the log; a fatal text stands behind `ERRMSG: ` in the output file. Two
-numbers in use have no text: 8552, an empty line of a listing, and 24834, the silent stop of a run, which
-`tests/program/stop_test.cpp` tests.
+messages in use have no text: `EmptyLine`, 8552, in the listings, and `SilentStop`, 24834, the end of a run on request,
+which `tests/program/stop_test.cpp` tests.
 
 ## Raised by whole runs
 

@@ -134,7 +134,7 @@ void ReleaseMouseCapture() {
     Ask("ReleaseMouseCapture");
 }
 
-int LoadCatalogueText(int id, char* buffer, int limit) {
+int LoadCatalogueText(Message id, char* buffer, int limit) {
     const char* text = CatalogueText(id);
     return text == nullptr ? 0 : std::snprintf(buffer, static_cast<std::size_t>(limit), "%s", text);
 }

@@ -160,7 +160,7 @@ class WindowsProgram(unittest.TestCase):
 
     def test_04_string_table_is_the_whole_catalogue(self):
         catalogue = read(os.path.join(ROOT, "core", "resources", "message_catalogue.inc")).decode("ascii")
-        expected = re.findall(r'^CATALOGUE_TEXT\((\d+), "(.*)"\)$', catalogue, re.M)
+        expected = re.findall(r'^CATALOGUE_TEXT\(\w+, (\d+), "(.*)"\)$', catalogue, re.M)
         self.assertEqual(len(expected), 198)
         _, text = wine(TOOL, "strings", PROGRAM)
         self.assertEqual(text, "".join("%s %s\n" % entry for entry in expected))

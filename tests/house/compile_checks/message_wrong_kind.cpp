@@ -4,5 +4,5 @@
 #include "ground/fatal_error.h"
 
 void Snippet([[maybe_unused]] const char* path) {
-    FatalError(24626, 3.0, path);
+    FatalError(Message::UnreadableLine, 3.0, path);
 }

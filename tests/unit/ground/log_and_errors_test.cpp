@@ -30,9 +30,9 @@ TEST(Log, IsAppendedLineByLine) {
     InChild(work.Path, [] {
         LogAppend("one");
         LogAppend("");
-        LogMessage(8552);  // an id without text
-        LogProgress(4148);
-        LogMessage(8536, 3);
+        LogMessage(Message::EmptyLine);  // an id without text
+        LogProgress(Message::ComputingSpectrum);
+        LogMessage(Message::SpinHalfNucleusCount, 3);
     });
     EXPECT_EQ(ReadText(work.Path + "/run.log"),
               "an earlier run\none\n\n\nComputing the NMR spectrum ...\n\nNumber of spin-1/2 nuclei = 3\n");
@@ -44,9 +44,9 @@ TEST(Log, DisabledLogWritesNothingAndLosesWarnings) {
                       [] {
                           ::Run.Report.LogEnabled = 0;
                           LogAppend("one");
-                          LogProgress(4148);
-                          LogMessage(8536, 3);
-                          Warning(16385);
+                          LogProgress(Message::ComputingSpectrum);
+                          LogMessage(Message::SpinHalfNucleusCount, 3);
+                          Warning(Message::RestraintsIgnored);
                       }),
               98);
     EXPECT_TRUE(std::filesystem::is_empty(work.Path));
@@ -90,7 +90,7 @@ TEST(Log, ShowsControlCharacters) {
     InChild(work.Path, [] {
         LogAppend("\nh\x1b[2J\x80\n");
         const char* word = "\x07\r\xc3\xa9";
-        Warning(16432, word);
+        Warning(Message::UnknownOption, word);
     });
     EXPECT_EQ(ReadText(work.Path + "/run.log"),
               "\nh\\x1b[2J\\x80\n\nUnknown initialization: \\x07\\x0d\xc3\xa9 in nmrparam.in.\n");
@@ -101,7 +101,7 @@ TEST(Warning, GoesToTheLogAndTheRunGoesOn) {
     EXPECT_EQ(InChild(work.Path,
                       [] {
                           const char* name = "Unheard";
-                          if (Warning(16432, name) == 0) {
+                          if (Warning(Message::UnknownOption, name) == 0) {
                               _exit(5);
                           }
                       }),
@@ -117,7 +117,7 @@ TEST(FatalError, ReplacesTheOutputFileAndNotTheLog) {
                       [] {
                           LogAppend("so far");
                           const char* path = ::Run.Job.InputFilePath;
-                          FatalError(24626, 7, path);
+                          FatalError(Message::UnreadableLine, 7, path);
                       }),
               0);
     EXPECT_EQ(ReadText(work.Path + "/nmrspect.out"),
@@ -129,7 +129,7 @@ TEST(FatalError, ReplacesTheOutputFileAndNotTheLog) {
 
 TEST(FatalError, IdWithoutTextLeavesThePrefixAlone) {
     TemporaryDirectory work;
-    EXPECT_EQ(InChild(work.Path, [] { FatalError(24834); }), 0);
+    EXPECT_EQ(InChild(work.Path, [] { FatalError(Message::SilentStop); }), 0);
     EXPECT_EQ(ReadText(work.Path + "/nmrspect.out"), "ERRMSG: \n");
 }
 
@@ -137,7 +137,7 @@ TEST(FatalError, ShowsControlCharacters) {
     TemporaryDirectory work;
     InChild(work.Path, [] {
         const char* path = "/tmp/\x1b]0;title\x07";
-        FatalError(24608, path);
+        FatalError(Message::InputFileNotOpened, path);
     });
     EXPECT_EQ(ReadText(work.Path + "/nmrspect.out"),
               "ERRMSG: Velkoran can not open the input file /tmp/\\x1b]0;title\\x07.\n");
@@ -149,7 +149,7 @@ TEST(FatalError, OutputThatCannotBeCreatedIsToldOnStandardError) {
     EXPECT_EQ(InChild(work.Path,
                       [&] {
                           RedirectTo(work.Path + "/stderr", stderr);
-                          FatalError(24577);
+                          FatalError(Message::OutOfMemory);
                       }),
               0);
     EXPECT_EQ(ReadText(work.Path + "/stderr"),
@@ -166,7 +166,7 @@ TEST(FatalError, DuringSetUpGoesToStandardOutput) {
                       [&] {
                           ::Run.Process.ConsoleMode = 1;
                           RedirectTo(work.Path + "/stdout", stdout);
-                          FatalError(24577);
+                          FatalError(Message::OutOfMemory);
                       }),
               3);
     EXPECT_EQ(ReadText(work.Path + "/stdout"), "This application has exhausted all available memory.\n");
@@ -178,9 +178,9 @@ TEST(FatalError, ConsoleModeShowsWarningsToo) {
     InChild(work.Path, [&] {
         ::Run.Process.ConsoleMode = 1;
         RedirectTo(work.Path + "/stdout", stdout);
-        Warning(16385);
+        Warning(Message::RestraintsIgnored);
         const char* word = "\x1b[31m";
-        Warning(16432, word);
+        Warning(Message::UnknownOption, word);
     });
     EXPECT_EQ(ReadText(work.Path + "/stdout"), "Velkoran will ignore the restraint(s) for NMR calculation.\n"
                                                "Unknown initialization: \\x1b[31m in nmrparam.in.\n");
@@ -193,7 +193,7 @@ TEST(FatalError, LongPathIsNotCut) {
     const std::string path(255, 'p');
     InChild(work.Path, [&] {
         const char* name = path.c_str();
-        FatalError(24608, name);
+        FatalError(Message::InputFileNotOpened, name);
     });
     EXPECT_EQ(ReadText(work.Path + "/nmrspect.out"), "ERRMSG: Velkoran can not open the input file " + path + ".\n");
 }

@@ -16,7 +16,11 @@
 static constexpr int WarningLimit = 256;  // what warnings and fatal errors load
 static constexpr int LogLimit = 400;      // what the log loads
 
-static std::string Expanded(int id, const std::vector<MessageArgument>& arguments, int limit = LogLimit,
+static int NumberOf(Message id) {
+    return static_cast<int>(id);
+}
+
+static std::string Expanded(Message id, const std::vector<MessageArgument>& arguments, int limit = LogLimit,
                             int size = 800) {
     std::vector<char> buffer(static_cast<std::size_t>(size) + 1, '#');
     ExpandCatalogueText(id, arguments.data(), limit, buffer.data(), size);
@@ -34,7 +38,7 @@ static std::string Formatted(const char* text, const std::vector<MessageArgument
 TEST(MessageCatalogue, Has198AscendingIds) {
     EXPECT_EQ(std::size(MessageCatalogue), 198u);
     for (std::size_t i = 1; i < std::size(MessageCatalogue); ++i) {
-        EXPECT_LT(MessageCatalogue[i - 1].Id, MessageCatalogue[i].Id);
+        EXPECT_LT(NumberOf(MessageCatalogue[i - 1].Id), NumberOf(MessageCatalogue[i].Id));
     }
 }
 
@@ -42,53 +46,59 @@ TEST(MessageCatalogue, IdsLieInTheirGroups) {
     static constexpr int Groups[][2] = {{50, 50},       {4096, 4148},   {8192, 8546},
                                         {16384, 16435}, {24576, 24848}, {65280, 65297}};
     for (const CatalogueEntry& entry : MessageCatalogue) {
+        const int number = NumberOf(entry.Id);
         bool found = false;
         for (const auto& group : Groups) {
-            found = found || (entry.Id >= group[0] && entry.Id <= group[1]);
+            found = found || (number >= group[0] && number <= group[1]);
         }
-        EXPECT_TRUE(found) << entry.Id;
+        EXPECT_TRUE(found) << number;
     }
 }
 
-// On purpose two ids in use have no text: the empty line of the listings and the silent stop.
+// On purpose two messages in use have no text: the empty line of the listings and the silent stop.
 TEST(MessageCatalogue, EmptyLineAndSilentStopHaveNoText) {
-    EXPECT_EQ(CatalogueText(8552), nullptr);
-    EXPECT_EQ(CatalogueText(24834), nullptr);
-    EXPECT_EQ(Expanded(8552, {}), "");
-    EXPECT_EQ(Expanded(24834, {}, WarningLimit, 400), "");
+    EXPECT_EQ(NumberOf(Message::EmptyLine), 8552);
+    EXPECT_EQ(NumberOf(Message::SilentStop), 24834);
+    EXPECT_EQ(CatalogueText(Message::EmptyLine), nullptr);
+    EXPECT_EQ(CatalogueText(Message::SilentStop), nullptr);
+    EXPECT_EQ(Expanded(Message::EmptyLine, {}), "");
+    EXPECT_EQ(Expanded(Message::SilentStop, {}, WarningLimit, 400), "");
 }
 
 TEST(MessageCatalogue, EveryTextLoadsWholeWithinTheLimitsOfItsCallers) {
     for (const CatalogueEntry& entry : MessageCatalogue) {
-        const int limit = entry.Id == 50 ? 30 : entry.Id < 16384 ? LogLimit : WarningLimit;
+        const bool isLogged = NumberOf(entry.Id) < 16384;
+        const int limit = entry.Id == Message::AboutVelkoran ? 30 : isLogged ? LogLimit : WarningLimit;
         char buffer[LogLimit];
         EXPECT_EQ(LoadCatalogueText(entry.Id, buffer, limit), static_cast<int>(std::strlen(entry.Text)));
         EXPECT_STREQ(buffer, entry.Text);
-        EXPECT_LT(std::strlen(entry.Text), static_cast<std::size_t>(limit)) << entry.Id;
+        EXPECT_LT(std::strlen(entry.Text), static_cast<std::size_t>(limit)) << NumberOf(entry.Id);
     }
 }
 
 TEST(MessageCatalogue, LoadingCutsAtTheLimit) {
     char buffer[7] = "######";
-    LoadCatalogueText(50, buffer, 6);
+    LoadCatalogueText(Message::AboutVelkoran, buffer, 6);
     EXPECT_STREQ(buffer, "About");
 }
 
 // On purpose: front ends match on the texts as they are, misspelled or not.
 TEST(MessageCatalogue, MisspellingsStay) {
-    EXPECT_STREQ(CatalogueText(8535), "        Line        Frequncy(in Hz)      Intensity       Degeneracy\n");
-    EXPECT_STREQ(CatalogueText(8537), "Spectrometer frequncy = %.0f (in MHz)");
-    EXPECT_STREQ(CatalogueText(24596), "Trouble has been occured when openning %s.");
-    EXPECT_STREQ(CatalogueText(24610),
+    EXPECT_STREQ(CatalogueText(Message::SpectrumColumns),
+                 "        Line        Frequncy(in Hz)      Intensity       Degeneracy\n");
+    EXPECT_STREQ(CatalogueText(Message::SpectrometerFrequency), "Spectrometer frequncy = %.0f (in MHz)");
+    EXPECT_STREQ(CatalogueText(Message::ParameterFileNotOpened), "Trouble has been occured when openning %s.");
+    EXPECT_STREQ(CatalogueText(Message::NmrAtomCountNotPositive),
                  "The number of NMR atoms (=%d in the input file %s) cann't be less than or equal to zero.");
-    EXPECT_STREQ(CatalogueText(24624), "Velkoran has met troubles when reading the input from thr input file %s.");
+    EXPECT_STREQ(CatalogueText(Message::UnreadableInput),
+                 "Velkoran has met troubles when reading the input from thr input file %s.");
 }
 
 TEST(MessageCatalogue, NoTextHasAConversionThatTheFormatterDoesNotKnow) {
     for (const CatalogueEntry& entry : MessageCatalogue) {
         for (std::size_t i = 0; entry.Text[i] != '\0'; ++i) {
             if (entry.Text[i] == '%') {
-                EXPECT_NE(ConversionKind(entry.Text, ++i), 0) << entry.Id;
+                EXPECT_NE(ConversionKind(entry.Text, ++i), 0) << NumberOf(entry.Id);
             }
         }
     }
@@ -128,7 +138,7 @@ TEST(MessageFormat, FillsEveryTextAsTheCLibraryDoes) {
             }
             expected += piece;
         }
-        EXPECT_EQ(Expanded(entry.Id, arguments), expected) << entry.Id;
+        EXPECT_EQ(Expanded(entry.Id, arguments), expected) << NumberOf(entry.Id);
     }
 }
 

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+static constexpr int StopCode = static_cast<int>(Message::SilentStop);
 static std::string Trace;  // what the frames did, in order
 
 class RecoveryFrames : public testing::Test {
@@ -37,7 +38,7 @@ static void GuardedScope(const char* name, void (*inner)()) {
 }
 
 static void Raise() {
-    ::Run.Report.LastErrorCode = 24834;
+    ::Run.Report.LastErrorCode = StopCode;
     RaiseError();
 }
 
@@ -72,7 +73,7 @@ TEST_F(RecoveryFrames, ErrorWithoutCodeIsNotPassedOn) {
 }
 
 TEST_F(RecoveryFrames, OrdinaryWayOutRaisesNothing) {
-    OutermostScope([] { GuardedScope("run", [] { ::Run.Report.LastErrorCode = 24834; }); });
+    OutermostScope([] { GuardedScope("run", [] { ::Run.Report.LastErrorCode = StopCode; }); });
     EXPECT_EQ(Trace, "");
     EXPECT_EQ(::Run.Report.LastErrorCode, 0);  // the last frame clears it
 }
@@ -83,9 +84,9 @@ TEST_F(RecoveryFrames, FinalPopKeepsTheCodeWhileAnOlderFrameIsRaised) {
     PushRecoveryFrame(older);
     PushRecoveryFrame(newer);
     older.Raised = 1;
-    ::Run.Report.LastErrorCode = 24834;
+    ::Run.Report.LastErrorCode = StopCode;
     PopRecoveryFrame(1);
-    EXPECT_EQ(::Run.Report.LastErrorCode, 24834);
+    EXPECT_EQ(::Run.Report.LastErrorCode, StopCode);
     EXPECT_EQ(::Run.Report.ErrorFrameTop, &older);
     PopRecoveryFrame(1);
     EXPECT_EQ(::Run.Report.LastErrorCode, 0);
@@ -96,9 +97,9 @@ TEST_F(RecoveryFrames, FinalPopKeepsTheCodeUnderAGuard) {
     RecoveryFrame guard;
     PushRecoveryFrame(frame);
     ::Run.Report.FatalGuardFrame = &guard;
-    ::Run.Report.LastErrorCode = 24834;
+    ::Run.Report.LastErrorCode = StopCode;
     PopRecoveryFrame(0);
-    EXPECT_EQ(::Run.Report.LastErrorCode, 24834);
+    EXPECT_EQ(::Run.Report.LastErrorCode, StopCode);
     ::Run.Report.FatalGuardFrame = nullptr;
 }
 
@@ -144,7 +145,7 @@ TEST_F(RecoveryFrames, SilentFatalErrorUnwindsAndResetsItsFlag) {
     OutermostScope([] {
         GuardedScope("run", [] {
             ::Run.Report.ReportFatalFlag = 0;
-            FatalError(24834);
+            FatalError(Message::SilentStop);
         });
     });
     EXPECT_EQ(Trace, "run process ");
