@@ -119,7 +119,8 @@ echo "passed: $(ls "$top/installed_runs" | wc -l) examples from the installed fi
 
 # the hardening of the installed program
 readelf -hdlW --dyn-syms "$installed/bin/velkoran" >"$top/marks"
-for mark in 'DYN (Position-Independent' 'GNU_STACK .* RW ' GNU_RELRO 'FLAGS.* BIND_NOW' __stack_chk_fail __snprintf_chk; do
+for mark in 'DYN (Position-Independent' 'GNU_STACK .* RW ' GNU_RELRO 'FLAGS.* BIND_NOW' __stack_chk_fail \
+    __snprintf_chk; do
     grep -q -e "$mark" "$top/marks" || fail "the installed program lacks $mark"
 done
 echo "passed: hardening of the installed program"

@@ -200,16 +200,21 @@ TEST_F(ParameterFiles, FileThatEndsWithinARecord) {
     EXPECT_EQ(Coupling(1), Zeros);
 }
 
-// On purpose the last of the records that are read keeps what was there of it.
-TEST_F(ParameterFiles, LastRecordKeepsItsPart) {
-    EXPECT_EQ(ReadFiles("h\nH 1\n", Record("H", 100) + "-H 1 2 3 4 x 6", Record("H", 200) + "-H 7"), "");
+// What a record that ends behind "1 2 3 4" leaves: three exponents and the energy of s.
+static std::vector<double> FourNumbers() {
     std::vector<double> part = Zeros;
     part[3] = 1;
     part[4] = 2;
     part[5] = 3;
     part[0] = 4;
-    EXPECT_EQ(Shielding(1), part);
-    part = Zeros;
+    return part;
+}
+
+// On purpose the last of the records that are read keeps what was there of it.
+TEST_F(ParameterFiles, LastRecordKeepsItsPart) {
+    EXPECT_EQ(ReadFiles("h\nH 1\n", Record("H", 100) + "-H 1 2 3 4 x 6", Record("H", 200) + "-H 7"), "");
+    EXPECT_EQ(Shielding(1), FourNumbers());
+    std::vector<double> part = Zeros;
     part[3] = 7;
     EXPECT_EQ(Coupling(1), part);
     EXPECT_EQ(::Run.Parameters.CouplingConstants[1].GFactor, 0);
@@ -227,12 +232,7 @@ TEST_F(ParameterFiles, NumbersThatAreNotFiniteStopTheReading) {
 // A last record counts as far as it goes; the number that ends it doesn't.
 TEST_F(ParameterFiles, LastRecordEndsBeforeANumberThatIsNotFinite) {
     EXPECT_EQ(ReadFiles("h\nH 1\n", Record("H", 100) + "-H 1 2 3 4 1e999", Record("H", 200) + "-H 1e30866.2"), "");
-    std::vector<double> part = Zeros;
-    part[3] = 1;
-    part[4] = 2;
-    part[5] = 3;
-    part[0] = 4;
-    EXPECT_EQ(Shielding(1), part);
+    EXPECT_EQ(Shielding(1), FourNumbers());
     EXPECT_EQ(Coupling(1), Zeros);
 }
 
