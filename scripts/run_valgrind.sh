@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
 # Runs the tests under Valgrind's memory checker, optimised and with debug information: the unit tests and the seeds of
-# the fuzz targets in one process each, the program in each of the end-to-end tests and on each example. Fails at an
+# the fuzz targets in one process each, the program in each of the tests of the program and on each example. Fails at an
 # error of memory, a definite or possible loss, or a failed test. What is still reachable at the end is no error: the
 # program ends by exit on purpose, with the data of its run.
 set -eu
