@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
-# The sources have the format of clang-format and black. tests/house/generated_sources.txt names the C++ files that
-# programs make, which have a format of their own.
+# The sources have the format of clang-format and black, and lines of 120 characters at most.
+# tests/house/generated_sources.txt names the C++ files that programs make, which have a format of their own.
 # Usage: sh formatting_test.sh
 set -eu
 cd "$(dirname "$0")/../.."
@@ -28,4 +28,9 @@ black --check --quiet . || {
     echo "formatting: black . mends these Python files" >&2
     status=1
 }
+# What neither tool breaks: long words, comments of scripts.
+find [a-z]* -path build -prune -o \( -name '*.cpp' -o -name '*.h' -o -name '*.py' -o -name '*.sh' -o -name '*.cmake' \
+    -o -name CMakeLists.txt \) -print | grep -vxFf "$generated" |
+    xargs awk 'length > 120 { print FILENAME ":" FNR ": more than 120 characters"; found = 1 } END { exit found }' ||
+    status=1
 exit "$status"
