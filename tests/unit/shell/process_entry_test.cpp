@@ -96,17 +96,17 @@ TEST_F(WindowProcedure, UnknownMessagesDoNothing) {
 }
 
 // The process with a command line and with messages in the queue before its own start message.
-struct Outcome {
+struct ProcessOutcome {
     int ExitCode;
     std::string Output;
     std::string Log;
 };
 
-static Outcome RunProcess(
+static ProcessOutcome RunProcess(
     const std::string& input, const std::vector<unsigned>& posted, const std::function<void()>& before = [] {}) {
     TemporaryDirectory work;
     WriteText(work.Path + "/nmrspect.in", input);
-    Outcome outcome;
+    ProcessOutcome outcome;
     outcome.ExitCode = ExitCodeOfChild([&] {
         RegisterWindowClass("braisag", MainWindowProc);
         PlatformWindow* window = CreateMainWindow("braisag", "Velkoran");
@@ -123,20 +123,20 @@ static Outcome RunProcess(
 }
 
 TEST(ProcessEntry, RunsItsJobAndEnds) {
-    const Outcome outcome = RunProcess(OneSpin, {});
+    const ProcessOutcome outcome = RunProcess(OneSpin, {});
     EXPECT_EQ(outcome.ExitCode, 0);
     EXPECT_EQ(outcome.Output, OneSpinResult);
 }
 
 TEST(ProcessEntry, OtherMessagesDoNoHarm) {
-    const Outcome outcome = RunProcess(OneSpin, {QueryOpenMessage, ExternalEventMessage, SystemCommandMessage});
+    const ProcessOutcome outcome = RunProcess(OneSpin, {QueryOpenMessage, ExternalEventMessage, SystemCommandMessage});
     EXPECT_EQ(outcome.ExitCode, 0);
     EXPECT_EQ(outcome.Output, OneSpinResult);
 }
 
 // A close message that waits when the run starts is seen at the first poll, and the stop at a poll after it.
 TEST(ProcessEntry, CloseBeforeTheFirstPollStopsTheRun) {
-    const Outcome outcome = RunProcess(OneSpin, {StartMessage, CloseMessage});
+    const ProcessOutcome outcome = RunProcess(OneSpin, {StartMessage, CloseMessage});
     EXPECT_EQ(outcome.ExitCode, 0);
     EXPECT_EQ(outcome.Output, "(no file)");
     EXPECT_EQ(outcome.Log, "(no file)");  // the reader looks first
@@ -155,7 +155,7 @@ static std::vector<unsigned> ForTheCalculation(unsigned message) {
 }
 
 TEST(ProcessEntry, CloseAtAPollOfTheCalculation) {
-    const Outcome outcome = RunProcess(Twelve + Behind, ForTheCalculation(CloseMessage));
+    const ProcessOutcome outcome = RunProcess(Twelve + Behind, ForTheCalculation(CloseMessage));
     EXPECT_EQ(outcome.ExitCode, 0);
     EXPECT_EQ(outcome.Output, "(no file)");
     EXPECT_EQ(outcome.Log.find(Progress), 0u);
@@ -163,7 +163,7 @@ TEST(ProcessEntry, CloseAtAPollOfTheCalculation) {
 }
 
 TEST(ProcessEntry, CloseBeforeTheStartMeansNoRun) {
-    const Outcome outcome = RunProcess(OneSpin, {CloseMessage});
+    const ProcessOutcome outcome = RunProcess(OneSpin, {CloseMessage});
     EXPECT_EQ(outcome.ExitCode, 0);
     EXPECT_EQ(outcome.Output, "(no file)");
     EXPECT_EQ(outcome.Log, "(no file)");
@@ -171,7 +171,7 @@ TEST(ProcessEntry, CloseBeforeTheStartMeansNoRun) {
 
 TEST(ProcessEntry, SignalBeforeTheStartMeansNoRun) {
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
-        const Outcome outcome = RunProcess(OneSpin, {}, [signal] {
+        const ProcessOutcome outcome = RunProcess(OneSpin, {}, [signal] {
             InstallStopSignals();
             std::raise(signal);
             std::raise(signal);
@@ -183,7 +183,7 @@ TEST(ProcessEntry, SignalBeforeTheStartMeansNoRun) {
 
 TEST(ProcessEntry, IgnoredSignalsStayIgnored) {
     for (const int signal : {SIGINT, SIGHUP}) {
-        const Outcome outcome = RunProcess(OneSpin, {}, [signal] {
+        const ProcessOutcome outcome = RunProcess(OneSpin, {}, [signal] {
             std::signal(signal, SIG_IGN);
             InstallStopSignals();
             std::raise(signal);
@@ -194,7 +194,7 @@ TEST(ProcessEntry, IgnoredSignalsStayIgnored) {
 }
 
 TEST(ProcessEntry, IgnoredTerminationIsTakenBack) {
-    const Outcome outcome = RunProcess(OneSpin, {}, [] {
+    const ProcessOutcome outcome = RunProcess(OneSpin, {}, [] {
         std::signal(SIGTERM, SIG_IGN);
         InstallStopSignals();
         std::raise(SIGTERM);
@@ -206,8 +206,8 @@ TEST(ProcessEntry, IgnoredTerminationIsTakenBack) {
 // On purpose a second start message during a run isn't held off: it starts a nested run, whose result is the
 // one that stands, and whose close message then ends the process.
 TEST(ProcessEntry, SecondStartMessageStartsANestedRun) {
-    const Outcome alone = RunProcess(Twelve + Behind, {});
-    const Outcome nested = RunProcess(Twelve + Behind, ForTheCalculation(StartMessage));
+    const ProcessOutcome alone = RunProcess(Twelve + Behind, {});
+    const ProcessOutcome nested = RunProcess(Twelve + Behind, ForTheCalculation(StartMessage));
     EXPECT_EQ(nested.ExitCode, 0);
     EXPECT_EQ(nested.Output, alone.Output);
     const std::size_t first = nested.Log.find(Progress);
@@ -217,8 +217,8 @@ TEST(ProcessEntry, SecondStartMessageStartsANestedRun) {
 
 // The run that it interrupts is unwound from its reader and calculates nothing.
 TEST(ProcessEntry, SecondStartMessageWithinTheReader) {
-    const Outcome alone = RunProcess(Twelve, {});
-    const Outcome nested = RunProcess(Twelve, {StartMessage});
+    const ProcessOutcome alone = RunProcess(Twelve, {});
+    const ProcessOutcome nested = RunProcess(Twelve, {StartMessage});
     EXPECT_EQ(nested.ExitCode, 0);
     EXPECT_EQ(nested.Output, alone.Output);
     EXPECT_EQ(nested.Log, alone.Log);
@@ -226,7 +226,7 @@ TEST(ProcessEntry, SecondStartMessageWithinTheReader) {
 
 TEST(ProcessEntry, ManyStartMessagesKeepWithinTheirBuffers) {
     const std::vector<unsigned> starts(10, StartMessage);
-    const Outcome outcome = RunProcess(OneSpin, starts);
+    const ProcessOutcome outcome = RunProcess(OneSpin, starts);
     EXPECT_EQ(outcome.ExitCode, 0);
     EXPECT_EQ(outcome.Output, OneSpinResult);
 }

@@ -41,18 +41,18 @@ static double LastNumber(const std::string& line) {
 }
 
 // What the log says of one iteration: its progress lines, and its caution.
-struct Outcome {
+struct CautionedRun {
     int Differences;   // progress lines
     double Last;       // difference of the last one; 0 without any
     bool Caution;      // there is one, and it follows the last progress line
     std::string Text;  // the caution
 };
 
-static Outcome OutcomeOf(const std::string& log, const std::string& progress, const std::string& caution) {
+static CautionedRun OutcomeOf(const std::string& log, const std::string& progress, const std::string& caution) {
     const std::vector<std::string> lines = LinesWith(log, progress), cautions = LinesWith(log, caution);
     EXPECT_LE(cautions.size(), 1u) << log;
-    Outcome outcome = {static_cast<int>(lines.size()), lines.empty() ? 0.0 : LastNumber(lines.back()),
-                       !cautions.empty(), cautions.empty() ? "" : cautions[0]};
+    CautionedRun outcome = {static_cast<int>(lines.size()), lines.empty() ? 0.0 : LastNumber(lines.back()),
+                            !cautions.empty(), cautions.empty() ? "" : cautions[0]};
     if (outcome.Caution && !lines.empty()) {
         EXPECT_NE(log.find(lines.back() + "\n" + outcome.Text + "\n"), std::string::npos) << log;
         EXPECT_NEAR(NumbersAfter(outcome.Text, "last difference", 1)[0], outcome.Last, 1e-5 * outcome.Last + 6e-6);
@@ -67,9 +67,9 @@ static Molecule SiliconMonoxide() {
 
 TEST(RunCautions, FieldOfSiliconMonoxide) {
     const std::string log = RunMolecule(SiliconMonoxide()).Log;
-    const Outcome outcome = OutcomeOf(log, "Iteration = ",
-                                      "CAUTION: field with nmr_shft.abp ended at the limit of 200 "
-                                      "iterations: last difference ");
+    const CautionedRun outcome = OutcomeOf(log, "Iteration = ",
+                                           "CAUTION: field with nmr_shft.abp ended at the limit of 200 "
+                                           "iterations: last difference ");
     EXPECT_TRUE(outcome.Caution) << log;
     EXPECT_EQ(outcome.Differences, 200);
     EXPECT_GT(outcome.Last, 0.01);
@@ -86,7 +86,7 @@ TEST(RunCautions, FieldAtEveryIterationLimit) {
         const LoadedMolecule loaded(With(WaterMolecule(), {IterationLimit(limit)}));
         loaded.ClearLog();
         SolveWavefunction();
-        const Outcome outcome = OutcomeOf(loaded.Log(), "Iteration = ", "CAUTION: field ");
+        const CautionedRun outcome = OutcomeOf(loaded.Log(), "Iteration = ", "CAUTION: field ");
         EXPECT_EQ(outcome.Caution, outcome.Differences == 0 || outcome.Last >= 0.01) << limit << loaded.Log();
         EXPECT_EQ(CountOf(outcome.Text, "no difference was formed"), limit < 1 ? 1 : 0) << outcome.Text;
         converged += outcome.Caution ? 0 : 1;
@@ -113,7 +113,7 @@ static int ResponsesAtTheLimit(const Molecule& molecule, void (*compute)(), int 
         compute();
         for (const std::string& name : names) {
             const std::string start = std::string(caution).append(name).append(" ended at the limit of ");
-            const Outcome outcome = OutcomeOf(loaded.Log(), std::string(progress).append(name).append(":"), start);
+            const CautionedRun outcome = OutcomeOf(loaded.Log(), std::string(progress).append(name).append(":"), start);
             EXPECT_EQ(outcome.Caution, outcome.Differences < 2 || outcome.Last > largest) << limit << loaded.Log();
             EXPECT_EQ(CountOf(outcome.Text, "no difference was formed"), limit < 2 ? 1 : 0) << outcome.Text;
             EXPECT_EQ(CountOf(outcome.Text, std::to_string(limit) + " iterations: "), outcome.Caution ? 1 : 0);
