@@ -106,10 +106,6 @@ static void* Prepared(void* block, std::size_t bytes) {
     return block;
 }
 
-void* AllocateBytes(long long count, std::size_t size) {
-    return ReallocateBytes(nullptr, count, size);
-}
-
 void* AllocateZeroedBytes(long long count, std::size_t size) {
     if (!CanServeRecords(count, size)) {
         return nullptr;

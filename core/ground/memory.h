@@ -18,12 +18,12 @@ bool MemoryCanServe(double bytes);
 // Blocks below this size aren't worth the look at what the machine has.
 inline constexpr double UncheckedBytes = 1 << 18;
 
-// Memory for count records of size bytes, cleared or not; null if it can't be had. Small blocks aren't checked, they
-// are malloc's to refuse.
-void* AllocateBytes(long long count, std::size_t size);
+// Memory for count records of size bytes, cleared; null if it can't be had. Small blocks aren't checked, they are
+// malloc's to refuse.
 void* AllocateZeroedBytes(long long count, std::size_t size);
 
-// The same block with room for count records, or null, and then the old block stays as it was.
+// The same block, or a new one for null, with room for count records and not cleared; or null, and then the old block
+// stays as it was.
 void* ReallocateBytes(void* block, long long count, std::size_t size);
 
 // Takes and gives up notes. place is where a pointer to an array stands, of static lifetime; TakeNote does nothing for
@@ -47,21 +47,6 @@ template <class Record> void FreeArray(Record*& array) {
     DropNote(&array);
 }
 
-// Replaces an array of the run by a new one of count records, cleared or not; false, and the pointer null, if it can't
-// be had.
-template <class Record> bool AllocateArray(Record*& array, long long count) {
-    static_assert(std::is_trivially_copyable_v<Record>);
-    FreeArray(array);
-    array = TakeNote(&array) ? static_cast<Record*>(AllocateBytes(count, sizeof(Record))) : nullptr;
-    return array != nullptr;
-}
-template <class Record> bool AllocateZeroed(Record*& array, long long count) {
-    static_assert(std::is_trivially_copyable_v<Record>);
-    FreeArray(array);
-    array = TakeNote(&array) ? static_cast<Record*>(AllocateZeroedBytes(count, sizeof(Record))) : nullptr;
-    return array != nullptr;
-}
-
 // Makes room for count records in an array of the run; false, and the array as it was, if it can't be had.
 template <class Record> bool GrowArray(Record*& array, long long count) {
     static_assert(std::is_trivially_copyable_v<Record>);
@@ -70,6 +55,19 @@ template <class Record> bool GrowArray(Record*& array, long long count) {
         array = static_cast<Record*>(grown);
     }
     return grown != nullptr;
+}
+
+// Replaces an array of the run by a new one of count records, cleared or not; false, and the pointer null, if it can't
+// be had.
+template <class Record> bool AllocateArray(Record*& array, long long count) {
+    FreeArray(array);
+    return GrowArray(array, count);
+}
+template <class Record> bool AllocateZeroed(Record*& array, long long count) {
+    static_assert(std::is_trivially_copyable_v<Record>);
+    FreeArray(array);
+    array = TakeNote(&array) ? static_cast<Record*>(AllocateZeroedBytes(count, sizeof(Record))) : nullptr;
+    return array != nullptr;
 }
 
 // Moves an array of the run to another owner, in place of what hangs there.

@@ -6,6 +6,7 @@
 #include "integrals/two_centre_coulomb.h"
 #include "molecule/selected_atoms.h"
 #include "numerics/factorial.h"
+#include "numerics/mirrored_triangle.h"
 
 static constexpr double FarDistance = 100.0;  // bohr
 static constexpr double NearDistance = 0.001;
@@ -113,16 +114,6 @@ static void StoreValues(const GammaAtom& a, const GammaAtom& b, const GammaValue
     }
 }
 
-// Copies the triangle below the diagonal to the one above it.
-static void MirrorTriangle(double* gamma) {
-    const long long n = Run.Basis.OrbitalCount;
-    for (long long row = 0; row < n; ++row) {
-        for (long long column = 0; column < row; ++column) {
-            gamma[column * n + row] = gamma[row * n + column];
-        }
-    }
-}
-
 void BuildGammaMatrix(double* gamma) {
     GammaValues values = {0.0, 0.0, 0.0, 0.0};
     for (int placeA = 0; placeA < Run.Molecule.SelectedAtomCount; ++placeA) {
@@ -140,5 +131,5 @@ void BuildGammaMatrix(double* gamma) {
         OneCentreValues(a, &values);
         StoreValues(a, a, values, gamma);
     }
-    MirrorTriangle(gamma);
+    MirrorLowerTriangle(gamma, Run.Basis.OrbitalCount);
 }

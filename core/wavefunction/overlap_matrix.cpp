@@ -5,6 +5,7 @@
 #include "ground/message_poll.h"
 #include "molecule/element_tables.h"
 #include "molecule/selected_atoms.h"
+#include "numerics/mirrored_triangle.h"
 #include "wavefunction/overlap_integrals.h"
 
 #include <algorithm>
@@ -227,16 +228,6 @@ static void SetUnitMatrix(double* matrix) {
     }
 }
 
-// Copies the lower triangle to the upper one.
-static void MirrorTriangle(double* matrix) {
-    const long long n = Run.Basis.OrbitalCount;
-    for (long long row = 0; row < n; ++row) {
-        for (long long column = 0; column < row; ++column) {
-            matrix[column * n + row] = matrix[row * n + column];
-        }
-    }
-}
-
 void BuildOverlapMatrix(double* overlap) {
     SetUnitMatrix(overlap);
     OverlapBlock block = {};
@@ -247,5 +238,5 @@ void BuildOverlapMatrix(double* overlap) {
             }
         }
     }
-    MirrorTriangle(overlap);
+    MirrorLowerTriangle(overlap, Run.Basis.OrbitalCount);
 }
