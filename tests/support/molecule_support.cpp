@@ -156,11 +156,19 @@ void ReadMolecule(const std::string& directory, const Molecule& molecule) {
     BuildSelectedAtomList();
 }
 
-void UseCouplingTable() {
-    ::Run.Parameters.ActiveParameters = ::Run.Parameters.ParameterFileCoupling;
-    ::Run.Parameters.ActiveParameterFile = "nmr_cupl.abp";
+static void UseTable(const AtomTypeParameters* parameters, const char* fileName) {
+    ::Run.Parameters.ActiveParameters = parameters;
+    ::Run.Parameters.ActiveParameterFile = fileName;
     PrepareDipoleFactors();
     PrepareOrbitalTables();
+}
+
+void UseCouplingTable() {
+    UseTable(::Run.Parameters.ParameterFileCoupling, "nmr_cupl.abp");
+}
+
+void UseShieldingTable() {
+    UseTable(::Run.Parameters.ParameterFileShielding, "nmr_shft.abp");
 }
 
 LoadedMolecule::LoadedMolecule(const Molecule& molecule) {

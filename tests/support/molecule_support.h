@@ -63,6 +63,9 @@ struct LoadedMolecule {
 void ReadMolecule(const std::string& directory, const Molecule& molecule);
 void UseCouplingTable();
 
+// Makes the table of the shielding the one in force instead, as the stage of the shielding does.
+void UseShieldingTable();
+
 // A whole run within the process: result file and log.
 struct RunTexts {
     std::string Output;

@@ -66,7 +66,6 @@ std::vector<SpectrumLine> Simulate(const SpinSystem& system) {
 
 void LoadLines(const std::vector<SpectrumLine>& lines) {
     FreeArray(Run.Lines.SpectrumLines);
-    Run.Lines.SpectrumLineCapacity = 0;
     ReserveLines(static_cast<long long>(lines.size()));
     std::copy(lines.begin(), lines.end(), Run.Lines.SpectrumLines);
 }

@@ -4,8 +4,6 @@
 #include "molecule/selected_atoms.h"
 #include "nmr/magnetic_density.h"
 #include "tests/support/molecule_support.h"
-#include "wavefunction/dipole.h"
-#include "wavefunction/orbital_tables.h"
 #include "wavefunction/solve_wavefunction.h"
 
 #include <gtest/gtest.h>
@@ -36,10 +34,7 @@ static Molecule Moved(Molecule molecule, double x, double y, double z) {
 
 // The wavefunction of the shielding table.
 static void Solve() {
-    ::Run.Parameters.ActiveParameters = ::Run.Parameters.ParameterFileShielding;
-    ::Run.Parameters.ActiveParameterFile = "nmr_shft.abp";
-    PrepareDipoleFactors();
-    PrepareOrbitalTables();
+    UseShieldingTable();
     SolveWavefunction();
 }
 

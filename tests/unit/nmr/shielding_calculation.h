@@ -6,8 +6,6 @@
 #include "nmr/magnetic_density.h"
 #include "nmr/shielding_terms.h"
 #include "tests/support/molecule_support.h"
-#include "wavefunction/dipole.h"
-#include "wavefunction/orbital_tables.h"
 #include "wavefunction/solve_wavefunction.h"
 
 #include <gtest/gtest.h>
@@ -30,13 +28,6 @@ inline constexpr double TermTolerance = 1e-6;  // ppm
 // and the four elements of a pair with densities up to 1.
 inline constexpr double RuleTolerance = 2e-5;  // ppm
 inline constexpr double IsotropicFactor = 17.7504539779;
-
-inline void UseShieldingTable() {
-    ::Run.Parameters.ActiveParameters = ::Run.Parameters.ParameterFileShielding;
-    ::Run.Parameters.ActiveParameterFile = "nmr_shft.abp";
-    PrepareDipoleFactors();
-    PrepareOrbitalTables();
-}
 
 // The stages of a run after the densities.
 inline void FormTerms() {
