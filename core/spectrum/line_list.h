@@ -10,6 +10,10 @@ inline constexpr double SmallestLineIntensity = 1e-10;
 // Makes room for lineCount records in Run.Lines.SpectrumLines; what stands there is kept. Raises OutOfMemory.
 void ReserveLines(long long lineCount);
 
+inline bool IsKeptIntensity(double intensity) {
+    return static_cast<double>(static_cast<float>(intensity)) >= SmallestLineIntensity;
+}
+
 // Writes a line into the slot at position if its intensity is kept, and returns the next free position. The slot must
 // be there in any case.
 inline long long WriteLine(long long position, double frequency, double intensity, int degeneracy) {
@@ -17,7 +21,7 @@ inline long long WriteLine(long long position, double frequency, double intensit
     line.Frequency = static_cast<float>(frequency);
     line.Intensity = static_cast<float>(intensity);
     line.Degeneracy = degeneracy;
-    return position + (static_cast<double>(line.Intensity) >= SmallestLineIntensity ? 1 : 0);
+    return position + (IsKeptIntensity(intensity) ? 1 : 0);
 }
 
 // Sorts the first lineCount records by frequency, merges neighbours less than 0.001 Hz apart (a chain of neighbours

@@ -6,6 +6,7 @@
 #include "ground/run_state.h"
 #include "numerics/factorial.h"
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 
@@ -39,6 +40,10 @@ void PrepareSpinSystem() {
             coupling[j * n + i] = alike ? coupling[i * n + j] : 0.0;
         }
     }
+}
+
+bool AreCoupled(int g, int h) {
+    return Run.Spins.CouplingMatrix[std::min(g, h) * Run.Spins.SpinGroupCount + std::max(g, h)] != 0.0;
 }
 
 double GroupSpinMultiplicity(int n, int twoJ) {

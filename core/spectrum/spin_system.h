@@ -12,6 +12,9 @@ bool CanBeRounded(double value);
 // groups.
 void PrepareSpinSystem();
 
+// True for two groups of the prepared system with a coupling, of whichever isotopes.
+bool AreCoupled(int g, int h);
+
 // How often total spin twoJ / 2 occurs among n spin-1/2 nuclei (n and twoJ of the same parity; Wigner 1931).
 double GroupSpinMultiplicity(int n, int twoJ);
 

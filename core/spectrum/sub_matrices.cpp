@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Enumerates the total spins and product states of a spin system and sorts them into blocks.
+// Enumerates the total spins of a spin system and counts its blocks.
 #include "spectrum/sub_matrices.h"
 
 #include "ground/fatal_error.h"
@@ -10,9 +10,8 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
+#include <numeric>
 
-static constexpr int LargestGroupCount = 32;
 static constexpr long long LargestStateCount = 62500000;
 static constexpr int LargestTableRow = 20;  // dimensions that a line of the block table holds
 
@@ -39,7 +38,17 @@ static void CheckGroups(int groupCount, const int* nucleiInGroup) {
     }
 }
 
-// An odometer: the last group turns fastest, each group runs n, n - 2, ... down to 1 or 0.
+bool NextGroupSpins(int* groupSpins, const int* nucleiInGroup, int groupCount) {
+    for (int g = groupCount - 1; g >= 0; --g) {
+        groupSpins[g] -= 2;
+        if (groupSpins[g] >= 0) {
+            return true;
+        }
+        groupSpins[g] = nucleiInGroup[g];
+    }
+    return false;
+}
+
 static void FillGroupSpinTable(int groupCount, const int* nucleiInGroup) {
     SubMatrices.SubMatrixCount = 1;
     for (int g = 0; g < groupCount; ++g) {
@@ -50,17 +59,14 @@ static void FillGroupSpinTable(int groupCount, const int* nucleiInGroup) {
     int* row = SubMatrices.GroupSpinTable;
     std::copy(nucleiInGroup, nucleiInGroup + groupCount, row);
     for (int s = 1; s < SubMatrices.SubMatrixCount; ++s) {
-        int* next = row + groupCount;
-        std::copy(row, next, next);
-        for (int g = groupCount - 1; (next[g] -= 2) < 0; --g) {
-            next[g] = nucleiInGroup[g];
-        }
-        row = next;
+        std::copy(row, row + groupCount, row + groupCount);
+        row += groupCount;
+        NextGroupSpins(row, nucleiInGroup, groupCount);
         PollMessages(1);
     }
 }
 
-static int StateCount(const int* groupSpins, int groupCount) {
+int StateCount(const int* groupSpins, int groupCount) {
     int states = 1;
     for (int g = 0; g < groupCount; ++g) {
         states *= groupSpins[g] + 1;
@@ -77,37 +83,36 @@ static void CountStates(int groupCount) {
         }
         const int* groupSpins = SubMatrices.GroupSpinTable + static_cast<long long>(s) * groupCount;
         total += StateCount(groupSpins, groupCount);
-        int levels = 1;
-        for (int g = 0; g < groupCount; ++g) {
-            levels += groupSpins[g];
-        }
+        const int levels = std::accumulate(groupSpins, groupSpins + groupCount, 1);
         SubMatrices.LargestSubSubCount = std::max(SubMatrices.LargestSubSubCount, levels);
         PollMessages(1);
     }
     SubMatrices.LevelCount = static_cast<int>(total);
 }
 
-// How many states of a SubMatrix lie k steps below the highest projection, for each k: the groups' ladders are folded
-// into one another. Returns the number of levels.
+void FoldLadder(long long* counts, int blockCount, int stride, int radix, int steps) {
+    for (int block = blockCount - 1; block >= 0; --block) {  // downwards: counts below are still those without it
+        const int possible = std::min(steps, block / stride % radix);
+        for (int step = 1; step <= possible; ++step) {
+            counts[block] += counts[block - step * stride];
+        }
+    }
+}
+
+// How many states of a SubMatrix lie k steps below the highest projection, for each k; returns the number of levels.
 static int CountLevels(const int* groupSpins, int groupCount, long long* counts) {
-    int levels = 1;
+    const int levels = std::accumulate(groupSpins, groupSpins + groupCount, 1);
+    std::fill(counts, counts + levels, 0);
     counts[0] = 1;
     for (int g = 0; g < groupCount; ++g) {
-        const int steps = groupSpins[g];
-        std::fill(counts + levels, counts + levels + steps, 0);
-        levels += steps;
-        for (int k = levels - 1; k >= 0; --k) {  // downwards, since counts below k are still those without g
-            for (int step = 1; step <= std::min(steps, k); ++step) {
-                counts[k] += counts[k - step];
-            }
-        }
+        FoldLadder(counts, levels, 1, levels, groupSpins[g]);
     }
     return levels;
 }
 
 static void CountSubSubMatrices(int groupCount) {
     const int subMatrixCount = SubMatrices.SubMatrixCount;
-    AllocateTable(SubMatrices.LevelCounts, SubMatrices.LargestSubSubCount + 1);
+    AllocateTable(SubMatrices.LevelCounts, SubMatrices.LargestSubSubCount);
     AllocateTable(SubMatrices.SubSubMatrixCounts, subMatrixCount);
     AllocateTable(SubMatrices.SubSubMatrixDimensions,
                   static_cast<long long>(SubMatrices.LargestSubSubCount) * subMatrixCount);
@@ -156,56 +161,12 @@ static void ListBlockTable(int groupCount) {
     }
 }
 
-// Enumerates the states of one SubMatrix from row base of BasisStates on, and sorts them by counting: a state k steps
-// below the highest projection goes to the next free place of level k.
-static void FillStates(const int* groupSpins, int groupCount, long long base) {
-    const int levels = CountLevels(groupSpins, groupCount, SubMatrices.LevelCounts);
-    long long place = base;
-    for (int k = 0; k < levels; ++k) {
-        place += SubMatrices.LevelCounts[k];
-        SubMatrices.LevelCounts[k] = place - SubMatrices.LevelCounts[k];
-    }
-    const int states = StateCount(groupSpins, groupCount);
-    int* row = SubMatrices.BasisStates + base * groupCount;
-    std::copy(groupSpins, groupSpins + groupCount, row);
-    int level = 0;
-    for (int state = 0;; ++state) {
-        SubMatrices.LevelOrder[SubMatrices.LevelCounts[level]++] = static_cast<int>(base + state + 1);
-        if (state + 1 == states) {
-            return;
-        }
-        int* next = row + groupCount;
-        std::copy(row, next, next);
-        ++level;
-        for (int g = 0; (next[g] -= 2) < -groupSpins[g]; ++g) {
-            next[g] = groupSpins[g];
-            level -= groupSpins[g];  // the carry lowers the next group by the step that is already counted
-        }
-        row = next;
-        if (state % 4096 == 0) {
-            PollMessages(4096);
-        }
-    }
-}
-
-void BuildSubMatrices(int groupCount, const int* nucleiInGroup, double (*workBytes)()) {
+void BuildSubMatrices(int groupCount, const int* nucleiInGroup) {
     CheckGroups(groupCount, nucleiInGroup);
     FillGroupSpinTable(groupCount, nucleiInGroup);
     CountStates(groupCount);
     CountSubSubMatrices(groupCount);
     if (Run.Report.LogEnabled) {
         ListBlockTable(groupCount);
-    }
-    const double stateBytes = static_cast<double>(sizeof(int)) * (groupCount + 1.0) * SubMatrices.LevelCount;
-    if (!MemoryCanServe(stateBytes + workBytes())) {
-        FatalError(Message::OutOfMemory);
-    }
-    AllocateTable(SubMatrices.BasisStates, static_cast<long long>(SubMatrices.LevelCount) * groupCount);
-    AllocateTable(SubMatrices.LevelOrder, SubMatrices.LevelCount);
-    long long base = 0;
-    for (int s = 0; s < SubMatrices.SubMatrixCount; ++s) {
-        const int* groupSpins = SubMatrices.GroupSpinTable + static_cast<long long>(s) * groupCount;
-        FillStates(groupSpins, groupCount, base);
-        base += StateCount(groupSpins, groupCount);
     }
 }

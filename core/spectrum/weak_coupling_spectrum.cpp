@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Writes the lines of each group: its own frequency, split and shifted by every state of the other groups.
+// Writes the lines of each group: its own frequency, split and shifted by every state of the groups that couple to it.
 #include "spectrum/weak_coupling_spectrum.h"
 
 #include "ground/fatal_error.h"
@@ -7,7 +7,7 @@
 #include "ground/memory.h"
 #include "ground/message_poll.h"
 #include "ground/run_state.h"
-#include "spectrum/line_list.h"
+#include "spectrum/spectator_states.h"
 #include "spectrum/spin_system.h"
 
 #include <algorithm>
@@ -19,15 +19,17 @@ static constexpr double LargestRatio = 10.0;       // of the largest coupling to
 static constexpr double LargestCount = 9.0e18;     // that an array's length can be
 static constexpr long long PollBlock = 1 << 16;    // numbers or lines written between two polls
 
-// Working storage of one simulation; N is SpinGroupCount, S the largest number of product states of the groups beside
-// one group in one combination of their total spins.
+// Working storage of one simulation; N is SpinGroupCount, S the largest number of product states of the groups that
+// couple to one group, in one combination of their total spins.
 static struct {
     int* SpinCountOfGroup;    // [N] total-spin values of each group
-    int* SpectatorSpinTable;  // [N - 1][Columns] 2J of the other groups, one column for each combination
+    int* Partners;            // [PartnerCount] the groups that couple to the group in hand, in their order; room for N
+    int PartnerCount;         // of the group in hand; the others are spectators
+    int* SpectatorSpinTable;  // [PartnerCount][Columns] 2J of the partners, one column for each combination
     long long Columns;        // combinations for the group in hand
-    double* FrequencyTerms;   // [S] terms of one other group, Hz, one for each of its states
+    double* FrequencyTerms;   // [S] terms of one partner, Hz, one for each of its states
     double* IntensityTerms;   // [S] the same for the intensity
-    double* FrequencySums;    // [S] sums over the other groups so far, one for each of their product states
+    double* FrequencySums;    // [S] sums over the partners so far, one for each of their product states
     double* IntensitySums;    // [S] the same for the intensity
     long long LineCount;      // lines written
 } Work;
@@ -85,64 +87,95 @@ static double TransitionCount(int g) {
     return count;
 }
 
-// S and the capacity of the line array, and the size of the table. The combinations needn't be walked: the largest
-// number of product states belongs to the highest spins, and the sum over all combinations is a product of sums.
+static void FindPartners(int g) {
+    Work.PartnerCount = 0;
+    for (int h = 0; h < Run.Spins.SpinGroupCount; ++h) {
+        if (h != g && AreCoupled(g, h)) {
+            Work.Partners[Work.PartnerCount++] = h;
+        }
+    }
+}
+
+// What the groups need: the largest of each, and the sum of the lines.
+struct WorkSizes {
+    double TableEntries = 1.0;
+    double States = 1.0;  // S
+    double Lines = 0.0;
+};
+
+// The combinations needn't be walked: the largest number of product states belongs to the highest spins, and the sum
+// over all combinations is a product of sums.
+static void AddSizesOf(int g, WorkSizes& sizes) {
+    FindPartners(g);
+    double entries = Work.PartnerCount;
+    double states = 1.0;
+    double allStates = 1.0;
+    for (int k = 0; k < Work.PartnerCount; ++k) {
+        const int h = Work.Partners[k];
+        entries *= Work.SpinCountOfGroup[h];
+        states *= Run.Spins.NucleiInGroup[h] + 1;
+        double sum = 0.0;
+        for (int twoJ = Run.Spins.NucleiInGroup[h]; twoJ >= 0; twoJ -= 2) {
+            sum += twoJ + 1;
+        }
+        allStates *= sum;
+    }
+    sizes.TableEntries = std::max(sizes.TableEntries, entries);
+    sizes.States = std::max(sizes.States, states);
+    sizes.Lines += allStates * TransitionCount(g);
+}
+
 static void AllocateWork() {
     const int n = Run.Spins.SpinGroupCount;
     AllocateCounted(Work.SpinCountOfGroup, n);
-    double tableEntries = n;
-    double largestStates = 1.0;
-    double lines = 0.0;
+    AllocateCounted(Work.Partners, n);
     for (int g = 0; g < n; ++g) {
         Work.SpinCountOfGroup[g] = Run.Spins.NucleiInGroup[g] / 2 + 1;
-        tableEntries *= Work.SpinCountOfGroup[g];
-        double states = 1.0;
-        double allStates = 1.0;
-        for (int h = 0; h < n; ++h) {
-            if (h != g) {
-                states *= Run.Spins.NucleiInGroup[h] + 1;
-                double sum = 0.0;
-                for (int twoJ = Run.Spins.NucleiInGroup[h]; twoJ >= 0; twoJ -= 2) {
-                    sum += twoJ + 1;
-                }
-                allStates *= sum;
-            }
-        }
-        largestStates = std::max(largestStates, states);
-        lines += allStates * TransitionCount(g);
     }
-    const double work = 4 * sizeof(double) * largestStates + sizeof(int) * tableEntries;
-    const double listBytes = sizeof(SpectrumLine) * lines;
+    WorkSizes sizes;
+    for (int g = 0; g < n; ++g) {
+        AddSizesOf(g, sizes);
+    }
+    const double work = 4 * sizeof(double) * sizes.States + sizeof(int) * sizes.TableEntries;
+    const double listBytes = sizeof(SpectrumLine) * sizes.Lines;
     if (!MemoryCanServe(listBytes + std::max(work, listBytes))) {  // the sort takes as much again, without the work
         FatalError(Message::OutOfMemory);
     }
-    AllocateCounted(Work.SpectatorSpinTable, tableEntries);
+    AllocateCounted(Work.SpectatorSpinTable, sizes.TableEntries);
     for (double** vector : {&Work.FrequencyTerms, &Work.IntensityTerms, &Work.FrequencySums, &Work.IntensitySums}) {
-        AllocateCounted(*vector, largestStates);
+        AllocateCounted(*vector, sizes.States);
     }
-    ReserveLines(static_cast<long long>(lines) + 1);  // one slot more: WriteLine writes ahead of the list
+    ReserveLines(static_cast<long long>(sizes.Lines) + 1);  // one slot more: WriteLine writes ahead of the list
     Work.LineCount = 0;
 }
 
-// The rows are the other groups in their order, the first of them varies fastest across the columns.
-static void BuildSpectatorSpinTable(int g) {
+// The rows are the partners in their order, the first of them varies fastest across the columns.
+static void BuildSpectatorSpinTable() {
     Work.Columns = 1;
-    for (int h = 0; h < Run.Spins.SpinGroupCount; ++h) {
-        Work.Columns *= h != g ? Work.SpinCountOfGroup[h] : 1;
+    for (int k = 0; k < Work.PartnerCount; ++k) {
+        Work.Columns *= Work.SpinCountOfGroup[Work.Partners[k]];
     }
     int* row = Work.SpectatorSpinTable;
     long long run = 1;
-    for (int h = 0; h < Run.Spins.SpinGroupCount; ++h) {
-        if (h != g) {
-            for (long long column = 0; column < Work.Columns; ++column) {
-                const long long step = column / run % Work.SpinCountOfGroup[h];
-                row[column] = Run.Spins.NucleiInGroup[h] - 2 * static_cast<int>(step);
-                if (column % PollBlock == 0) {
-                    PollMessages(1);
-                }
+    for (int k = 0; k < Work.PartnerCount; ++k, row += Work.Columns) {
+        const int h = Work.Partners[k];
+        for (long long column = 0; column < Work.Columns; ++column) {
+            const long long step = column / run % Work.SpinCountOfGroup[h];
+            row[column] = Run.Spins.NucleiInGroup[h] - 2 * static_cast<int>(step);
+            if (column % PollBlock == 0) {
+                PollMessages(1);
             }
-            run *= Work.SpinCountOfGroup[h];
-            row += Work.Columns;
+        }
+        run *= Work.SpinCountOfGroup[h];
+    }
+}
+
+static void CountSpectators(int g) {
+    StartSpectators();
+    const int* end = Work.Partners + Work.PartnerCount;
+    for (int h = 0; h < Run.Spins.SpinGroupCount; ++h) {
+        if (h != g && std::find(static_cast<const int*>(Work.Partners), end, h) == end) {
+            AddSpectatorGroup(Run.Spins.NucleiInGroup[h]);
         }
     }
 }
@@ -182,25 +215,23 @@ static long long ExpandSums(long long sums, int terms) {
 }
 
 // Lines of the transition of group g from level upperM, of squared lowering element p, for one combination of the
-// others' spins.
+// partners' spins.
 static void WriteCombination(int g, double upperM, double p, double groupWeight, long long column) {
     double weight = groupWeight;
     long long sums = 1;
     Work.FrequencySums[0] = 0.0;
     Work.IntensitySums[0] = 0.0;
     const int* entry = Work.SpectatorSpinTable + column;
-    for (int h = 0; h < Run.Spins.SpinGroupCount; ++h) {
-        if (h != g) {
-            weight *= GroupSpinMultiplicity(Run.Spins.NucleiInGroup[h], *entry);
-            sums = ExpandSums(sums, ComputeTerms(g, upperM, h, *entry));
-            entry += Work.Columns;
-        }
+    for (int k = 0; k < Work.PartnerCount; ++k, entry += Work.Columns) {
+        const int h = Work.Partners[k];
+        weight *= GroupSpinMultiplicity(Run.Spins.NucleiInGroup[h], *entry);
+        sums = ExpandSums(sums, ComputeTerms(g, upperM, h, *entry));
     }
+    WeighLines(weight);
     const double frequency = Run.Options.NMRFrequency * Run.Spins.ChemicalShifts[g];
-    const int degeneracy = DegeneracyOfWeight(weight);
     for (long long e = 0; e < sums; ++e) {
-        Work.LineCount = WriteLine(Work.LineCount, frequency + Work.FrequencySums[e],
-                                   (1.0 - 2.0 * Work.IntensitySums[e]) * p * weight, degeneracy);
+        Work.LineCount = WriteWeightedLine(Work.LineCount, frequency + Work.FrequencySums[e],
+                                           (1.0 - 2.0 * Work.IntensitySums[e]) * p);
         if (e % PollBlock == 0) {
             PollMessages(1);
         }
@@ -209,7 +240,9 @@ static void WriteCombination(int g, double upperM, double p, double groupWeight,
 
 static void WriteGroup(int g) {
     const int n = Run.Spins.NucleiInGroup[g];
-    BuildSpectatorSpinTable(g);
+    FindPartners(g);
+    BuildSpectatorSpinTable();
+    CountSpectators(g);
     for (int twoJ = n; twoJ > 0; twoJ -= 2) {
         const double groupWeight = GroupSpinMultiplicity(n, twoJ);
         for (int twoM = twoJ; twoM > -twoJ; twoM -= 2) {
@@ -229,5 +262,6 @@ void ComputeWeakCouplingSpectrum() {
         WriteGroup(g);
     }
     FreeArraysOf(Work);
+    FreeArraysOf(Spectators);
     FinishLineList(Work.LineCount);
 }

@@ -99,7 +99,7 @@ TEST_F(OutputFile, IsReplacedByAnotherFile) {
 
 TEST_F(OutputFile, OlderOneStaysWhileTheRunComputesAndAfterAStop) {
     WriteText(Output(), Older);
-    WriteText(Work.Path + "/nmrspect.in", ChainInput(LongExactGroups, false, 0.001));
+    WriteText(Work.Path + "/nmrspect.in", ChainInput(LongExactGroups));
     const pid_t child = StartProgram({{Work.Path, Work.Path, "2", Work.Path + "/run.log"}});
     ASSERT_TRUE(WaitForText(Work.Path + "/run.log", "Number of SubMatrices = 1\n", StartSeconds));
     EXPECT_EQ(ReadText(Output()), Older);

@@ -201,7 +201,7 @@ TEST(Files, MissingWorkDirectoryLeavesNoFile) {
 // The same input gives the same bytes.
 TEST(Files, RunsAreReproducible) {
     TemporaryDirectory work;
-    WriteText(work.Path + "/nmrspect.in", ChainInput(8, false, 0.001));
+    WriteText(work.Path + "/nmrspect.in", ChainInput(8));
     RunProgram({{"p", work.Path, "2"}});
     const std::string first = ReadText(work.Path + "/nmrspect.out");
     RunProgram({{"p", work.Path, "2"}});

@@ -23,9 +23,14 @@ static std::string SpinsInput(int count, int frequency, const std::function<std:
            (weak ? "1" : "0") + "\n";
 }
 
-std::string ChainInput(int count, bool weak, double minimalIntensity) {
+std::string ChainInput(int count) {
     const auto coupling = [](int i, int j) { return i + 1 == j || j + 1 == i ? "5" : "0"; };
-    return SpinsInput(count, 100, coupling, minimalIntensity, weak);
+    return SpinsInput(count, 100, coupling, 0.001, false);
+}
+
+std::string FilteredWeakInput(int count) {
+    const auto coupling = [](int, int) { return "5"; };
+    return SpinsInput(count, 100, coupling, 1e6, true);
 }
 
 std::string ManyLinesInput(int count) {

@@ -60,7 +60,7 @@ protected:
 TEST_F(Stop, ExactRunByEachSignal) {
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         std::remove((Work.Path + "/run.log").c_str());
-        const pid_t child = Start(ChainInput(LongExactGroups, false, 0.001));
+        const pid_t child = Start(ChainInput(LongExactGroups));
         ASSERT_TRUE(LogHolds(BlockTable));
         ASSERT_TRUE(IsRunning(child)) << "too short a run for this test";
         kill(child, signal);
@@ -69,7 +69,7 @@ TEST_F(Stop, ExactRunByEachSignal) {
 }
 
 TEST_F(Stop, ExactRunInTheMiddleOfItsMatrices) {
-    const pid_t child = Start(ChainInput(LongExactGroups, false, 0.001));
+    const pid_t child = Start(ChainInput(LongExactGroups));
     ASSERT_TRUE(LogHolds(BlockTable));
     Sleep(0.3);
     ASSERT_TRUE(IsRunning(child)) << "too short a run for this test";
@@ -78,7 +78,7 @@ TEST_F(Stop, ExactRunInTheMiddleOfItsMatrices) {
 }
 
 TEST_F(Stop, DoubledSignals) {
-    const pid_t child = Start(ChainInput(LongExactGroups, false, 0.001));
+    const pid_t child = Start(ChainInput(LongExactGroups));
     ASSERT_TRUE(LogHolds(BlockTable));
     for (const int signal : {SIGTERM, SIGTERM, SIGINT, SIGHUP, SIGTERM}) {
         kill(child, signal);
@@ -87,7 +87,7 @@ TEST_F(Stop, DoubledSignals) {
 }
 
 TEST_F(Stop, SignalsInTheEndlessShowerStillStop) {
-    const pid_t child = Start(ChainInput(LongExactGroups, false, 0.001));
+    const pid_t child = Start(ChainInput(LongExactGroups));
     ASSERT_TRUE(LogHolds(BlockTable));
     const double end = Now() + StopSeconds;
     while (IsRunning(child) && Now() < end) {
@@ -104,14 +104,14 @@ TEST_F(Stop, SignalsInTheEndlessShowerStillStop) {
 TEST_F(Stop, WeakRun) {
     const std::string resultFile = Work.Path + "/nmrspect.out";
     const double before = ProcessorTimeOfChildren();
-    ASSERT_EQ(WaitForProgram(Start(ChainInput(20, true, 1000.0)), 60.0), 0);
+    ASSERT_EQ(WaitForProgram(Start(FilteredWeakInput(20)), 60.0), 0);
     const double whole = ProcessorTimeOfChildren() - before;
     const std::string wholeResult = ReadText(resultFile);
     int stopped = 0;
     for (const double part : {0.02, 0.05, 0.1, 0.15, 0.2, 0.35, 0.5, 0.65, 0.8}) {
         std::remove((Work.Path + "/run.log").c_str());
         WriteText(resultFile, "older result");
-        const pid_t child = Start(ChainInput(20, true, 1000.0));
+        const pid_t child = Start(FilteredWeakInput(20));
         ASSERT_TRUE(LogHolds("Computing"));
         while (IsRunning(child) && ProcessorTimeOf(child) < part * whole) {
             Sleep(0.001);
@@ -139,7 +139,7 @@ TEST_F(Stop, Listing) {
 
 // nohup and the background jobs of a shell hand the signals over as ignored: they stay so, and SIGTERM stops.
 TEST_F(Stop, InheritedIgnoredSignals) {
-    const pid_t child = Start(ChainInput(LongExactGroups, false, 0.001), {SIGHUP, SIGINT, SIGTERM});
+    const pid_t child = Start(ChainInput(LongExactGroups), {SIGHUP, SIGINT, SIGTERM});
     ASSERT_TRUE(LogHolds(BlockTable));
     kill(child, SIGHUP);
     kill(child, SIGINT);
@@ -150,7 +150,7 @@ TEST_F(Stop, InheritedIgnoredSignals) {
 }
 
 TEST_F(Stop, IgnoredSignalDoesNotHarmTheResult) {
-    const pid_t child = Start(ChainInput(9, false, 0.001), {SIGHUP, SIGINT});
+    const pid_t child = Start(ChainInput(9), {SIGHUP, SIGINT});
     ASSERT_TRUE(LogHolds("Computing"));
     kill(child, SIGHUP);
     kill(child, SIGINT);

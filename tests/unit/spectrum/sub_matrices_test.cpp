@@ -1,22 +1,14 @@
 // SPDX-License-Identifier: MIT
-// The block structure of exact simulations: total spins, product states, their order, the limits, the block
-// table.
+// The block structure of exact simulations: total spins, counts of states, the limits, the block table.
 #include "ground/memory.h"
 #include "spectrum/sub_matrices.h"
 #include "tests/support/test_support.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
-// What three matrices of the largest block take.
-static double MatrixBytes() {
-    return 3.0 * sizeof(double) * SubMatrices.LargestSubSubDimension * SubMatrices.LargestSubSubDimension;
-}
-
 static void Build(const std::vector<int>& nuclei) {
     FreeArraysOf(SubMatrices);
-    BuildSubMatrices(static_cast<int>(nuclei.size()), nuclei.data(), MatrixBytes);
+    BuildSubMatrices(static_cast<int>(nuclei.size()), nuclei.data());
 }
 
 static std::vector<int> Slice(const int* table, int first, int count) {
@@ -28,16 +20,6 @@ TEST(SubMatrices, LastGroupTurnsFastestAmongTotalSpins) {
     EXPECT_EQ(SubMatrices.SubMatrixCount, 4);
     EXPECT_EQ(Slice(SubMatrices.GroupSpinTable, 0, 8), (std::vector<int>{3, 2, 3, 0, 1, 2, 1, 0}));
     EXPECT_EQ(SubMatrices.LevelCount, 12 + 4 + 6 + 2);
-}
-
-// States of 2J = (1, 2) by hand: the first group turns fastest, and equal projections keep that order.
-TEST(SubMatrices, FirstGroupTurnsFastestAmongStates) {
-    Build({1, 2});
-    EXPECT_EQ(SubMatrices.SubMatrixCount, 2);
-    EXPECT_EQ(Slice(SubMatrices.BasisStates, 0, 12), (std::vector<int>{1, 2, -1, 2, 1, 0, -1, 0, 1, -2, -1, -2}));
-    EXPECT_EQ(Slice(SubMatrices.LevelOrder, 0, 6), (std::vector<int>{1, 2, 3, 4, 5, 6}));
-    EXPECT_EQ(Slice(SubMatrices.BasisStates, 12, 4), (std::vector<int>{1, 0, -1, 0}));
-    EXPECT_EQ(Slice(SubMatrices.LevelOrder, 6, 2), (std::vector<int>{7, 8}));
 }
 
 TEST(SubMatrices, DimensionsOfTwoSpinsAre121) {
@@ -62,44 +44,28 @@ TEST(SubMatrices, GroupOfNoNucleiIsOneState) {
     EXPECT_EQ(SubMatrices.LevelCount, 2);
 }
 
-// Property: the order is that of a stable sort of the enumeration by descending projection. The reference is
-// the library's stable sort.
-TEST(SubMatrices, OrderIsAStableSortByProjection) {
+// Property: the dimensions are the numbers of states by projection. The reference counts states one by one.
+TEST(SubMatrices, DimensionsCountTheStatesOfEachProjection) {
     const std::vector<int> nuclei = {3, 1, 2, 4};
-    const int n = static_cast<int>(nuclei.size());
     Build(nuclei);
-    int first = 0;
     for (int s = 0; s < SubMatrices.SubMatrixCount; ++s) {
-        int states = 1;
-        for (int g = 0; g < n; ++g) {
-            states *= SubMatrices.GroupSpinTable[s * n + g] + 1;
-        }
-        std::vector<int> order;
-        for (int i = 0; i < states; ++i) {
-            order.push_back(first + i + 1);
-        }
-        const auto projection = [n](int state) {
-            int sum = 0;
-            for (int g = 0; g < n; ++g) {
-                sum += SubMatrices.BasisStates[(state - 1) * n + g];
+        const std::vector<int> spins = Slice(SubMatrices.GroupSpinTable, 4 * s, 4);
+        std::vector<int> counts(static_cast<std::size_t>(spins[0] + spins[1] + spins[2] + spins[3] + 1));
+        for (int a = 0; a <= spins[0]; ++a) {
+            for (int b = 0; b <= spins[1]; ++b) {
+                for (int c = 0; c <= spins[2]; ++c) {
+                    for (int d = 0; d <= spins[3]; ++d) {
+                        ++counts[static_cast<std::size_t>(a + b + c + d)];
+                    }
+                }
             }
-            return sum;
-        };
-        std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return projection(a) > projection(b); });
-        EXPECT_EQ(Slice(SubMatrices.LevelOrder, first, states), order) << s;
-        int place = 0;
+        }
+        ASSERT_EQ(SubMatrices.SubSubMatrixCounts[s], static_cast<int>(counts.size())) << s;
         for (int k = 0; k < SubMatrices.SubSubMatrixCounts[s]; ++k) {
-            const int dimension = SubMatrices.SubSubMatrixDimensions[k * SubMatrices.SubMatrixCount + s];
-            for (int i = 0; i < dimension; ++i) {
-                EXPECT_EQ(projection(order[static_cast<std::size_t>(place + i)]),
-                          projection(order[static_cast<std::size_t>(place)]));
-            }
-            place += dimension;
+            EXPECT_EQ(SubMatrices.SubSubMatrixDimensions[k * SubMatrices.SubMatrixCount + s],
+                      counts[static_cast<std::size_t>(k)]);
         }
-        EXPECT_EQ(place, states);
-        first += states;
     }
-    EXPECT_EQ(first, SubMatrices.LevelCount);
 }
 
 // Outcome of the limits in a child that writes its refusal to a file; "" when the system is taken.
@@ -130,11 +96,6 @@ TEST(SubMatrices, RefusesTooManyStates) {
     EXPECT_EQ(Refusal(std::vector<int>(26, 1)), NoMemory);
     EXPECT_EQ(Refusal({24, 24, 24, 24, 24}), NoMemory);
     EXPECT_EQ(Refusal({169, 169, 169, 169}), NoMemory);
-}
-
-TEST(SubMatrices, RefusesMatricesBeyondTheMemory) {
-    EXPECT_EQ(Refusal(std::vector<int>(25, 1)), NoMemory);
-    EXPECT_EQ(Refusal(std::vector<int>(20, 1)), NoMemory);
 }
 
 // On purpose a SubMatrix of more than 20 SubSubMatrices has no row in the table, and one of 20 has.
