@@ -3,7 +3,7 @@
 """Measures the exact simulation of many spin systems, whole, at one frequency: processor time and memory of each run.
 
 Usage: refined_systems.py [--program PATH] [--frequency MHZ] [--slowest COUNT] SYSTEMS
-Each line of the file SYSTEMS is a JSON object: "ppm" the shifts of single protons, "J" a list of [place, place, Hz] with
+Each line of the file SYSTEMS is a JSON object: "ppm" the shifts of single protons, "J" a list of [place, place, Hz],
 places from 0. Protons of one shift and equal couplings to all others become a group. Prints a table.
 """
 import argparse

@@ -20,7 +20,7 @@ static constexpr double CheapWork = 2.1e9;
 
 // Hz. The perturbation of 1e-10 Hz mixes levels at distance d by 1e-10 / d, which shows in a line of intensity 1e-10 up
 // to 1e-5 Hz. The eigensolver may mix them somewhat further; the further this reaches, the more systems are simulated
-// whole: one in five of twelve nuclei.
+// whole: one in ten of two times six nuclei.
 static constexpr double CoincidenceDistance = 3e-4;
 
 static double WorkOfWhole() {

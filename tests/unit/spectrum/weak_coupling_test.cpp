@@ -6,7 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <random>
 
 // Direct arithmetic in doubles, stored in 32 bits: half a unit in the last place of a frequency under 2048 Hz
 // is 6e-5.
@@ -176,4 +178,103 @@ TEST(WeakCoupling, NothingLimitsTheNumberOfGroups) {
         system.Nuclei[g] = g < 2 ? 1 : 0;
     }
     EXPECT_EQ(Simulate(Weak(system)).size(), 2u);
+}
+
+// A line of the sum over all states, with a weight.
+struct WeightedLine {
+    double Frequency;
+    double Intensity;
+    double Degeneracy;
+};
+
+// The lines of group g from level twoM / 2, for every combination of total spins and projections of the groups from h
+// on, coupled or not, to first order in the intensities and second order in the frequencies.
+static void AddWeakLines(const SpinSystem& system, std::size_t g, int twoM, std::size_t h, WeightedLine line,
+                         std::vector<WeightedLine>& lines) {
+    const std::size_t n = system.Nuclei.size();
+    if (h == n) {
+        lines.push_back(line);
+        return;
+    }
+    if (h == g) {
+        AddWeakLines(system, g, twoM, h + 1, line, lines);
+        return;
+    }
+    const double coupling = system.Couplings[std::min(g, h) * n + std::max(g, h)];
+    const double flipping = system.Isotopes[g] == system.Isotopes[h] ? coupling : 0.0;
+    const double delta = system.Frequency * (system.Shifts[g] - system.Shifts[h]);
+    for (int twoJ = system.Nuclei[h]; twoJ >= 0; twoJ -= 2) {
+        const double weight = GroupSpinMultiplicity(system.Nuclei[h], twoJ);
+        const double j = 0.5 * twoJ;
+        for (double m = j; m > -j - 0.5; m -= 1.0) {
+            WeightedLine next = line;
+            next.Frequency +=
+                m * coupling + (m * twoM + j * (j + 1.0) - m * (m + 1.0)) * coupling * flipping / (2.0 * delta);
+            next.Intensity -= 2.0 * m * flipping / delta;
+            next.Degeneracy *= weight;
+            AddWeakLines(system, g, twoM, h + 1, next, lines);
+        }
+    }
+}
+
+static std::vector<WeightedLine> AllWeakLines(const SpinSystem& system) {
+    std::vector<WeightedLine> lines;
+    for (std::size_t g = 0; g < system.Nuclei.size(); ++g) {
+        for (int twoJ = system.Nuclei[g]; twoJ > 0; twoJ -= 2) {
+            for (int twoM = twoJ; twoM > -twoJ; twoM -= 2) {
+                std::vector<WeightedLine> own;
+                AddWeakLines(system, g, twoM, 0,
+                             {system.Frequency * system.Shifts[g], 1.0, GroupSpinMultiplicity(system.Nuclei[g], twoJ)},
+                             own);
+                for (WeightedLine& line : own) {
+                    line.Intensity *= 0.25 * (twoM + twoJ) * (twoJ - twoM + 2) * line.Degeneracy;
+                    if (line.Intensity >= 1e-10) {
+                        lines.push_back(line);
+                    }
+                }
+            }
+        }
+    }
+    std::sort(lines.begin(), lines.end(),
+              [](const WeightedLine& a, const WeightedLine& b) { return a.Frequency < b.Frequency; });
+    return lines;
+}
+
+static double Stored(double frequency) {
+    return static_cast<double>(static_cast<float>(frequency));
+}
+
+// Property: groups that don't couple only multiply a line by their states. The reference sums over all states of all
+// groups.
+TEST(WeakCoupling, UncoupledGroupsMultiplyTheLines) {
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        std::mt19937 random(seed);
+        const auto below = [&random](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
+        const std::size_t n = static_cast<std::size_t>(2 + below(4));
+        SpinSystem system = Weak(LikeSpins(std::vector<double>(n), std::vector<double>(n * (n - 1) / 2)));
+        for (std::size_t i = 0; i < n; ++i) {
+            system.Shifts[i] = static_cast<double>(i) + 0.05 * below(15);
+            system.Nuclei[i] = 1 + below(4);
+            system.Isotopes[i] = below(4) == 0 ? 19 : 1;
+            for (std::size_t j = i + 1; j < n; ++j) {
+                system.Couplings[i * n + j] = below(2) == 0 ? 0.0 : 0.25 * (below(40) - 20);
+            }
+        }
+        const auto lines = Simulate(system);
+        const auto all = AllWeakLines(system);
+        std::size_t next = 0;
+        for (const SpectrumLine& line : lines) {
+            double intensity = 0.0;
+            double degeneracy = 0.0;
+            double last = static_cast<double>(line.Frequency);
+            for (; next < all.size() && Stored(all[next].Frequency) - last < 0.001; ++next) {
+                last = Stored(all[next].Frequency);
+                intensity += all[next].Intensity;
+                degeneracy += all[next].Degeneracy;
+            }
+            ASSERT_NEAR(static_cast<double>(line.Intensity), intensity, 1e-5 * intensity) << seed << ' ' << last;
+            ASSERT_EQ(line.Degeneracy, static_cast<int>(degeneracy + 0.5)) << seed << ' ' << last;
+        }
+        ASSERT_EQ(next, all.size()) << seed;
+    }
 }
