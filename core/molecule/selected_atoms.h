@@ -4,6 +4,7 @@
 
 #include "ground/run_state.h"
 
+#include <algorithm>
 #include <cmath>
 
 // Number of the atom in the system, from 1. A record without a line in the input doesn't know it.
@@ -23,6 +24,15 @@ inline const AtomTypeParameters& ParametersOf(const AtomRecord& atom) {
 // False for a lone pair.
 inline bool HasOrbitals(int place) {
     return SelectedAtom(place).AtomicNumber >= 1;
+}
+
+// The row of the NMR atom at a place in NMRAtomList, its first one; -1 if it is none, or has no values.
+inline int NMRRowOf(int place) {
+    const int number = SelectedAtomNumber(place);
+    const int* end = Run.Molecule.NMRAtomList + Run.Molecule.NMRAtomCount;
+    const int* found =
+        HasOrbitals(place) ? std::find(static_cast<const int*>(Run.Molecule.NMRAtomList), end, number) : end;
+    return found == end ? -1 : static_cast<int>(found - Run.Molecule.NMRAtomList);
 }
 
 // x, y, z in bohr.
