@@ -4,7 +4,6 @@
 
 #include "ground/run_state.h"
 
-#include <algorithm>
 #include <cmath>
 
 // Number of the atom in the system, from 1. A record without a line in the input doesn't know it.
@@ -29,10 +28,12 @@ inline bool HasOrbitals(int place) {
 // The row of the NMR atom at a place in NMRAtomList, its first one; -1 if it is none, or has no values.
 inline int NMRRowOf(int place) {
     const int number = SelectedAtomNumber(place);
-    const int* end = Run.Molecule.NMRAtomList + Run.Molecule.NMRAtomCount;
-    const int* found =
-        HasOrbitals(place) ? std::find(static_cast<const int*>(Run.Molecule.NMRAtomList), end, number) : end;
-    return found == end ? -1 : static_cast<int>(found - Run.Molecule.NMRAtomList);
+    for (int row = 0; HasOrbitals(place) && row < Run.Molecule.NMRAtomCount; ++row) {
+        if (Run.Molecule.NMRAtomList[row] == number) {
+            return row;
+        }
+    }
+    return -1;
 }
 
 // x, y, z in bohr.
