@@ -25,6 +25,17 @@ inline bool HasOrbitals(int place) {
     return SelectedAtom(place).AtomicNumber >= 1;
 }
 
+// The row of the NMR atom at a place in NMRAtomList, its first one; -1 if it is none, or has no values.
+inline int NMRRowOf(int place) {
+    const int number = SelectedAtomNumber(place);
+    for (int row = 0; HasOrbitals(place) && row < Run.Molecule.NMRAtomCount; ++row) {
+        if (Run.Molecule.NMRAtomList[row] == number) {
+            return row;
+        }
+    }
+    return -1;
+}
+
 // x, y, z in bohr.
 inline const double* SelectedPosition(int place) {
     return Run.Molecule.AtomCoordinates[SelectedAtomNumber(place) - 1].Position;

@@ -47,7 +47,10 @@ static void AddMagneticTerms(int place, const SlaterAtom& a, const SlaterAtom& b
 
 void ComputeBondTerms() {
     for (int i = 0; i < Run.Molecule.SelectedAtomCount; ++i) {
-        for (int j = 0; HasOrbitals(i) && j < Run.Molecule.SelectedAtomCount; ++j) {
+        if (!ShieldingIsShown(i)) {
+            continue;
+        }
+        for (int j = 0; j < Run.Molecule.SelectedAtomCount; ++j) {
             if (j == i || !HasOrbitals(j) || !HavePairTerms(SelectedPosition(i), SelectedPosition(j))) {
                 continue;
             }

@@ -6,6 +6,12 @@
 #include "molecule/selected_atoms.h"
 #include "nmr/slater_atom.h"
 
+// Whether anybody sees the shielding of the atom at a place: the result file has those of the NMR atoms, the log has
+// all. The terms of the others stay 0, as those of a lone pair do; no nucleus shares its sums with another one.
+inline bool ShieldingIsShown(int place) {
+    return HasOrbitals(place) && (Run.Report.LogEnabled || NMRRowOf(place) >= 0);
+}
+
 // Whether two atoms have shielding terms in common. Atoms at one place have none, as they have no repulsion either, and
 // beyond the largest distance nothing is left of any term.
 inline bool HavePairTerms(const double* a, const double* b) {

@@ -5,6 +5,7 @@
 // With CalculateShielding: allocated by PrepareSystem; the densities are filled by nmr/magnetic_density.cpp, the rest
 // by nmr/shielding_terms.cpp and its kin, written and freed by WriteResults. By place in SelectedAtomList; a tensor has
 // nine values, row = field direction, column = moment direction.
+// Terms and tensors of an atom whose shielding nobody sees stay 0.
 struct ShieldingData {
     double* MagneticDensities[3] = {};             // [N][N] each, imaginary first-order densities of a field in x, y, z
     double* ShieldingExponents = nullptr;          // [SelectedAtomCount][3] s, p, d, 1/bohr

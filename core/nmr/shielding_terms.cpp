@@ -120,7 +120,7 @@ static void AddTwoCentreTensor(int place, const SlaterAtom& a, const SlaterAtom&
 
 void ComputeDiamagneticOnAtomTerms() {
     for (int i = 0; i < Run.Molecule.SelectedAtomCount; ++i) {
-        if (!HasOrbitals(i)) {
+        if (!ShieldingIsShown(i)) {
             continue;
         }
         const SlaterAtom a = AtomAt(i);
@@ -174,7 +174,7 @@ static double ParamagneticTwoCentre(int place, const SlaterAtom& a, const double
 void ComputeParamagneticOnAtomTerms(int j, int k) {
     const double* density = Run.Shielding.MagneticDensities[j];
     for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
-        if (!HasOrbitals(place)) {
+        if (!ShieldingIsShown(place)) {
             continue;
         }
         const SlaterAtom a = AtomAt(place);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The ten terms of the shielding of every selected atom, by number of centres (Ditchfield 1974 in the ZDO setting).
+// Without a log only those of the NMR atoms are computed, and the others stay 0.
 #pragma once
 
 // Zeroes terms and tensors and forms ShieldingExponents; must run first.

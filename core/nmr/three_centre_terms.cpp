@@ -37,7 +37,10 @@ static bool FormTriple(int a, int b, int c) {
 
 void ComputeThreeCentreTerms() {
     for (int a = 0; a < Run.Molecule.SelectedAtomCount; ++a) {
-        for (int b = 0; HasOrbitals(a) && b < Run.Molecule.SelectedAtomCount; ++b) {
+        if (!ShieldingIsShown(a)) {
+            continue;
+        }
+        for (int b = 0; b < Run.Molecule.SelectedAtomCount; ++b) {
             for (int c = b + 1; b != a && HasOrbitals(b) && c < Run.Molecule.SelectedAtomCount; ++c) {
                 if (c != a && HasOrbitals(c) && FormTriple(a, b, c)) {
                     AddTriple(a, SelectedPosition(a), AtomAt(b), AtomAt(c));

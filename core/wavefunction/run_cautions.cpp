@@ -112,15 +112,6 @@ void CautionAboutDistances() {
     AppendPairLine("near each other", nearPairs, "nearer than 0.3");
 }
 
-// The row of the NMR atom at a place of the list; -1 if it is none, or has no values.
-static int NMRRowOf(int place) {
-    const int number = SelectedAtomNumber(place);
-    const int* end = Run.Molecule.NMRAtomList + Run.Molecule.NMRAtomCount;
-    const int* found =
-        HasOrbitals(place) ? std::find(static_cast<const int*>(Run.Molecule.NMRAtomList), end, number) : end;
-    return found == end ? -1 : static_cast<int>(found - Run.Molecule.NMRAtomList);
-}
-
 static bool AllFinite(const double* values, int count) {
     return std::all_of(values, values + count, [](double value) { return std::isfinite(value); });
 }

@@ -211,6 +211,27 @@ TEST(ParameterRun, LogOff) {
     EXPECT_EQ(texts.Output, RunMolecule(WaterMolecule()).Output);
 }
 
+// The same with ten terms and tensors of a selection in its own order, where only the log shows the other atoms. The
+// tables of the log have all of them.
+TEST(ParameterRun, LogOffWithSelections) {
+    Molecule lonePair = WaterMolecule();
+    lonePair.Atoms.push_back({"Lp", 0.0, 0.0, -0.5});
+    lonePair.NMRAtoms = {4, 3, 3};
+    Molecule carbonyl = Rotated(FormaldehydeMolecule());
+    carbonyl.NMRAtoms = {3, 1};
+    Molecule cut = CutEthane();
+    cut.Options = {};
+    for (const auto& [molecule, rows] : {std::pair(lonePair, 4), std::pair(carbonyl, 4), std::pair(cut, 5)}) {
+        const Molecule run = With(molecule, {"ComputeThreeCenterTerms = yes", "CalculateShieldTensor = yes"});
+        const RunTexts listed = RunMolecule(run);
+        EXPECT_EQ(CountOf(listed.Log, "):     Isotropic = "), rows) << listed.Log;
+        const RunTexts silent = RunMolecule(With(run, {"LogPrintLevel = 10"}));
+        EXPECT_EQ(silent.Log, "(no file)");
+        EXPECT_EQ(silent.Output, listed.Output);
+        EXPECT_EQ(CountOf(silent.Output, "nan"), 0) << silent.Output;
+    }
+}
+
 // What cannot be calculated is refused by a line in the output file.
 TEST(ParameterRun, Refusals) {
     EXPECT_EQ(RefusalOf({{{"H", 0, 0, 0}}}).find("ERRMSG: "), 0u);                           // odd

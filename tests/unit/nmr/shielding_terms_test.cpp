@@ -256,3 +256,50 @@ TEST(ShieldingTerms, CappingAtoms) {
         EXPECT_GT(Term(2, 4), 0.0);
     }
 }
+
+// The terms and the tensor of an atom, one after the other.
+static std::vector<double> ShieldingOf(int place) {
+    std::vector<double> values;
+    for (int number = 1; number <= 10; ++number) {
+        values.push_back(Term(number, place));
+    }
+    for (const double* block :
+         {::Run.Shielding.ShieldingTensor, ::Run.Shielding.TensorDiamagneticTwoCentre,
+          ::Run.Shielding.TensorParamagneticOneCentre, ::Run.Shielding.TensorParamagneticTwoCentre}) {
+        values.insert(values.end(), block + 9LL * place, block + 9LL * place + 9);
+    }
+    values.push_back(::Run.Shielding.ShieldingTotal[place]);
+    return values;
+}
+
+// With a log, whose tables show all atoms, all have their terms. Without one only the NMR atoms have them, the same to
+// the bit, and those of the others aren't computed. Set-up: formaldehyde off the axes with a chlorine and a lone pair
+// nearby, shells 1 to 3; the lone pair is selected, and has nothing all the same.
+TEST(ShieldingTerms, OnlyOfAtomsThatAreShown) {
+    Molecule molecule = Rotated(FormaldehydeMolecule());
+    molecule.Atoms.push_back({"Lp", 0.3, -0.4, 0.2});
+    molecule.Atoms.push_back({"Cl", 2.5, 1.5, 0.5});
+    molecule.NMRAtoms = {5, 4, 1};
+    const std::vector<double> nothing(47, 0.0);
+    std::vector<std::vector<double>> shown;
+    for (const char* level : {"LogPrintLevel = 9", "LogPrintLevel = 10"}) {
+        const LoadedMolecule loaded(
+            With(molecule, {Tndo1, NoCoupling, ThreeCentre, Tensor, DOrbitals, "TotalCharge = -1", level}));
+        Calculate();
+        for (const int place : {0, 1, 2, 3, 5}) {
+            const std::vector<double> values = ShieldingOf(place);
+            if (shown.size() < 5) {
+                for (int number = 1; number <= 10; ++number) {
+                    const bool turns = number == 3 || number == 6 || number == 7;  // an orbital of the nucleus's atom
+                    EXPECT_EQ(Term(number, place) == 0.0, turns && SelectedAtom(place).AtomicNumber == 1)
+                        << "term " << number << ", place " << place;
+                }
+                shown.push_back(values);
+            } else {
+                const bool isNMRAtom = place == 0 || place == 3;
+                EXPECT_EQ(values, isNMRAtom ? shown[static_cast<std::size_t>(place)] : nothing) << place;
+            }
+        }
+        EXPECT_EQ(ShieldingOf(4), nothing);
+    }
+}
