@@ -18,6 +18,7 @@ static constexpr double SmallestDistance = 1e-05;  // Hz between two shifts
 static constexpr double LargestRatio = 10.0;       // of the largest coupling to a distance of shifts
 static constexpr double LargestCount = 9.0e18;     // that an array's length can be
 static constexpr long long PollBlock = 1 << 16;    // numbers or lines written between two polls
+static constexpr double SmallList = 1 << 20;       // lines of a whole system that are written one by one
 
 // Working storage of one simulation; N is SpinGroupCount, S the largest number of product states of the groups that
 // couple to one group, in one combination of their total spins.
@@ -25,6 +26,7 @@ static struct {
     int* SpinCountOfGroup;    // [N] total-spin values of each group
     int* Partners;            // [PartnerCount] the groups that couple to the group in hand, in their order; room for N
     int PartnerCount;         // of the group in hand; the others are spectators
+    bool AllArePartners;      // also groups that don't couple
     int* SpectatorSpinTable;  // [PartnerCount][Columns] 2J of the partners, one column for each combination
     long long Columns;        // combinations for the group in hand
     double* FrequencyTerms;   // [S] terms of one partner, Hz, one for each of its states
@@ -90,7 +92,7 @@ static double TransitionCount(int g) {
 static void FindPartners(int g) {
     Work.PartnerCount = 0;
     for (int h = 0; h < Run.Spins.SpinGroupCount; ++h) {
-        if (h != g && AreCoupled(g, h)) {
+        if (h != g && (Work.AllArePartners || AreCoupled(g, h))) {
             Work.Partners[Work.PartnerCount++] = h;
         }
     }
@@ -125,17 +127,24 @@ static void AddSizesOf(int g, WorkSizes& sizes) {
     sizes.Lines += allStates * TransitionCount(g);
 }
 
-static void AllocateWork() {
-    const int n = Run.Spins.SpinGroupCount;
-    AllocateCounted(Work.SpinCountOfGroup, n);
-    AllocateCounted(Work.Partners, n);
-    for (int g = 0; g < n; ++g) {
-        Work.SpinCountOfGroup[g] = Run.Spins.NucleiInGroup[g] / 2 + 1;
-    }
+static WorkSizes SizesOfAll() {
     WorkSizes sizes;
-    for (int g = 0; g < n; ++g) {
+    for (int g = 0; g < Run.Spins.SpinGroupCount; ++g) {
         AddSizesOf(g, sizes);
     }
+    return sizes;
+}
+
+static void CountTotalSpins() {
+    AllocateCounted(Work.SpinCountOfGroup, Run.Spins.SpinGroupCount);
+    AllocateCounted(Work.Partners, Run.Spins.SpinGroupCount);
+    for (int g = 0; g < Run.Spins.SpinGroupCount; ++g) {
+        Work.SpinCountOfGroup[g] = Run.Spins.NucleiInGroup[g] / 2 + 1;
+    }
+}
+
+static void AllocateWork() {
+    const WorkSizes sizes = SizesOfAll();
     const double work = 4 * sizeof(double) * sizes.States + sizeof(int) * sizes.TableEntries;
     const double listBytes = sizeof(SpectrumLine) * sizes.Lines;
     if (!MemoryCanServe(listBytes + std::max(work, listBytes))) {  // the sort takes as much again, without the work
@@ -254,14 +263,26 @@ static void WriteGroup(int g) {
     }
 }
 
-void ComputeWeakCouplingSpectrum() {
-    PrepareSpinSystem();
-    CheckApplicability();
+long long WriteWeakLines(bool apart) {
+    CountTotalSpins();
+    Work.AllArePartners = !apart;
     AllocateWork();
     for (int g = 0; g < Run.Spins.SpinGroupCount; ++g) {
         WriteGroup(g);
     }
     FreeArraysOf(Work);
     FreeArraysOf(Spectators);
-    FinishLineList(Work.LineCount);
+    return Work.LineCount;
+}
+
+static bool ListIsSmall() {
+    CountTotalSpins();
+    Work.AllArePartners = true;
+    return SizesOfAll().Lines <= SmallList;
+}
+
+void ComputeWeakCouplingSpectrum() {
+    PrepareSpinSystem();
+    CheckApplicability();
+    FinishLineList(WriteWeakLines(!ListIsSmall()));
 }

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The weak-coupling approximation against its closed formulas, its warning and its refusal.
 #include "numerics/factorial.h"
+#include "spectrum/line_list.h"
 #include "spectrum/spin_system.h"
+#include "spectrum/weak_coupling_spectrum.h"
 #include "tests/support/test_support.h"
 
 #include <gtest/gtest.h>
@@ -260,7 +262,11 @@ TEST(WeakCoupling, UncoupledGroupsMultiplyTheLines) {
                 system.Couplings[i * n + j] = below(2) == 0 ? 0.0 : 0.25 * (below(40) - 20);
             }
         }
-        const auto lines = Simulate(system);
+        LoadSpinSystem(system);
+        PrepareSpinSystem();
+        FinishLineList(WriteWeakLines(true));
+        const auto lines = FinishedLines();
+        ResetRun();
         const auto all = AllWeakLines(system);
         std::size_t next = 0;
         for (const SpectrumLine& line : lines) {
