@@ -34,11 +34,12 @@ vector registers.
 SPECTRA = """
 ## Spectra
 
-Whole runs of the program: processor time (user and system) and the largest memory held. The systems are fully coupled,
-with shifts of 1 to 8 ppm and couplings of 0.5 to 15 Hz at 400 MHz. In brackets stand the nuclei of each group; a
-number alone is one of nuclei that are all different. "With log" writes the list of lines to a log too; "weak" is the
-weak-coupling approximation. Each further group of one nucleus multiplies the time of an exact simulation by six or so,
-once the matrices are large; a nucleus more in a group that is there costs little.
+Whole runs of the program: processor time (user and system) and the largest memory held. The systems have shifts of 1 to
+8 ppm and couplings of 0.5 to 15 Hz at 400 MHz, each nucleus to each other one of its part. In brackets stand the nuclei
+of each group; a number alone is one of protons that are all different, and + stands between parts that don't couple.
+"With log" writes the list of lines to a log too; "weak" is the weak-coupling approximation. Each further group of one
+nucleus multiplies the time of an exact simulation by six or so, once the matrices are large; a nucleus more in a group
+that is there costs little, and so does a part.
 """
 
 SHIELDING = """
