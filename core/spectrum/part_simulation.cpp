@@ -25,8 +25,8 @@ static constexpr long long ProductWork = 1 << 25;  // multiplications of a matri
 static constexpr int TransposeBlock = 16;          // rows and columns that are transposed together
 
 // Working storage of the simulation of one part, for its first SubMatrix, which has the largest blocks: L is the
-// largest dimension, M the number of states. A block's eigenvectors are kept until its last neighbour below has come
-// by, in the slot of its number modulo the number of slots.
+// largest dimension. A block's eigenvectors are kept until its last neighbour below has come by, in the slot of its
+// number modulo the number of slots.
 static struct {
     double* Hamiltonian;    // [L][L] the block in hand, lower triangle; then the lowered vectors of a block above
     double* Vectors;        // [L][L] eigenvectors of the block in hand, in rows
@@ -40,7 +40,6 @@ static struct {
 
 // One block of the SubMatrix in hand.
 struct Block {
-    int Number;
     int Dimension;      // states
     const int* States;  // [Dimension] number of each state in the enumeration
     double* Vectors;    // [Dimension][Dimension] its slot
@@ -114,8 +113,7 @@ static void OpenSubMatrix(const SpinPart& part, const int* groupSpins) {
 static Block BlockAt(int number) {
     const int slot = number % SlotCount();
     const int start = PartStates.BlockStarts[number];
-    return {number, PartStates.BlockStarts[number + 1] - start, PartStates.Order + start,
-            Work.Kept + Work.SlotStarts[slot],
+    return {PartStates.BlockStarts[number + 1] - start, PartStates.Order + start, Work.Kept + Work.SlotStarts[slot],
             Work.KeptValues + static_cast<long long>(slot) * PartStates.LargestDimension};
 }
 
