@@ -13,6 +13,7 @@
 #include "numerics/eigensolver.h"
 #include "wavefunction/dipole.h"
 #include "wavefunction/first_order_orbitals.h"
+#include "wavefunction/response_solver.h"
 #include "wavefunction/fock_extrapolation.h"
 
 #include <algorithm>
@@ -288,7 +289,7 @@ static void AllocateArrays() {
     ArraySum sum;
     VisitArrays(sum);
     if (!MemoryCanServe(sum.Bytes + EigensolverWorkBytes(Run.Basis.OrbitalCount) + DipoleFactorBytes() +
-                        FirstOrderWorkBytes())) {
+                        FirstOrderWorkBytes() + ResponseWorkBytes())) {
         FatalError(Message::MoleculeTooLarge);
     }
     ArrayAllocator allocator;
