@@ -16,8 +16,8 @@
 #include <cmath>
 #include <limits>
 
-static constexpr double LimitFactor = 1e-5;          // of SCFConvergenceLimit
-static constexpr double ExtrapolationFactor = 10.0;  // of the limit
+static constexpr double LimitFactor = 1e-5;             // of SCFConvergenceLimit
+static constexpr double ExtrapolationFactor = 10.0;     // of the limit
 static constexpr double AcceleratedLimitFactor = 1e-9;  // of SCFConvergenceLimit
 static constexpr double Unlimited = std::numeric_limits<double>::infinity();
 
@@ -160,8 +160,7 @@ static bool AllAtomsArePerturbed(int count) {
 }
 
 static double AcceleratedLimit(int count) {
-    const double limit =
-        std::max(0.0, static_cast<double>(Run.Options.SCFConvergenceLimit)) * AcceleratedLimitFactor;
+    const double limit = std::max(0.0, static_cast<double>(Run.Options.SCFConvergenceLimit)) * AcceleratedLimitFactor;
     return AllAtomsArePerturbed(count) ? std::sqrt(limit) : limit;
 }
 
@@ -183,9 +182,9 @@ static bool SolveBatch(const ResponseOperator& kind, int count) {
     for (int c = 0; c < count; ++c) {
         FormFirstOrderOrbitals(ResponseAmplitudes() + c * AmplitudeCount(), 1, ResponseRows());
         BuildFirstOrderDensity(ResponseRows(), kind.DensityFactor, kind.Symmetry, Run.Field.HalfDensity);
-        StoreContactResponse(
-            atoms[c], Run.Field.HalfDensity,
-            Run.Coupling.CouplingMatrix + (FirstOfBatch + c) * static_cast<long long>(Run.Molecule.SelectedAtomCount));
+        StoreContactResponse(atoms[c], Run.Field.HalfDensity,
+                             Run.Coupling.CouplingMatrix +
+                                 (FirstOfBatch + c) * static_cast<long long>(Run.Molecule.SelectedAtomCount));
         if (!(outcome.Differences[c] <= limit)) {
             CautionAboutContactResponse(atoms[c], outcome.Differences[c], limit);
         }
@@ -193,16 +192,20 @@ static bool SolveBatch(const ResponseOperator& kind, int count) {
     return outcome.Unstable;
 }
 
+ResponseOperator ContactOperator() {
+    return {Symmetric, 1.0, Run.Field.GammaMatrix,
+            Run.Options.SemiEmpiricalMethod == 2 ? SubtractOneCentreExchange : nullptr};
+}
+
 static void SolveAllResponses() {
-    const ResponseOperator kind = {Symmetric, 1.0, Run.Field.GammaMatrix,
-                                   Run.Options.SemiEmpiricalMethod == 2 ? SubtractOneCentreExchange : nullptr};
+    const ResponseOperator kind = ContactOperator();
     const int batch = std::min(ResponseBatch(), Run.Molecule.NMRAtomCount);
     bool unstable = false;
     PrepareResponses(batch);
     for (FirstOfBatch = 0; FirstOfBatch < Run.Molecule.NMRAtomCount; FirstOfBatch += batch) {
         unstable = SolveBatch(kind, std::min(batch, Run.Molecule.NMRAtomCount - FirstOfBatch)) || unstable;
     }
-    if (unstable) {
+    if (unstable && Run.Report.LogEnabled) {
         CautionAboutInstability("contact", LowestEigenvalue(kind));
     }
 }

@@ -16,9 +16,9 @@
 #include <algorithm>
 #include <cmath>
 
-static constexpr double LimitFactor = 1e-7;           // of SCFConvergenceLimit
+static constexpr double LimitFactor = 1e-7;             // of SCFConvergenceLimit
 static constexpr double AcceleratedLimitFactor = 1e-8;  // of SCFConvergenceLimit
-static constexpr double FieldComponent = 0.57735027;  // eight digits on purpose: the constants of the terms fit it
+static constexpr double FieldComponent = 0.57735027;    // eight digits on purpose: the constants of the terms fit it
 static constexpr double HalfFineStructure =
     0.00364865;                                    // half of the fine-structure constant in six digits, on purpose
 static constexpr double ThirdOfG1 = 0.3333333333;  // on purpose ten threes, not the thirteen of the other fields
@@ -169,8 +169,7 @@ static void BuildExchangeWeights(double* weights) {
 }
 
 static void SolveAllDirections() {
-    const double limit =
-        std::max(0.0, static_cast<double>(Run.Options.SCFConvergenceLimit)) * AcceleratedLimitFactor;
+    const double limit = std::max(0.0, static_cast<double>(Run.Options.SCFConvergenceLimit)) * AcceleratedLimitFactor;
     const ResponseOperator kind = {Antisymmetric, 2.0, Run.Field.SecondScratch, nullptr};
     BuildExchangeWeights(Run.Field.SecondScratch);
     PrepareResponses(3);
@@ -187,7 +186,7 @@ static void SolveAllDirections() {
             CautionAboutMagneticResponse(DirectionNames[direction], outcome.Differences[direction], limit);
         }
     }
-    if (outcome.Unstable) {
+    if (outcome.Unstable && Run.Report.LogEnabled) {
         CautionAboutInstability("magnetic", LowestEigenvalue(kind));
     }
 }

@@ -13,8 +13,8 @@
 #include "numerics/eigensolver.h"
 #include "wavefunction/dipole.h"
 #include "wavefunction/first_order_orbitals.h"
-#include "wavefunction/response_solver.h"
 #include "wavefunction/fock_extrapolation.h"
+#include "wavefunction/response_solver.h"
 
 #include <algorithm>
 #include <climits>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The linear operator of the coupled first-order equations, over amplitudes X between occupied levels i and empty ones
 // a (Gerratt, Mills 1968): (A X)(i, a) = (e(a) - e(i)) X(i, a) - (W P)(i, a), P being the density of X and W P its
-// exchange, between orbitals. A is symmetric. Under a perturbation V the amplitudes solve A X = B, with B = -V(i, a) for
-// a symmetric V, V(i, a) for an antisymmetric one.
+// exchange, between orbitals. A is symmetric. Under a perturbation V the amplitudes solve A X = B, with B = -V(i, a)
+// for a symmetric V, V(i, a) for an antisymmetric one.
 #pragma once
 
 // One kind of response.

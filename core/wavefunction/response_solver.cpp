@@ -15,11 +15,12 @@
 #include <numeric>
 #include <utility>
 
-static constexpr int LargestBatch = 64;
 static constexpr long long BlockNumbers = 1 << 22;  // of a block that holds more vectors than SmallestBatch
 static constexpr int SmallestBatch = 3;             // the directions of a field
 static constexpr double SmallestGap = 0.05;         // Hartree, of a scale
-static constexpr double SmallestNorm = 1e-10;       // of a new vector, beside the largest that may come
+static constexpr double SmallestNorm = 1e-6;        // of a new vector, beside the largest that may come
+static constexpr double SmallNorm = 0.01;           // of one in which the rounding of older vectors may stand out
+static constexpr double Rounding = 1e-7;            // share of the smallest norm
 static constexpr double KeptNorm = 0.7;             // share of a vector from which one projection is enough
 static constexpr double SmallestPivot = 1e-14;      // beside the largest element
 
@@ -27,34 +28,38 @@ static constexpr double SmallestPivot = 1e-14;      // beside the largest elemen
 // [Batch][Batch]. Filled by PrepareResponses and by each solution.
 static struct {
     int Batch;
-    double* Gaps;          // [A] of the levels, Hartree
-    double* Scale;         // [A] one over the roots of the gaps
-    double* Current;       // block of orthonormal vectors
-    double* Previous;      // the one before
-    double* Next;          // the one to come, at first the perturbations
-    double* Directions;    // in which the amplitudes move
-    double* Amplitudes;    // [Batch][A]
-    double* Rows;          // [Batch][occupied][N]
-    double* Pivots;        // diagonal block of the factors
-    double* Inverse;       // its inverse
-    double* Elimination;   // [Batch][2 Batch]
-    double* Coupling;      // of the next block to the current one, by rows of the next
-    double* Transfer;      // Coupling times Inverse
-    double* Residuals;     // by perturbation: the residual in the vectors of the current block
-    double* Steps;         // by perturbation: in directions
-    double* Products;      // [Batch]
-    double* Differences;   // [Batch]
+    double LargestScale;
+    double* Gaps;           // [A] of the levels, Hartree
+    double* Scale;          // [A] one over the roots of the gaps
+    double* Perturbations;  // block of the right sides, unscaled
+    double* Current;        // block of orthonormal vectors
+    double* Previous;       // the one before
+    double* Next;           // the one to come, at first the perturbations
+    double* Directions;     // in which the amplitudes move
+    double* Amplitudes;     // [Batch][A]
+    double* Rows;           // [Batch][occupied][N]
+    double* Pivots;         // diagonal block of the factors
+    double* Inverse;        // its inverse
+    double* Elimination;    // [Batch][2 Batch]
+    double* Coupling;       // of the next block to the current one, by rows of the next
+    double* Transfer;       // Coupling times Inverse
+    double* Residuals;      // by perturbation: the residual in the vectors of the current block
+    double* Steps;          // by perturbation: in directions
+    double* Products;       // [Batch]
+    double* Differences;    // [Batch]
 } Work;
 
 template <class Visitor> static void VisitWork(Visitor& visit, long long batch) {
     const long long amplitudes = AmplitudeCount();
     visit(Work.Gaps, amplitudes);
     visit(Work.Scale, amplitudes);
-    for (double** block : {&Work.Current, &Work.Previous, &Work.Next, &Work.Directions, &Work.Amplitudes}) {
+    for (double** block :
+         {&Work.Perturbations, &Work.Current, &Work.Previous, &Work.Next, &Work.Directions, &Work.Amplitudes}) {
         visit(*block, batch * amplitudes);
     }
     visit(Work.Rows, batch * Run.Basis.DoublyOccupiedLevels * Run.Basis.OrbitalCount);
-    for (double** matrix : {&Work.Pivots, &Work.Inverse, &Work.Coupling, &Work.Transfer, &Work.Residuals, &Work.Steps}) {
+    for (double** matrix :
+         {&Work.Pivots, &Work.Inverse, &Work.Coupling, &Work.Transfer, &Work.Residuals, &Work.Steps}) {
         visit(*matrix, batch * batch);
     }
     visit(Work.Elimination, 2 * batch * batch);
@@ -64,7 +69,7 @@ template <class Visitor> static void VisitWork(Visitor& visit, long long batch) 
 
 int ResponseBatch() {
     return static_cast<int>(
-        std::clamp<long long>(BlockNumbers / std::max(1LL, AmplitudeCount()), SmallestBatch, LargestBatch));
+        std::clamp<long long>(BlockNumbers / std::max(1LL, AmplitudeCount()), SmallestBatch, LargestBlock));
 }
 
 double ResponseWorkBytes() {
@@ -84,13 +89,15 @@ void PrepareResponses(int count) {
     }
     Work.Batch = count;
     FillLevelGaps(Work.Gaps);
+    Work.LargestScale = 0.0;
     for (long long k = 0; k < AmplitudeCount(); ++k) {
         Work.Scale[k] = 1.0 / std::sqrt(std::max(Work.Gaps[k], SmallestGap));
+        Work.LargestScale = std::max(Work.LargestScale, Work.Scale[k]);
     }
 }
 
 double* ResponsePerturbations() {
-    return Work.Next;
+    return Work.Perturbations;
 }
 
 const double* ResponseAmplitudes() {
@@ -138,72 +145,94 @@ static void ProjectOut(const double* block, int count, double* vector) {
     AddAmplitudes(block, count, Work.Products, vector);
 }
 
-// Makes a vector of Next orthogonal to those before it, and once more, then to the current block too, where little is
-// left of it. Returns its norm.
-static double Orthogonalise(int rank, int currentRank, double smallest, int i) {
+// Where Lanczos stands.
+struct LanczosState {
+    int Rank;          // vectors of the next block
+    int PreviousRank;  // of the current one; 0 before the first
+    bool Unstable;     // a block of the factors wasn't positive definite
+    bool Incomplete;   // a vector was left out that was more than rounding
+};
+
+// Makes a vector of Next orthogonal to those before it. Where little is left of it, what rounding has left in it of the
+// two older blocks is taken out too. Returns its norm.
+static double Orthogonalise(const LanczosState& state, int currentRank, int rank, double smallest, int i) {
     double* vector = VectorOf(Work.Next, i);
     double norm = NormOf(vector, AmplitudeCount());
     double before;
     do {
         before = norm;
+        if (norm < SmallNorm) {
+            ProjectOut(Work.Previous, state.PreviousRank, vector);
+            ProjectOut(Work.Current, currentRank, vector);
+        }
         ProjectOut(Work.Next, rank, vector);
         for (int r = 0; r < rank; ++r) {
             RowOf(Work.Coupling, r)[i] -= Work.Products[r];
         }
         norm = NormOf(vector, AmplitudeCount());
-        if (norm > smallest && norm < KeptNorm * before) {
-            ProjectOut(Work.Current, currentRank, vector);
-        }
     } while (norm > smallest && norm < KeptNorm * before);
     return norm;
 }
 
-// Makes the vectors of Next orthonormal, and leaves out those that depend on the others. Returns how many are left;
-// Coupling[r][i] is the share of new vector r in old vector i.
-static int Orthonormalise(int count, int currentRank, double smallest) {
+// Makes count vectors of Next orthonormal, and leaves out those that depend on the others; the rank becomes what is
+// left. Coupling[r][i] is the share of new vector r in old vector i.
+static void Orthonormalise(LanczosState& state, int currentRank, int count, double smallest) {
     int rank = 0;
     std::fill(Work.Coupling, RowOf(Work.Coupling, Work.Batch), 0.0);
     for (int i = 0; i < count; ++i) {
-        const double norm = Orthogonalise(rank, currentRank, smallest, i);
+        const double norm = Orthogonalise(state, currentRank, rank, smallest, i);
         if (norm > smallest) {  // what isn't a number is left out
             const double* vector = VectorOf(Work.Next, i);
             double* place = VectorOf(Work.Next, rank);
-            for (long long k = 0; k < AmplitudeCount(); ++k) {
-                place[k] = vector[k] / norm;
-            }
+            std::transform(vector, vector + AmplitudeCount(), place, [&](double element) { return element / norm; });
             RowOf(Work.Coupling, rank++)[i] = norm;
+        } else if (norm > smallest * Rounding) {
+            state.Incomplete = true;
         }
     }
-    return rank;
+    state.Rank = rank;
 }
 
-// Scales the perturbations and makes them the first block; their shares in its vectors are the first residuals.
-static int StartBlock(int count) {
-    ScaleVectors(Work.Next, count);
+// Makes the right sides in Next the first block; their shares in its vectors are the residuals.
+static void StartLanczos(LanczosState& state, int count) {
     double largest = 0.0;
     for (int c = 0; c < count; ++c) {
         largest = std::max(largest, NormOf(VectorOf(Work.Next, c), AmplitudeCount()));
     }
-    const int rank = Orthonormalise(count, 0, SmallestNorm * largest);
+    state.PreviousRank = 0;
+    state.Incomplete = false;
+    Orthonormalise(state, 0, count, SmallestNorm * largest);
     for (int c = 0; c < count; ++c) {
-        for (int r = 0; r < rank; ++r) {
+        for (int r = 0; r < state.Rank; ++r) {
             RowOf(Work.Residuals, c)[r] = RowOf(Work.Coupling, r)[c];
         }
     }
-    return rank;
 }
 
-// Next := the scaled operator times the current block.
-static void ApplyScaledOperator(const ResponseOperator& kind, int rank) {
+// Next := the scaled operator times scaled vectors.
+static void ApplyScaledOperator(const ResponseOperator& kind, const double* vectors, int count) {
     const long long length = AmplitudeCount();
-    std::copy(Work.Current, VectorOf(Work.Current, rank), Work.Next);
-    ScaleVectors(Work.Next, rank);
-    ApplyExchange(kind, Work.Next, rank, Work.Rows);
-    for (int r = 0; r < rank; ++r) {
-        const double* vector = VectorOf(Work.Current, r);
-        double* image = VectorOf(Work.Next, r);
+    std::copy(vectors, vectors + count * length, Work.Next);
+    ScaleVectors(Work.Next, count);
+    ApplyExchange(kind, Work.Next, count, Work.Rows);
+    for (int c = 0; c < count; ++c, vectors += length) {
+        double* image = VectorOf(Work.Next, c);
         for (long long k = 0; k < length; ++k) {
-            image[k] = Work.Scale[k] * (image[k] + Work.Gaps[k] * Work.Scale[k] * vector[k]);
+            image[k] = Work.Scale[k] * (image[k] + Work.Gaps[k] * Work.Scale[k] * vectors[k]);
+        }
+        PollMessages(static_cast<int>(length));
+    }
+}
+
+// Next := what the amplitudes leave of the right sides.
+static void FormResiduals(const ResponseOperator& kind, int count) {
+    const long long length = AmplitudeCount();
+    ApplyScaledOperator(kind, Work.Amplitudes, count);
+    for (int c = 0; c < count; ++c) {
+        const double* perturbation = VectorOf(Work.Perturbations, c);
+        double* residual = VectorOf(Work.Next, c);
+        for (long long k = 0; k < length; ++k) {
+            residual[k] = Work.Scale[k] * perturbation[k] - residual[k];
         }
         PollMessages(static_cast<int>(length));
     }
@@ -317,54 +346,62 @@ static void MoveResiduals(int count, int rank, int nextRank) {
     }
 }
 
+// One step of Lanczos: the next block becomes the current one, and the amplitudes move along its directions.
+static void AdvanceLanczos(const ResponseOperator& kind, LanczosState& state, int count) {
+    const int rank = state.Rank;
+    std::swap(Work.Previous, Work.Current);
+    std::swap(Work.Current, Work.Next);
+    ApplyScaledOperator(kind, Work.Current, rank);
+    ReduceNext(rank, state.PreviousRank);
+    state.Unstable = !PivotsArePositive(rank) || state.Unstable;
+    InvertPivots(rank);
+    Orthonormalise(state, rank, rank, SmallestNorm);
+    AdvanceDirections(rank, state.PreviousRank);
+    MoveAmplitudes(count, rank);
+    MultiplyByInverse(Work.Coupling, state.Rank, rank, Work.Transfer);
+    MoveResiduals(count, rank, state.Rank);
+    state.PreviousRank = rank;
+}
+
 // A bound of how far one more step by the scales alone would move the densities. Returns the place of the largest.
 static int MeasureDifferences(const ResponseOperator& kind, int count, int rank) {
-    const double largestScale = *std::max_element(Work.Scale, Work.Scale + AmplitudeCount());
     for (int c = 0; c < count; ++c) {
-        Work.Differences[c] =
-            rank > 0 ? std::sqrt(2.0) * kind.DensityFactor * largestScale * NormOf(RowOf(Work.Residuals, c), rank) : 0.0;
+        const double norm = rank > 0 ? NormOf(RowOf(Work.Residuals, c), rank) : 0.0;
+        Work.Differences[c] = std::sqrt(2.0) * kind.DensityFactor * Work.LargestScale * norm;
     }
     return static_cast<int>(std::max_element(Work.Differences, Work.Differences + count) - Work.Differences);
 }
 
 ResponseOutcome SolveResponses(const ResponseOperator& kind, int count, double limit,
                                void (*logDifference)(int perturbation, int iteration, double difference)) {
-    int rank = StartBlock(count);
-    int previousRank = 0;
-    int iteration = 0;
-    bool unstable = false;
+    LanczosState state = {};
+    std::copy(Work.Perturbations, VectorOf(Work.Perturbations, count), Work.Next);
+    ScaleVectors(Work.Next, count);
     std::fill(Work.Amplitudes, VectorOf(Work.Amplitudes, count), 0.0);
     if (Run.Options.SCFIterationLimit == 1) {
-        for (int c = 0; c < count; ++c) {
-            for (int r = 0; r < rank; ++r) {
-                AddAmplitudes(VectorOf(Work.Next, r), 1, RowOf(Work.Residuals, c) + r, VectorOf(Work.Amplitudes, c));
-            }
-        }
+        std::copy(Work.Next, VectorOf(Work.Next, count), Work.Amplitudes);
     }
-    int largest = MeasureDifferences(kind, count, rank);
-    while (rank > 0 && !(Work.Differences[largest] <= limit && iteration > 0) && iteration + 1 < Run.Options.SCFIterationLimit) {
+    StartLanczos(state, count);
+    int largest = MeasureDifferences(kind, count, state.Rank);
+    int iteration = 0;
+    bool ended = state.Rank == 0;
+    while (!ended && iteration + 1 < Run.Options.SCFIterationLimit) {
         if (iteration > 0) {
             logDifference(largest, iteration, Work.Differences[largest]);
         }
         ++iteration;
-        std::swap(Work.Previous, Work.Current);
-        std::swap(Work.Current, Work.Next);
-        ApplyScaledOperator(kind, rank);
-        ReduceNext(rank, previousRank);
-        unstable = unstable || !PivotsArePositive(rank);
-        InvertPivots(rank);
-        AdvanceDirections(rank, previousRank);
-        MoveAmplitudes(count, rank);
-        const int nextRank = Orthonormalise(rank, rank, SmallestNorm);
-        MultiplyByInverse(Work.Coupling, nextRank, rank, Work.Transfer);
-        MoveResiduals(count, rank, nextRank);
-        previousRank = rank;
-        rank = nextRank;
-        largest = MeasureDifferences(kind, count, rank);
+        AdvanceLanczos(kind, state, count);
+        largest = MeasureDifferences(kind, count, state.Rank);
+        if ((state.Rank == 0 || Work.Differences[largest] <= limit) && (state.Incomplete || state.Unstable)) {
+            FormResiduals(kind, count);  // the shares may have missed something
+            StartLanczos(state, count);
+            largest = MeasureDifferences(kind, count, state.Rank);
+        }
+        ended = state.Rank == 0 || Work.Differences[largest] <= limit;
     }
     for (int c = 0; c < count && Run.Options.SCFIterationLimit > 1; ++c) {
         logDifference(c, iteration, Work.Differences[c]);
     }
     ScaleVectors(Work.Amplitudes, count);
-    return {Work.Differences, unstable};
+    return {Work.Differences, state.Unstable};
 }

@@ -19,6 +19,13 @@ static constexpr char Tight[] = "SCFConvergenceLimit = 1e-6";
 static constexpr char ManyIterations[] = "SCFIterationLimit = 200";
 static constexpr char NoCoupling[] = "CalculateCoupling = no";
 
+static constexpr char Accelerated[] = "ResponseAcceleration = yes";
+
+static const struct {
+    const char* Method;
+    const char* Acceleration;
+} BothRoads[] = {{Tndo1, ""}, {Tndo2, ""}, {Tndo1, Accelerated}, {Tndo2, Accelerated}};
+
 static Molecule Shielded(const Molecule& molecule, const char* method = Tndo1) {
     return With(molecule, {method, Tight, ManyIterations, NoCoupling});
 }
@@ -98,8 +105,8 @@ static std::vector<double> ExchangeWeights(std::size_t n) {
 // Tolerance: the iteration stops at a mean change of 1e-13 over N^2; 1e-9 of densities of 1e-2 leaves room for its
 // contraction factor.
 TEST(MagneticDensity, SolvesTheCoupledEquations) {
-    for (const char* method : {Tndo1, Tndo2}) {
-        const LoadedMolecule loaded(Shielded(FormaldehydeMolecule(), method));
+    for (const auto& [method, acceleration] : BothRoads) {
+        const LoadedMolecule loaded(With(Shielded(FormaldehydeMolecule(), method), {acceleration}));
         Solve();
         ComputeMagneticDensities();
         const std::size_t n = static_cast<std::size_t>(::Run.Basis.OrbitalCount);
@@ -145,8 +152,8 @@ TEST(MagneticDensity, HamiltonianElements) {
 
 // Antisymmetric to the last bit, of all directions.
 TEST(MagneticDensity, Antisymmetric) {
-    for (const char* method : {Tndo1, Tndo2}) {
-        const LoadedMolecule loaded(Shielded(FormaldehydeMolecule(), method));
+    for (const auto& [method, acceleration] : BothRoads) {
+        const LoadedMolecule loaded(With(Shielded(FormaldehydeMolecule(), method), {acceleration}));
         Solve();
         ComputeMagneticDensities();
         const long long n = ::Run.Basis.OrbitalCount;
