@@ -147,11 +147,9 @@ static void FillPerturbation(long long orbital, double* amplitudes) {
 
 // True if the responses at one another are all that is asked for: each is a quadratic form, whose error is the square
 // of that of the amplitudes.
-static bool AllAtomsArePerturbed(int count) {
-    const int* end = Run.Molecule.NMRAtomList + count;
+static bool AllAtomsArePerturbed(const int* atoms, int count) {
     for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
-        if (HasOrbitals(place) &&
-            std::find(static_cast<const int*>(Run.Molecule.NMRAtomList), end, SelectedAtomNumber(place)) == end) {
+        if (HasOrbitals(place) && std::find(atoms, atoms + count, SelectedAtomNumber(place)) == atoms + count) {
             return false;
         }
         PollMessages(count);
@@ -159,9 +157,9 @@ static bool AllAtomsArePerturbed(int count) {
     return true;
 }
 
-static double AcceleratedLimit(int count) {
+static double AcceleratedLimit(const int* atoms, int count) {
     const double limit = std::max(0.0, static_cast<double>(Run.Options.SCFConvergenceLimit)) * AcceleratedLimitFactor;
-    return AllAtomsArePerturbed(count) ? std::sqrt(limit) : limit;
+    return AllAtomsArePerturbed(atoms, count) ? std::sqrt(limit) : limit;
 }
 
 static int FirstOfBatch;  // place in NMRAtomList
@@ -177,16 +175,15 @@ static bool SolveBatch(const ResponseOperator& kind, int count) {
     for (int c = 0; c < count; ++c) {
         FillPerturbation(FirstOrbitalOf(atoms[c]), ResponsePerturbations() + c * AmplitudeCount());
     }
-    const double limit = AcceleratedLimit(count);
-    const ResponseOutcome outcome = SolveResponses(kind, count, limit, LogDifference);
+    const ResponseOutcome outcome = SolveResponses(kind, count, AcceleratedLimit(atoms, count), LogDifference);
     for (int c = 0; c < count; ++c) {
         FormFirstOrderOrbitals(ResponseAmplitudes() + c * AmplitudeCount(), 1, ResponseRows());
         BuildFirstOrderDensity(ResponseRows(), kind.DensityFactor, kind.Symmetry, Run.Field.HalfDensity);
         StoreContactResponse(atoms[c], Run.Field.HalfDensity,
                              Run.Coupling.CouplingMatrix +
                                  (FirstOfBatch + c) * static_cast<long long>(Run.Molecule.SelectedAtomCount));
-        if (!(outcome.Differences[c] <= limit)) {
-            CautionAboutContactResponse(atoms[c], outcome.Differences[c], limit);
+        if (!(outcome.Differences[c] <= outcome.Limit)) {
+            CautionAboutContactResponse(atoms[c], outcome.Differences[c], outcome.Limit);
         }
     }
     return outcome.Unstable;

@@ -182,8 +182,8 @@ static void SolveAllDirections() {
         FormFirstOrderOrbitals(ResponseAmplitudes() + direction * AmplitudeCount(), 1, ResponseRows());
         BuildFirstOrderDensity(ResponseRows(), kind.DensityFactor, kind.Symmetry,
                                Run.Shielding.MagneticDensities[direction]);
-        if (!(outcome.Differences[direction] <= limit)) {
-            CautionAboutMagneticResponse(DirectionNames[direction], outcome.Differences[direction], limit);
+        if (!(outcome.Differences[direction] <= outcome.Limit)) {
+            CautionAboutMagneticResponse(DirectionNames[direction], outcome.Differences[direction], outcome.Limit);
         }
     }
     if (outcome.Unstable && Run.Report.LogEnabled) {

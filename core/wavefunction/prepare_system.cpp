@@ -84,6 +84,9 @@ static void ListOptions() {
     LogMessage(Message::ConvergenceAndIterationLimits, static_cast<double>(Run.Options.SCFConvergenceLimit),
                Run.Options.SCFIterationLimit);
     LogMessage(Message::AccelerateConvergenceOption, YesOrNo(Run.Options.SCFAccelerateConvergence));
+    if (Run.Options.ResponseAcceleration) {  // no text of the catalogue, and no line without the option
+        LogAppend("Accelerating the responses?  Yes");
+    }
     LogMessage(Message::DOrbitalsOption, YesOrNo(Run.Options.IncludeDOrbitalsForSecondRow));
     if (Run.Options.CalculateShielding) {
         LogMessage(Message::ModifiedExponentsOption, YesOrNo(Run.Options.ModifySlaterExponents));

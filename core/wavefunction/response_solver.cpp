@@ -22,6 +22,7 @@ static constexpr double SmallestNorm = 1e-6;        // of a new vector, beside t
 static constexpr double SmallNorm = 0.01;           // of one in which the rounding of older vectors may stand out
 static constexpr double Rounding = 1e-7;            // share of the smallest norm
 static constexpr double KeptNorm = 0.7;             // share of a vector from which one projection is enough
+static constexpr double SmallestReduction = 1e-12;  // of the differences, that rounding allows
 static constexpr double SmallestPivot = 1e-14;      // beside the largest element
 
 // Work for the solution of Batch perturbations at once; A amplitudes. Blocks are [Batch][A], small matrices
@@ -76,8 +77,10 @@ double ResponseWorkBytes() {
     if (!Run.Options.ResponseAcceleration) {
         return 0.0;
     }
+    const int most = std::max(Run.Options.CalculateShielding ? SmallestBatch : 0,
+                              Run.Options.CalculateCoupling ? Run.Molecule.NMRAtomCount : 0);
     ArraySum sum;
-    VisitWork(sum, ResponseBatch());
+    VisitWork(sum, std::min(ResponseBatch(), most));
     return sum.Bytes + StabilityWorkBytes();
 }
 
@@ -383,6 +386,7 @@ ResponseOutcome SolveResponses(const ResponseOperator& kind, int count, double l
     }
     StartLanczos(state, count);
     int largest = MeasureDifferences(kind, count, state.Rank);
+    limit = std::max(limit, SmallestReduction * Work.Differences[largest]);
     int iteration = 0;
     bool ended = state.Rank == 0;
     while (!ended && iteration + 1 < Run.Options.SCFIterationLimit) {
@@ -403,5 +407,5 @@ ResponseOutcome SolveResponses(const ResponseOperator& kind, int count, double l
         logDifference(c, iteration, Work.Differences[c]);
     }
     ScaleVectors(Work.Amplitudes, count);
-    return {Work.Differences, state.Unstable};
+    return {Work.Differences, limit, state.Unstable};
 }

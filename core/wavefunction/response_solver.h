@@ -27,10 +27,11 @@ double* ResponseRows();
 // a vector with a negative expectation value of A has been met.
 struct ResponseOutcome {
     const double* Differences;  // [count] root of the summed squares of the change of the density
+    double Limit;               // in force: the one asked for, or what rounding allows
     bool Unstable;
 };
 
-// Solves until all differences are below the limit, at most up to SCFIterationLimit. Without an iteration the
+// Solves until no difference is above the limit, at most up to SCFIterationLimit. Without an iteration the
 // amplitudes are 0, with one alone they are B over the gaps. logDifference is called with the place of a perturbation,
 // the iteration and the difference: for the largest of each iteration, and for all of the last. Spoils FockMatrix and
 // HalfDensity.

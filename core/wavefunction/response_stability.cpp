@@ -12,7 +12,7 @@
 #include <cmath>
 #include <cstdint>
 
-static constexpr int LargestBasis = 16;
+static constexpr int LargestBasis = 10;
 static constexpr int KeptVectors = 3;                 // at a restart
 static constexpr int MostIterations = 300;            // far more than it takes
 static constexpr double LargestResidual = 1e-6;       // Hartree; the error of the eigenvalue is about its square
