@@ -92,6 +92,8 @@ def measure(program, work, molecules, method, setting):
     runs = len(molecules)
     totals = [runs, runs, sum(map(len, molecules)), 3 * runs, runs, runs]
     shares = [share_of(counts[kind], total) for kind, total in zip(KINDS, totals)]
+    if responses == "no":  # which looks for no instability
+        shares[-2:] = ["-", "-"]
     return [f"TNDO/{method}", *setting, str(runs), *shares, str(doubtful), f"{seconds:.0f}"], seconds
 
 

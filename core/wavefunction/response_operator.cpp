@@ -81,13 +81,13 @@ void ProjectOnLevels(const double* matrix, double* rows, double* amplitudes) {
 void DotAmplitudes(const double* block, int count, const double* amplitudes, double* products) {
     const int length = static_cast<int>(AmplitudeCount());
     Kernels().DotRows(block, static_cast<std::size_t>(length), count, amplitudes, length, products);
-    PollMessages(length);
+    PollMessages(count * length);
 }
 
 void AddAmplitudes(const double* block, int count, const double* factors, double* amplitudes) {
     const int length = static_cast<int>(AmplitudeCount());
     Kernels().AddRows(block, static_cast<std::size_t>(length), count, factors, amplitudes, length);
-    PollMessages(length);
+    PollMessages(count * length);
 }
 
 void SubtractCombinations(const double* factors, int stride, int rows, const double* block, int count, double* target) {

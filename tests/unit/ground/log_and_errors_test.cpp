@@ -31,7 +31,7 @@ TEST(Log, LinesOfAListingStayInOrder) {
         LogAppend("before");
         KeepLogOpen();
         LogAppend("one");
-        LogMessage(Message::SpinHalfNucleusCount, 3);
+        LogMessage(Message::EmptyLine);
         CloseLog();
         CloseLog();  // harmless
         LogAppend("after");
@@ -40,8 +40,7 @@ TEST(Log, LinesOfAListingStayInOrder) {
         CloseLog();
         _exit(0);  // without what a regular end of a process writes
     });
-    EXPECT_EQ(ReadText(work.Path + "/run.log"),
-              "before\none\nNumber of spin-1/2 nuclei = 3\nafter\nlost by nothing but the closing\n");
+    EXPECT_EQ(ReadText(work.Path + "/run.log"), "before\none\n\nafter\nlost by nothing but the closing\n");
 }
 
 TEST(Log, IsAppendedLineByLine) {
