@@ -283,3 +283,26 @@ TEST(AcceleratedCoupling, NothingToSolve) {
     EXPECT_EQ(Responses()[3], 0.0);
     EXPECT_EQ(Responses()[12], 0.0);
 }
+
+// The sum of a run's memory has the work of the solver only where it is asked for: six blocks of a vector for each NMR
+// atom at least, for so many atoms as are solved at once.
+TEST(AcceleratedCoupling, MemoryIsCounted) {
+    double before = 0.0;
+    for (const int length : {2, 8, LargestBlock, LargestBlock + 2}) {
+        const LoadedMolecule loaded(Coupled(HydrogenChain(length, 0.6, 2.6), Tndo1));
+        const double amplitudes = 0.25 * length * length;
+        EXPECT_EQ(AmplitudeCount(), static_cast<long long>(amplitudes));
+        EXPECT_GT(ResponseWorkBytes(), 8.0 * 6.0 * std::min(length, LargestBlock) * amplitudes);
+        EXPECT_GT(ResponseWorkBytes(), before);
+        before = ResponseWorkBytes();
+        ::Run.Options.ResponseAcceleration = 0;
+        EXPECT_EQ(ResponseWorkBytes(), 0.0);
+    }
+}
+
+// The options in the log tell of it only where it is switched on.
+TEST(AcceleratedCoupling, LogTellsOfTheOption) {
+    EXPECT_EQ(CountOf(LoadedMolecule(Coupled(WaterMolecule(), Tndo1)).Log(), "\nAccelerating the responses?  Yes\n"),
+              1);
+    EXPECT_EQ(CountOf(LoadedMolecule(WaterMolecule()).Log(), "Accelerating the responses"), 0);
+}
