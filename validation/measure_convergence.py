@@ -5,7 +5,8 @@
 Usage: measure_convergence.py [--program PATH] MOLECULES
 Each line of the file MOLECULES is a JSON object; its "xyz" is the list of atoms [symbol, x, y, z] in Angstrom of a
 neutral closed-shell molecule. Shieldings and couplings of all atoms are computed one molecule after the other, with
-both methods, with and without SCFAccelerateConvergence, and the default limits. Prints a table.
+both methods, without and with SCFAccelerateConvergence, then with ResponseAcceleration too, and the default limits.
+Prints a table.
 """
 import argparse
 import json
@@ -22,24 +23,35 @@ from velkoran_runs.program import RunKind, make_run
 from velkoran_runs.results import parse_parameter_result
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
-KINDS = ["field with nmr_shft.abp", "field with nmr_cupl.abp", "response to the contact", "response to the magnetic"]
+UNSTABLE = "response unstable: the lowest eigenvalue of the "
+KINDS = [
+    "field with nmr_shft.abp",
+    "field with nmr_cupl.abp",
+    "response to the contact",
+    "response to the magnetic",
+    UNSTABLE + "contact",
+    UNSTABLE + "magnetic",
+]
+SETTINGS = [("no", "no"), ("yes", "no"), ("yes", "yes")]  # of the field, of the responses
 HEADS = [
     "Method",
     "Acceleration",
+    "Of responses",
     "Runs",
     "Fields, shielding",
     "Fields, coupling",
     "Contact responses",
     "Magnetic responses",
+    "Unstable, contact",
+    "Unstable, magnetic",
     "Runs with any",
     "Processor time (s)",
     "Ratio",
 ]
 
 
-def cautions_of(program, work, atoms, method, acceleration):
+def cautions_of(program, work, atoms, options):
     """The kinds of the cautions of one run, in their order."""
-    options = {"SemiEmpiricalMethod": method, "SCFAccelerateConvergence": acceleration}
     text = parameter_input(atoms_text([Atom(symbol, tuple(place)) for symbol, *place in atoms]), options)
     (work / RunKind.PARAMETER.input_name).write_text(text)
     texts = make_run(program, "parameters", ".", RunKind.PARAMETER, folder=work)
@@ -60,20 +72,29 @@ def share_of(count, total):
     return f"{count} of {total}"
 
 
-def measure(program, work, molecules, method, acceleration):
+def measure(program, work, molecules, method, setting):
     """One row of the table without its ratio, and the processor time."""
+    field, responses = setting
+    options = {
+        "SemiEmpiricalMethod": method,
+        "SCFAccelerateConvergence": field,
+        "ResponseAcceleration": responses,
+    }
     counts = dict.fromkeys(KINDS, 0)
     doubtful = 0
     start = processor_seconds()
     for atoms in molecules:
-        cautions = cautions_of(program, work, atoms, method, acceleration)
+        cautions = cautions_of(program, work, atoms, options)
         doubtful += bool(cautions)
         for caution in cautions:
             counts[caution] += 1
     seconds = processor_seconds() - start
-    totals = [len(molecules), len(molecules), sum(map(len, molecules)), 3 * len(molecules)]
+    runs = len(molecules)
+    totals = [runs, runs, sum(map(len, molecules)), 3 * runs, runs, runs]
     shares = [share_of(counts[kind], total) for kind, total in zip(KINDS, totals)]
-    return [f"TNDO/{method}", acceleration, str(len(molecules)), *shares, str(doubtful), f"{seconds:.0f}"], seconds
+    if responses == "no":  # which looks for no instability
+        shares[-2:] = ["-", "-"]
+    return [f"TNDO/{method}", *setting, str(runs), *shares, str(doubtful), f"{seconds:.0f}"], seconds
 
 
 def main():
@@ -85,15 +106,16 @@ def main():
     with open(arguments.molecules, encoding="utf-8") as file:
         molecules = [json.loads(line)["xyz"] for line in file if line.strip()]
     print("| " + " | ".join(HEADS) + " |")
-    print("|---|---|" + "---:|" * (len(HEADS) - 2))
+    print("|---|---|---|" + "---:|" * (len(HEADS) - 3))
     with tempfile.TemporaryDirectory() as folder:
         work = pathlib.Path(folder)
         (work / "parameters").symlink_to(ROOT / "parameters")
         for method in (1, 2):
-            row, plain = measure(program, work, molecules, method, "no")
-            print("| " + " | ".join([*row, "1"]) + " |", flush=True)
-            row, accelerated = measure(program, work, molecules, method, "yes")
-            print("| " + " | ".join([*row, f"{accelerated / plain:.2f}"]) + " |", flush=True)
+            first = None
+            for setting in SETTINGS:
+                row, seconds = measure(program, work, molecules, method, setting)
+                first = first or seconds
+                print("| " + " | ".join([*row, f"{seconds / first:.2f}"]) + " |", flush=True)
 
 
 if __name__ == "__main__":

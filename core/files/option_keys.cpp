@@ -86,6 +86,7 @@ static const struct {
     {"SCFConvergenceLimit", nullptr, nullptr, nullptr, &Run.Options.SCFConvergenceLimit},
     {"SCFIterationLimit", SetInteger, &Run.Options.SCFIterationLimit, nullptr, nullptr},
     {"SCFAccelerateConvergence", SetBoolean, &Run.Options.SCFAccelerateConvergence, nullptr, nullptr},
+    {"ResponseAcceleration", SetBoolean, &Run.Options.ResponseAcceleration, nullptr, nullptr},
     {"LogPrintLevel", SetInteger, &Run.Options.LogPrintLevel, nullptr, nullptr},
     {"ModifySlaterExponents", SetBoolean, &Run.Options.ModifySlaterExponents, nullptr, nullptr},
     {"ComputeThreeCenterTerms", SetBoolean, &Run.Options.ComputeThreeCenterTerms, nullptr, nullptr},
@@ -106,6 +107,7 @@ void SetDefaultOptions() {
     Run.Options.SCFConvergenceLimit = 0.01f;
     Run.Options.SCFIterationLimit = 50;
     Run.Options.SCFAccelerateConvergence = 0;
+    Run.Options.ResponseAcceleration = 0;
     Run.Options.LogPrintLevel = 0;
     Run.Options.ModifySlaterExponents = 0;
     Run.Options.ComputeThreeCenterTerms = 0;

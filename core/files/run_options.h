@@ -19,6 +19,7 @@ struct RunOptions {
     float SCFConvergenceLimit = 0;         // of the wavefunction and of the responses
     int SCFIterationLimit = 0;             // of the wavefunction
     int SCFAccelerateConvergence = 0;      // 1: extrapolate the Fock matrix
+    int ResponseAcceleration = 0;          // 1: the responses by a block Lanczos method
     int ModifySlaterExponents = 0;         // 1: other exponents for shielding
     int ComputeThreeCenterTerms = 0;       // 1: with the three-centre terms of the shielding
     int IncludeDOrbitalsForSecondRow = 0;  // 1: d orbitals on sodium to argon, TNDO/1 only

@@ -12,18 +12,40 @@
 static constexpr int TextLimit = 400;      // characters loaded of a catalogue text
 static constexpr int ExpandedLimit = 800;  // characters of a filled line
 
-void LogAppend(const char* text) {
-    if (!Run.Report.LogEnabled) {
-        return;
-    }
+static std::FILE* KeptFile = nullptr;  // between KeepLogOpen and CloseLog
+
+static std::FILE* OpenLog() {
     std::FILE* file = OpenFile(Run.Job.LogFilePath, "a");
     if (file == nullptr) {
         // On purpose without the "ERRMSG: " of other failures and without a newline: front ends know the text as it is.
         EndWithOutput("", "Velkoran cannot open the log file.", "");
     }
+    return file;
+}
+
+void LogAppend(const char* text) {
+    if (!Run.Report.LogEnabled) {
+        return;
+    }
+    std::FILE* file = KeptFile != nullptr ? KeptFile : OpenLog();
     PutPrintable(file, text);
     std::fputc('\n', file);
-    std::fclose(file);
+    if (KeptFile == nullptr) {
+        std::fclose(file);
+    }
+}
+
+void KeepLogOpen() {
+    if (Run.Report.LogEnabled) {
+        KeptFile = OpenLog();
+    }
+}
+
+void CloseLog() {
+    if (KeptFile != nullptr) {
+        std::fclose(KeptFile);
+        KeptFile = nullptr;
+    }
 }
 
 void LogCatalogueText(Message id, const MessageArgument* arguments) {

@@ -12,6 +12,10 @@ inline constexpr int ListedLineUnits = 64;
 // "Velkoran cannot open the log file." and the process exits with code 0.
 void LogAppend(const char* text);
 
+// Opens the file once for the lines up to CloseLog, for a long listing. Nothing between the two may poll or raise.
+void KeepLogOpen();
+void CloseLog();
+
 // Writes a message of the catalogue with its arguments as one line. One without text gives an empty line.
 void LogCatalogueText(Message id, const MessageArgument* arguments);
 

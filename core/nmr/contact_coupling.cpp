@@ -7,14 +7,18 @@
 #include "molecule/selected_atoms.h"
 #include "wavefunction/density_extrapolation.h"
 #include "wavefunction/first_order_orbitals.h"
+#include "wavefunction/prepare_system.h"
+#include "wavefunction/response_solver.h"
 #include "wavefunction/run_cautions.h"
 #include "wavefunction/slater_condon.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
-static constexpr double LimitFactor = 1e-5;          // of SCFConvergenceLimit
-static constexpr double ExtrapolationFactor = 10.0;  // of the limit
+static constexpr double LimitFactor = 1e-5;             // of SCFConvergenceLimit
+static constexpr double ExtrapolationFactor = 10.0;     // of the limit
+static constexpr double AcceleratedLimitFactor = 1e-9;  // of SCFConvergenceLimit
 static constexpr double Unlimited = std::numeric_limits<double>::infinity();
 
 // Stored values in the system's cgs convention, with alpha the fine-structure constant: they come from constants of
@@ -129,9 +133,87 @@ static void IterateResponse(int atomNumber, double* change) {
     }
 }
 
+// B of the perturbation of an s orbital; 0 if there is none.
+static void FillPerturbation(long long orbital, double* amplitudes) {
+    const long long n = Run.Basis.OrbitalCount;
+    const double* c = Run.Field.MolecularOrbitals;
+    for (long long i = 0; i < Run.Basis.DoublyOccupiedLevels; ++i) {
+        for (long long a = Run.Basis.DoublyOccupiedLevels; a < n; ++a) {
+            *amplitudes++ = orbital >= 0 ? -c[i * n + orbital] * c[a * n + orbital] : 0.0;
+        }
+        PollMessages(Run.Basis.OrbitalCount);
+    }
+}
+
+// True if the responses at one another are all that is asked for: each is a quadratic form, whose error is the square
+// of that of the amplitudes.
+static bool AllAtomsArePerturbed(const int* atoms, int count) {
+    for (int place = 0; place < Run.Molecule.SelectedAtomCount; ++place) {
+        if (HasOrbitals(place) && std::find(atoms, atoms + count, SelectedAtomNumber(place)) == atoms + count) {
+            return false;
+        }
+        PollMessages(count);
+    }
+    return true;
+}
+
+static double AcceleratedLimit(const int* atoms, int count) {
+    const double limit = std::max(0.0, static_cast<double>(Run.Options.SCFConvergenceLimit)) * AcceleratedLimitFactor;
+    return AllAtomsArePerturbed(atoms, count) ? std::sqrt(limit) : limit;
+}
+
+static int FirstOfBatch;  // place in NMRAtomList
+
+static void LogDifference(int perturbation, int iteration, double difference) {
+    LogProgress(Message::PerturbedAtomIteration, Run.Molecule.NMRAtomList[FirstOfBatch + perturbation], iteration,
+                difference);
+}
+
+// Solves some of the responses; true if the wavefunction has shown itself unstable.
+static bool SolveBatch(const ResponseOperator& kind, int count) {
+    const int* atoms = Run.Molecule.NMRAtomList + FirstOfBatch;
+    for (int c = 0; c < count; ++c) {
+        FillPerturbation(FirstOrbitalOf(atoms[c]), ResponsePerturbations() + c * AmplitudeCount());
+    }
+    const ResponseOutcome outcome = SolveResponses(kind, count, AcceleratedLimit(atoms, count), LogDifference);
+    for (int c = 0; c < count; ++c) {
+        FormFirstOrderOrbitals(ResponseAmplitudes() + c * AmplitudeCount(), 1, ResponseRows());
+        BuildFirstOrderDensity(ResponseRows(), kind.DensityFactor, kind.Symmetry, Run.Field.HalfDensity);
+        StoreContactResponse(atoms[c], Run.Field.HalfDensity,
+                             Run.Coupling.CouplingMatrix +
+                                 (FirstOfBatch + c) * static_cast<long long>(Run.Molecule.SelectedAtomCount));
+        if (!(outcome.Differences[c] <= outcome.Limit)) {
+            CautionAboutContactResponse(atoms[c], outcome.Differences[c], outcome.Limit);
+        }
+    }
+    return outcome.Unstable;
+}
+
+ResponseOperator ContactOperator() {
+    return {Symmetric, 1.0, Run.Field.GammaMatrix,
+            Run.Options.SemiEmpiricalMethod == 2 ? SubtractOneCentreExchange : nullptr};
+}
+
+static void SolveAllResponses() {
+    const ResponseOperator kind = ContactOperator();
+    const int batch = std::min(ResponseBatch(), Run.Molecule.NMRAtomCount);
+    bool unstable = false;
+    PrepareResponses(batch);
+    for (FirstOfBatch = 0; FirstOfBatch < Run.Molecule.NMRAtomCount; FirstOfBatch += batch) {
+        unstable = SolveBatch(kind, std::min(batch, Run.Molecule.NMRAtomCount - FirstOfBatch)) || unstable;
+    }
+    if (unstable && Run.Report.LogEnabled) {
+        CautionAboutInstability("contact", LowestEigenvalue(kind));
+    }
+}
+
 void ComputeCouplingResponses() {
     const long long n = Run.Basis.OrbitalCount;
     PrepareFirstOrderOrbitals();
+    if (Run.Options.ResponseAcceleration) {
+        SolveAllResponses();
+        return;
+    }
     std::fill(Run.Field.FockMatrix, Run.Field.FockMatrix + n * n, 0.0);  // no iteration at all leaves no response
     double change = 99.9;
     for (int g = 0; g < Run.Molecule.NMRAtomCount; ++g) {

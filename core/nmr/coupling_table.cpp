@@ -26,14 +26,18 @@ void ListCouplingConstants(const double* reduced) {
     LogMessage(Message::CouplingColumns);
     for (long long g = 0; g < Run.Molecule.NMRAtomCount; ++g) {
         const AtomRecord& atomA = Run.Molecule.AtomRecords[Run.Molecule.NMRAtomList[g] - 1];
+        int lines = 0;
+        KeepLogOpen();
         for (int place = 0; atomA.AtomicNumber >= 1 && place < Run.Molecule.SelectedAtomCount; ++place) {
             const AtomRecord& atomB = SelectedAtom(place);
             if (atomB.AtomicNumber >= 1 && atomB.AtomIndex != atomA.AtomIndex) {
                 const long long entry = g * Run.Molecule.SelectedAtomCount + place;
                 ListPair(atomA, atomB, reduced[entry], Run.Coupling.CouplingMatrix[entry]);
-                PollMessages(ListedLineUnits);
+                ++lines;
             }
         }
+        CloseLog();
+        PollMessages(lines * ListedLineUnits);
     }
     LogMessage(Message::EmptyLine);  // on purpose an id without text: an empty line
     LogMessage(Message::CouplingClosingRule);

@@ -10,13 +10,15 @@
 #include "wavefunction/atom_block.h"
 #include "wavefunction/first_order_orbitals.h"
 #include "wavefunction/orbital_places.h"
+#include "wavefunction/response_solver.h"
 #include "wavefunction/run_cautions.h"
 
 #include <algorithm>
 #include <cmath>
 
-static constexpr double LimitFactor = 1e-7;           // of SCFConvergenceLimit
-static constexpr double FieldComponent = 0.57735027;  // eight digits on purpose: the constants of the terms fit it
+static constexpr double LimitFactor = 1e-7;             // of SCFConvergenceLimit
+static constexpr double AcceleratedLimitFactor = 1e-8;  // of SCFConvergenceLimit
+static constexpr double FieldComponent = 0.57735027;    // eight digits on purpose: the constants of the terms fit it
 static constexpr double HalfFineStructure =
     0.00364865;                                    // half of the fine-structure constant in six digits, on purpose
 static constexpr double ThirdOfG1 = 0.3333333333;  // on purpose ten threes, not the thirteen of the other fields
@@ -119,17 +121,21 @@ static void BuildMagneticFock(int iteration, const double* hamiltonian, const do
     }
 }
 
+static constexpr const char* DirectionNames[] = {"x", "y", "z"};
+
+static void BuildHamiltonianAlong(int direction, double* hamiltonian) {
+    double field[3] = {};
+    field[direction] = FieldComponent;
+    BuildMagneticHamiltonian(field, hamiltonian);
+}
+
 // Iterates one direction; the stored density is the last iterate, converged or not.
 static void IterateDirection(int direction, double limit) {
-    static constexpr const char* Names[] = {"x", "y", "z"};
-    const long long n = Run.Basis.OrbitalCount;
     double* hamiltonian = Run.Field.FirstScratch;
     double* fock = Run.Field.SecondScratch;
     double* u = Run.Field.FockMatrix;
     double* density = Run.Field.HalfDensity;
-    double field[3] = {};
-    field[direction] = FieldComponent;
-    BuildMagneticHamiltonian(field, hamiltonian);
+    BuildHamiltonianAlong(direction, hamiltonian);
     double change = 0.0;
     for (int iteration = 0; iteration < Run.Options.SCFIterationLimit; ++iteration) {
         BuildMagneticFock(iteration, hamiltonian, density, fock);
@@ -137,15 +143,51 @@ static void IterateDirection(int direction, double limit) {
         BuildFirstOrderDensity(u, 2.0, Antisymmetric, density);  // of both spins
         change = MeasureDensityChange(density, Run.Shielding.MagneticDensities[direction], iteration);
         if (iteration > 0) {
-            LogProgress(Message::PerturbedDirectionIteration, Names[direction], iteration, change);
+            LogProgress(Message::PerturbedDirectionIteration, DirectionNames[direction], iteration, change);
         }
         if (change <= limit && iteration > 1) {
             return;
         }
     }
+    const long long n = Run.Basis.OrbitalCount;
     const auto isZero = [](double element) { return element == 0.0; };
     if (!std::all_of(hamiltonian, hamiltonian + n * n, isZero)) {  // without it the response is 0
-        CautionAboutMagneticResponse(Names[direction], change, limit);
+        CautionAboutMagneticResponse(DirectionNames[direction], change, limit);
+    }
+}
+
+static void LogDifference(int direction, int iteration, double difference) {
+    LogProgress(Message::PerturbedDirectionIteration, DirectionNames[direction], iteration, difference);
+}
+
+// The field of a density of ones without a perturbation: the factors of the elements of any density.
+static void BuildExchangeWeights(double* weights) {
+    const long long square = static_cast<long long>(Run.Basis.OrbitalCount) * Run.Basis.OrbitalCount;
+    std::fill(Run.Field.FirstScratch, Run.Field.FirstScratch + square, 0.0);
+    std::fill(Run.Field.HalfDensity, Run.Field.HalfDensity + square, 1.0);
+    BuildMagneticFock(1, Run.Field.FirstScratch, Run.Field.HalfDensity, weights);
+}
+
+static void SolveAllDirections() {
+    const double limit = std::max(0.0, static_cast<double>(Run.Options.SCFConvergenceLimit)) * AcceleratedLimitFactor;
+    const ResponseOperator kind = {Antisymmetric, 2.0, Run.Field.SecondScratch, nullptr};
+    BuildExchangeWeights(Run.Field.SecondScratch);
+    PrepareResponses(3);
+    for (int direction = 0; direction < 3; ++direction) {
+        BuildHamiltonianAlong(direction, Run.Field.FirstScratch);
+        ProjectOnLevels(Run.Field.FirstScratch, ResponseRows(), ResponsePerturbations() + direction * AmplitudeCount());
+    }
+    const ResponseOutcome outcome = SolveResponses(kind, 3, limit, LogDifference);
+    for (int direction = 0; direction < 3; ++direction) {
+        FormFirstOrderOrbitals(ResponseAmplitudes() + direction * AmplitudeCount(), 1, ResponseRows());
+        BuildFirstOrderDensity(ResponseRows(), kind.DensityFactor, kind.Symmetry,
+                               Run.Shielding.MagneticDensities[direction]);
+        if (!(outcome.Differences[direction] <= outcome.Limit)) {
+            CautionAboutMagneticResponse(DirectionNames[direction], outcome.Differences[direction], outcome.Limit);
+        }
+    }
+    if (outcome.Unstable && Run.Report.LogEnabled) {
+        CautionAboutInstability("magnetic", LowestEigenvalue(kind));
     }
 }
 
@@ -154,6 +196,10 @@ void ComputeMagneticDensities() {
     const double limit = static_cast<double>(Run.Options.SCFConvergenceLimit) * LimitFactor;
     Run.Options.FinitePerturbation = 1.0;  // whatever the input gave
     PrepareFirstOrderOrbitals();
+    if (Run.Options.ResponseAcceleration) {
+        SolveAllDirections();
+        return;
+    }
     for (int direction = 0; direction < 3; ++direction) {
         double* density = Run.Shielding.MagneticDensities[direction];
         std::fill(density, density + n * n, 0.0);

@@ -70,6 +70,14 @@ void PrepareFirstOrderOrbitals() {
     Transpose(Run.Field.MolecularOrbitals + n * OccupiedCount(), EmptyCount(), Work.EmptyColumns);
 }
 
+const double* TransposedOccupiedLevels() {
+    return Work.OccupiedColumns;
+}
+
+const double* TransposedEmptyLevels() {
+    return Work.EmptyColumns;
+}
+
 static double GapOf(int occupied, int empty) {
     const double gap = Run.Field.OrbitalEnergiesRaw[occupied] - Run.Field.OrbitalEnergiesRaw[empty];
     if (std::fabs(gap) < SmallestGap) {

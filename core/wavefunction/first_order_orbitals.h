@@ -9,6 +9,11 @@ double FirstOrderWorkBytes();
 // called after each wavefunction, before the steps below. Raises OutOfMemory.
 void PrepareFirstOrderOrbitals();
 
+// What PrepareFirstOrderOrbitals has gathered: the coefficients of the occupied levels, [N][occupied], and of the empty
+// ones, [N][empty], transposed.
+const double* TransposedOccupiedLevels();
+const double* TransposedEmptyLevels();
+
 // Symmetry of a first-order matrix: real perturbations are symmetric, imaginary ones antisymmetric.
 inline constexpr double Symmetric = 1.0;
 inline constexpr double Antisymmetric = -1.0;

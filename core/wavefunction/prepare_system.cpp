@@ -14,6 +14,7 @@
 #include "wavefunction/dipole.h"
 #include "wavefunction/first_order_orbitals.h"
 #include "wavefunction/fock_extrapolation.h"
+#include "wavefunction/response_solver.h"
 
 #include <algorithm>
 #include <climits>
@@ -83,6 +84,9 @@ static void ListOptions() {
     LogMessage(Message::ConvergenceAndIterationLimits, static_cast<double>(Run.Options.SCFConvergenceLimit),
                Run.Options.SCFIterationLimit);
     LogMessage(Message::AccelerateConvergenceOption, YesOrNo(Run.Options.SCFAccelerateConvergence));
+    if (Run.Options.ResponseAcceleration) {  // no text of the catalogue, and no line without the option
+        LogAppend("Accelerating the responses?  Yes");
+    }
     LogMessage(Message::DOrbitalsOption, YesOrNo(Run.Options.IncludeDOrbitalsForSecondRow));
     if (Run.Options.CalculateShielding) {
         LogMessage(Message::ModifiedExponentsOption, YesOrNo(Run.Options.ModifySlaterExponents));
@@ -288,7 +292,7 @@ static void AllocateArrays() {
     ArraySum sum;
     VisitArrays(sum);
     if (!MemoryCanServe(sum.Bytes + EigensolverWorkBytes(Run.Basis.OrbitalCount) + DipoleFactorBytes() +
-                        FirstOrderWorkBytes())) {
+                        FirstOrderWorkBytes() + ResponseWorkBytes())) {
         FatalError(Message::MoleculeTooLarge);
     }
     ArrayAllocator allocator;

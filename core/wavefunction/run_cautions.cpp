@@ -59,6 +59,14 @@ void CautionAboutMagneticResponse(const char* axis, double difference, double li
     }
 }
 
+void CautionAboutInstability(const char* perturbation, double eigenvalue) {
+    char line[LineRoom];
+    std::snprintf(line, sizeof line,
+                  "CAUTION: response unstable: the lowest eigenvalue of the %s operator is %.4g Hartree.", perturbation,
+                  eigenvalue);
+    LogAppend(line);
+}
+
 // Pairs of atoms, the worst of them and their count.
 struct DoubtfulPairs {
     int Places[2];    // of the worst pair

@@ -13,6 +13,10 @@ void CautionAboutField(double difference, double limit);
 void CautionAboutContactResponse(int atomNumber, double difference, double limit);
 void CautionAboutMagneticResponse(const char* axis, double difference, double limit);
 
+// A wavefunction that isn't stable against perturbations of a kind, "contact" or "magnetic": the lowest eigenvalue of
+// the operator of their response, Hartree.
+void CautionAboutInstability(const char* perturbation, double eigenvalue);
+
 // The atoms of the calculation that are farthest apart, if no overlap is computed at their distance, and the two that
 // are nearest, if no molecule has them so near. Coordinates are in bohr already. Polls.
 void CautionAboutDistances();

@@ -224,6 +224,11 @@ class ManualPages(unittest.TestCase):
         self.assertEqual(output, self.text("nmrparam.out"))
         match_log(self, self.examples["log of nmrparam.in"], log.splitlines())
 
+    def test_accelerated_responses(self):
+        _, log = self.run_water(lambda text: "ResponseAcceleration = yes\n" + text)
+        lines = [line for line in log.splitlines() if re.match(r"Perturbed [xyz]:", line)]
+        match_log(self, self.examples["accelerated responses"], lines)
+
     def test_parameter_run_with_the_parameters_of_the_project(self):
         shutil.copytree(ROOT / "parameters", self.folder / "all")
         output, _ = self.run_program("water", RunKind.PARAMETER, "all")

@@ -41,6 +41,8 @@ def campaign_jobs():
         exact_spins(12),
         weak_spins(14),
         weak_spins(16),
+        chain_run(60, "couplings, accelerated", COUPLING | FEW_STEPS | {"ResponseAcceleration": True}),
+        chain_run(60, "shielding, accelerated", SHIELDING | FEW_STEPS | {"ResponseAcceleration": True}),
     ]
 
 

@@ -174,6 +174,15 @@ TEST_F(ParameterStop, AcceleratedWavefunction) {
     ExpectStopped(child, 0.1);
 }
 
+// All responses at once: their products are wide, and are done in bands.
+TEST_F(ParameterStop, AcceleratedCoupling) {
+    const pid_t child = Start("CalculateShielding = no\nSCFConvergenceLimit = 1\nSCFIterationLimit = 50\n"
+                              "ResponseAcceleration = yes",
+                              CouplingChainUnits);
+    ASSERT_TRUE(LogHolds(":  Iter = 1"));
+    ExpectStopped(child, 0.05);
+}
+
 // A coarse limit leads to the responses soon; with 122 atoms they take long.
 TEST_F(ParameterStop, Coupling) {
     for (const double pause : {0.0, 0.13}) {
@@ -201,8 +210,9 @@ TEST(ParameterRunEnds, StrangeMolecules) {
     };
     const std::string carbon = "atom 1 C C C - 0 0 0 0 0\n";
     const auto oxygen = [](const char* z) { return std::string("atom 2 O O O - 0 0 0 ").append(z).append(" 0\n"); };
-    for (const char* method : {"SemiEmpiricalMethod = 1", "SemiEmpiricalMethod = 2",
-                               "SemiEmpiricalMethod = 2\nSCFAccelerateConvergence = 1"}) {
+    for (const char* method :
+         {"SemiEmpiricalMethod = 1", "SemiEmpiricalMethod = 2", "SemiEmpiricalMethod = 2\nSCFAccelerateConvergence = 1",
+          "SemiEmpiricalMethod = 1\nResponseAcceleration = 1", "SemiEmpiricalMethod = 2\nResponseAcceleration = 1"}) {
         for (const char* z : {"0", "1e-300", "0.0001", "52.9", "52.92", "1e5", "1e150", "1e300"}) {
             ends(method, carbon + oxygen(z), 2, false);
         }

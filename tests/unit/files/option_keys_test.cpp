@@ -48,6 +48,7 @@ static const struct {
     int RunOptions::*Field;
 } BooleanOptions[] = {
     {"SCFAccelerateConvergence", &RunOptions::SCFAccelerateConvergence},
+    {"ResponseAcceleration", &RunOptions::ResponseAcceleration},
     {"ModifySlaterExponents", &RunOptions::ModifySlaterExponents},
     {"ComputeThreeCenterTerms", &RunOptions::ComputeThreeCenterTerms},
     {"IncludeDOrbitalsForSecondRow", &RunOptions::IncludeDOrbitalsForSecondRow},
@@ -193,7 +194,7 @@ TEST_F(OptionKeys, KeysWithTheSameBeginning) {
 
 TEST_F(OptionKeys, Defaults) {
     ::Run.Options.TotalCharge = ::Run.Options.SCFAccelerateConvergence = ::Run.Options.LogPrintLevel =
-        ::Run.Options.ModifySlaterExponents = 5;
+        ::Run.Options.ModifySlaterExponents = ::Run.Options.ResponseAcceleration = 5;
     ::Run.Options.ComputeThreeCenterTerms = ::Run.Options.IncludeDOrbitalsForSecondRow =
         ::Run.Options.CalculateSpectra = 5;
     ::Run.Options.UnrestrictedWavefunction = ::Run.Options.NextLowestState = ::Run.Options.GeometryRun = 5;
@@ -204,6 +205,7 @@ TEST_F(OptionKeys, Defaults) {
     EXPECT_EQ(::Run.Options.SCFConvergenceLimit, 0.01f);
     EXPECT_EQ(::Run.Options.SCFIterationLimit, 50);
     EXPECT_EQ(::Run.Options.SCFAccelerateConvergence, 0);
+    EXPECT_EQ(::Run.Options.ResponseAcceleration, 0);
     EXPECT_EQ(::Run.Options.LogPrintLevel, 0);
     EXPECT_EQ(::Run.Options.ModifySlaterExponents, 0);
     EXPECT_EQ(::Run.Options.ComputeThreeCenterTerms, 0);

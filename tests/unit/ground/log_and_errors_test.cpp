@@ -24,6 +24,25 @@ static void RedirectTo(const std::string& path, std::FILE* stream) {
     }
 }
 
+// A listing opens the file once; the lines before and after it stand where they belong.
+TEST(Log, LinesOfAListingStayInOrder) {
+    TemporaryDirectory work;
+    InChild(work.Path, [] {
+        LogAppend("before");
+        KeepLogOpen();
+        LogAppend("one");
+        LogMessage(Message::EmptyLine);
+        CloseLog();
+        CloseLog();  // harmless
+        LogAppend("after");
+        KeepLogOpen();
+        LogAppend("lost by nothing but the closing");
+        CloseLog();
+        _exit(0);  // without what a regular end of a process writes
+    });
+    EXPECT_EQ(ReadText(work.Path + "/run.log"), "before\none\n\nafter\nlost by nothing but the closing\n");
+}
+
 TEST(Log, IsAppendedLineByLine) {
     TemporaryDirectory work;
     WriteText(work.Path + "/run.log", "an earlier run\n");

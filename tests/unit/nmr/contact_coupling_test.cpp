@@ -19,6 +19,13 @@ static constexpr char Tight[] = "SCFConvergenceLimit = 1e-6";
 static constexpr char ManyIterations[] = "SCFIterationLimit = 200";
 static constexpr char NoShielding[] = "CalculateShielding = no";
 
+static constexpr char Accelerated[] = "ResponseAcceleration = yes";
+
+static const struct {
+    const char* Method;
+    const char* Acceleration;
+} BothRoads[] = {{Tndo1, ""}, {Tndo2, ""}, {Tndo1, Accelerated}, {Tndo2, Accelerated}};
+
 static std::string Limit(const char* key, int value) {
     return std::string(key).append(" = ").append(std::to_string(value));
 }
@@ -78,8 +85,8 @@ static std::vector<double> FiniteResponse(std::size_t s, double h) {
 // the field of the run (its density is off by about the root of 1.6e-9, and with it the gaps): 2e-5.
 TEST(ContactCoupling, EqualsTheFiniteDifference) {
     for (const Molecule& molecule : {MethaneMolecule(), WaterMolecule(), FormaldehydeMolecule(), HeliumHydride(0.8)}) {
-        for (const char* method : {Tndo1, Tndo2}) {
-            const LoadedMolecule loaded(Coupled(molecule, method));
+        for (const auto& [method, acceleration] : BothRoads) {
+            const LoadedMolecule loaded(With(Coupled(molecule, method), {acceleration}));
             SolveWavefunction();
             std::vector<std::vector<double>> finite;
             for (int place = 0; place < ::Run.Molecule.SelectedAtomCount; ++place) {
