@@ -78,8 +78,3 @@ const DenseKernels& Kernels();
 // Copies inner x columns numbers of a row-major matrix, at most PanelWidth columns, into a panel[inner][PanelWidth]
 // whose further columns are zero.
 void PackPanel(const double* source, std::size_t stride, int columns, int inner, double* panel);
-
-// C = A * B, row-major: rows x inner, inner x columns, rows x columns, with the given distances of rows. Each number
-// of C is the sum over the inner index, ascending from 0 with one accumulator. C overlaps neither A nor B.
-void MultiplyMatrices(const double* a, int aStride, const double* b, int bStride, double* c, int cStride, int rows,
-                      int columns, int inner);

@@ -8,6 +8,7 @@
 
 static constexpr int Parts = ChunkLength / LaneCount;  // registers of a chunk
 static constexpr double Tiny = 1e-30;                  // what counts as zero in a pivot
+static constexpr int TilesAhead = 16;  // tiles of a symmetric matrix that are asked for before their turn
 
 // The sum of the eight lanes of a chunk, in the one order.
 AlwaysInline double SumOfChunk(const Lanes* parts) {
@@ -110,6 +111,18 @@ template <int Rows, int Vectors> static void MultiplyTile(const double* a, std::
     StoreTile(sum, place, row, firstColumn, restColumns);
 }
 
+// Asks for the place of Rows rows before their turn, whole panels of it: what isn't there does no harm.
+template <int Rows> AlwaysInline void PrefetchRows(const ProductPlace& place, int row) {
+#pragma GCC unroll 8
+    for (int r = 0; r < Rows; ++r) {
+        const double* start = PlaceOf(place, row + r, 0);
+#pragma GCC unroll 8
+        for (int chunk = 0; chunk < PanelWidth / ChunkLength; ++chunk, start += place.ChunkStride) {
+            __builtin_prefetch(start, 1);
+        }
+    }
+}
+
 // Rows rows of a product, tile after tile.
 template <int Rows> static void MultiplyRows(const double* a, std::size_t aRow, std::size_t aInner, const double* panel,
                                              const ProductPlace& place, int row, int columns, int inner,
@@ -137,6 +150,9 @@ static void MultiplyPanel(const double* a, std::size_t aRow, std::size_t aInner,
                           const ProductPlace& place, int rows, int columns, int inner, ProductMode mode) {
     int row = 0;
     for (; row + TileRows <= rows; row += TileRows) {
+        if (row + 2 * TileRows <= rows) {
+            PrefetchRows<TileRows>(place, row + TileRows);
+        }
         MultiplyRows<TileRows>(a, aRow, aInner, panel, place, row, columns, inner, mode);
     }
     for (; row < rows; ++row) {
@@ -159,6 +175,10 @@ AlwaysInline void SweepTileRows(const double* tiles, const double* vector, doubl
     }
     const double* tile = tiles + static_cast<std::size_t>(firstChunk) * 64 + firstRow * ChunkLength;
     for (int chunk = firstChunk; chunk < g; ++chunk, tile += 64) {
+#pragma GCC unroll 8
+        for (int r = 0; r < SweepRows; ++r) {
+            __builtin_prefetch(tile + TilesAhead * 64 + r * ChunkLength);
+        }
 #pragma GCC unroll 8
         for (int part = 0; part < Parts; ++part) {
             const int offset = chunk * ChunkLength + part * LaneCount;

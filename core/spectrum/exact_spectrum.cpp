@@ -10,6 +10,7 @@
 #include "ground/touched_pages.h"
 #include "numerics/dense_kernels.h"
 #include "numerics/eigensolver.h"
+#include "numerics/polling_product.h"
 #include "spectrum/line_list.h"
 #include "spectrum/spin_system.h"
 #include "spectrum/sub_matrices.h"
@@ -19,8 +20,8 @@
 #include <utility>
 
 static constexpr double Perturbation = 1e-10;      // Hz; without it degenerate levels have no definite vectors
-static constexpr int UpperStates = 64;             // states of the block before that are handled together
-static constexpr long long ProductWork = 1 << 25;  // multiplications of a matrix product between two polls
+static constexpr int UpperStates = 256;            // states of the block before that are handled together
+static constexpr int PanelStride = 264;            // distance of the rows of their amplitudes, an odd number of chunks
 static constexpr int TransposeBlock = 16;          // rows and columns that are transposed together
 
 // Working storage of one simulation, allocated by AllocateWork. L is the largest
@@ -79,7 +80,7 @@ template <class Visitor> static void VisitWork(Visitor& visit) {
     }
     visit(Work.Values, largest);
     visit(Work.PreviousValues, largest);
-    visit(Work.Panel, largest * UpperStates);
+    visit(Work.Panel, largest * PanelStride);
     visit(Work.PlaceOfState, LargestSubMatrix());
 }
 
@@ -235,14 +236,8 @@ static void LowerPreviousVectors(const Block& block, int previousDimension, doub
 
 // Transition amplitudes of a panel of upper states: one row for each eigenvector of the block in hand.
 static void ComputeAmplitudes(int dimension, int previousDimension, int firstUpper, int width) {
-    const long long rowWork = static_cast<long long>(dimension) * width;
-    const int rows = static_cast<int>(std::max<long long>(16, ProductWork / rowWork));
-    for (int row = 0; row < dimension; row += rows) {
-        MultiplyMatrices(Work.Vectors + static_cast<long long>(row) * dimension, dimension,
-                         Work.Hamiltonian + firstUpper, previousDimension, Work.Panel + row * UpperStates, UpperStates,
-                         std::min(rows, dimension - row), width, dimension);
-        PollMessages(1);
-    }
+    PollingProduct(Work.Vectors, dimension, Work.Hamiltonian + firstUpper, previousDimension, Work.Panel, PanelStride,
+                   dimension, width, dimension);
 }
 
 // Writes the transitions from every state of the block before to every state of the block in hand.
@@ -256,7 +251,7 @@ static void WriteLines(const Block& block, int previousDimension) {
         for (int a = 0; a < width; ++a) {
             const double upper = Work.PreviousValues[first + a];
             for (int b = 0; b < dimension; ++b) {
-                const double t = Work.Panel[b * UpperStates + a];
+                const double t = Work.Panel[static_cast<long long>(b) * PanelStride + a];
                 Work.LineCount = WriteLine(Work.LineCount, upper - Work.Values[b], t * t * Sub.Weight, Sub.Degeneracy);
             }
             PollMessages(dimension);
