@@ -33,9 +33,8 @@ static void TransposeReflectors(const double* rows, int n, int count, int length
 static void MultiplyByReflectors(const double* left, std::size_t stride, int rows, int first, int inner, int count,
                                  double* target) {
     for (int panel = 0; panel * PanelWidth < count; ++panel) {
-        const double* right =
-            SolverWork.Reflectors + static_cast<std::size_t>(panel) * PanelWidth *
-                                        static_cast<std::size_t>(SolverWork.Capacity);
+        const double* right = SolverWork.Reflectors + static_cast<std::size_t>(panel) * PanelWidth *
+                                                          static_cast<std::size_t>(SolverWork.Capacity);
         Kernels().MultiplyPanel(left, stride, 1, right + static_cast<std::size_t>(first) * PanelWidth,
                                 {target + panel * PanelWidth, ReflectorWidth, ChunkLength}, rows,
                                 std::min(PanelWidth, count - panel * PanelWidth), inner,

@@ -8,13 +8,14 @@
 #include <cmath>
 #include <cstdint>
 
-static constexpr double SmallReflector = 1e-30;  // a reflector with a smaller h is left out
-static constexpr double SmallMatrix = 1e-4;      // a matrix with no larger number has a smaller limit in proportion
-static constexpr double WorkOfProduct = 2e6;     // multiplications of a symmetric product between two polls
+static constexpr double SmallReflector = 1e-30;   // a reflector with a smaller h is left out
+static constexpr double SmallMatrix = 1e-4;       // a matrix with no larger number has a smaller limit in proportion
+static constexpr double WorkOfProduct = 2e6;      // multiplications of a symmetric product between two polls
+static constexpr double CachedNumbers = 2 << 20;  // a triangle with no more is likely to stay in the last cache
 static constexpr std::size_t TileSize = ChunkLength * ChunkLength;
-static constexpr int Pairs = 2 * ReductionWidth;               // v and w of the columns of a panel
-static constexpr int PanelChunks = PanelWidth / ChunkLength;   // chunks of a panel of the update
-static constexpr int GroupChunks = 4 * PanelChunks;            // chunks of the panels that meet a tile row at once
+static constexpr int Pairs = 2 * ReductionWidth;              // v and w of the columns of a panel
+static constexpr int PanelChunks = PanelWidth / ChunkLength;  // chunks of a panel of the update
+static constexpr int GroupChunks = 4 * PanelChunks;           // chunks of the panels that meet a tile row at once
 
 static double* TileRow(double* triangle, int g) {
     return triangle + TileSize / 2 * static_cast<std::size_t>(g) * static_cast<std::size_t>(g + 1);
@@ -90,6 +91,7 @@ static void OpenPanel(double* triangle, int first, int width, int tileRows) {
 static void MultiplyTriangle(const double* triangle, const double* v, double* product, int from, int tileRows) {
     const DenseKernels& kernels = Kernels();
     const int firstChunk = from / ChunkLength;
+    const bool isFar = 0.5 * TileSize * (tileRows - firstChunk) * (tileRows - firstChunk) > CachedNumbers;
     std::fill(product + firstChunk * ChunkLength, product + tileRows * ChunkLength, 0.0);
     for (int g = firstChunk; g < tileRows;) {
         double work = 0.0;
@@ -98,7 +100,7 @@ static void MultiplyTriangle(const double* triangle, const double* v, double* pr
             ++end;
             work += 2.0 * TileSize * (end - firstChunk);
         }
-        kernels.MultiplySymmetric(triangle, v, product, firstChunk, g, end);
+        kernels.MultiplySymmetric(triangle, v, product, firstChunk, g, end, isFar);
         CountSolverWork(work);
         g = end;
     }

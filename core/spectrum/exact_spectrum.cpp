@@ -19,10 +19,10 @@
 #include <cmath>
 #include <utility>
 
-static constexpr double Perturbation = 1e-10;      // Hz; without it degenerate levels have no definite vectors
-static constexpr int UpperStates = 256;            // states of the block before that are handled together
-static constexpr int PanelStride = 264;            // distance of the rows of their amplitudes, an odd number of chunks
-static constexpr int TransposeBlock = 16;          // rows and columns that are transposed together
+static constexpr double Perturbation = 1e-10;  // Hz; without it degenerate levels have no definite vectors
+static constexpr int UpperStates = 256;        // states of the block before that are handled together
+static constexpr int PanelStride = 264;        // distance of the rows of their amplitudes, an odd number of chunks
+static constexpr int TransposeBlock = 16;      // rows and columns that are transposed together
 
 // Working storage of one simulation, allocated by AllocateWork. L is the largest
 // dimension of a SubSubMatrix, N the number of groups.
