@@ -8,7 +8,9 @@
 
 static constexpr int Parts = ChunkLength / LaneCount;  // registers of a chunk
 static constexpr double Tiny = 1e-30;                  // what counts as zero in a pivot
-static constexpr int TilesAhead = 16;  // tiles of a symmetric matrix that are asked for before their turn
+static constexpr int TilesAhead = 16;                  // tiles of a symmetric matrix asked for before their turn
+static constexpr int PanelsAhead = 2;                  // panels of a product asked for before their turn
+static constexpr int SecondCache = 2;                  // where the compiler's prefetch is to bring them
 
 // The sum of the eight lanes of a chunk, in the one order.
 AlwaysInline double SumOfChunk(const Lanes* parts) {
@@ -118,14 +120,15 @@ template <int Rows, int Vectors> static void MultiplyTile(const double* a, std::
     StoreTile(sum, place, row, firstColumn, restColumns);
 }
 
-// Asks for the place of Rows rows before their turn, whole panels of it: what isn't there does no harm.
+// Asks for what lies PanelsAhead panels to the right of the place of Rows rows, the likely place of a later product: a
+// wrong guess does no harm.
 template <int Rows> AlwaysInline void PrefetchRows(const ProductPlace& place, int row) {
 #pragma GCC unroll 8
     for (int r = 0; r < Rows; ++r) {
-        const double* start = PlaceOf(place, row + r, 0);
+        const double* start = PlaceOf(place, row + r, PanelsAhead * PanelWidth);
 #pragma GCC unroll 8
         for (int chunk = 0; chunk < PanelWidth / ChunkLength; ++chunk, start += place.ChunkStride) {
-            __builtin_prefetch(start, 1);
+            __builtin_prefetch(start, 1, SecondCache);
         }
     }
 }
@@ -157,9 +160,7 @@ static void MultiplyPanel(const double* a, std::size_t aRow, std::size_t aInner,
                           const ProductPlace& place, int rows, int columns, int inner, ProductMode mode) {
     int row = 0;
     for (; row + TileRows <= rows; row += TileRows) {
-        if (row + 2 * TileRows <= rows) {
-            PrefetchRows<TileRows>(place, row + TileRows);
-        }
+        PrefetchRows<TileRows>(place, row);
         MultiplyRows<TileRows>(a, aRow, aInner, panel, place, row, columns, inner, mode);
     }
     for (; row < rows; ++row) {

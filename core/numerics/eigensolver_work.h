@@ -7,7 +7,7 @@
 
 constexpr int ReductionWidth = 32;   // columns that are reduced before the rest of the matrix is updated
 constexpr int ReflectorWidth = 64;   // reflectors that are applied together in the back-transformation
-constexpr int VectorBlock = 64;      // eigenvectors that are back-transformed together
+constexpr int VectorBlock = 128;     // eigenvectors that are back-transformed together
 constexpr int SmallTriangle = 1024;  // numbers of the tiled triangle of an order of at most SmallOrder
 constexpr int SmallOrder = 40;       // up to here the tiled triangle has a place of its own
 
