@@ -8,6 +8,9 @@
 
 static constexpr int Parts = ChunkLength / LaneCount;  // registers of a chunk
 static constexpr double Tiny = 1e-30;                  // what counts as zero in a pivot
+static constexpr int TilesAhead = 16;                  // tiles of a symmetric matrix asked for before their turn
+static constexpr int PanelsAhead = 2;                  // panels of a product asked for before their turn
+static constexpr int SecondCache = 2;                  // where the compiler's prefetch is to bring them
 
 // The sum of the eight lanes of a chunk, in the one order.
 AlwaysInline double SumOfChunk(const Lanes* parts) {
@@ -31,16 +34,22 @@ AlwaysInline double* PlaceOf(const ProductPlace& place, int row, int column) {
            static_cast<std::size_t>(column / ChunkLength) * place.ChunkStride + column % ChunkLength;
 }
 
+// Register v of a row of a tile, whose first number is at start. A tile begins with a chunk or ends with one.
+AlwaysInline double* PlaceOfRegister(double* start, std::size_t chunkStride, int v) {
+    return start + static_cast<std::size_t>(v * LaneCount / ChunkLength) * chunkStride + v * LaneCount % ChunkLength;
+}
+
 // The sums of a tile as they start. Of its last register, restColumns columns exist.
 template <int Rows, int Vectors> AlwaysInline void StartTile(Lanes (&sum)[Rows][Vectors], const ProductPlace& place,
                                                              int row, int firstColumn, int restColumns,
                                                              ProductMode mode) {
     double rest[LaneCount];
+    double* first = PlaceOf(place, row, firstColumn);
 #pragma GCC unroll 8
-    for (int r = 0; r < Rows; ++r) {
+    for (int r = 0; r < Rows; ++r, first += place.RowStride) {
 #pragma GCC unroll 8
         for (int v = 0; v < Vectors; ++v) {
-            const double* start = PlaceOf(place, row + r, firstColumn + v * LaneCount);
+            const double* start = PlaceOfRegister(first, place.ChunkStride, v);
             if (mode == OverwriteWithProduct) {
                 sum[r][v] = Lanes{};
             } else if (v < Vectors - 1 || restColumns >= LaneCount) {
@@ -58,11 +67,12 @@ template <int Rows, int Vectors> AlwaysInline void StartTile(Lanes (&sum)[Rows][
 template <int Rows, int Vectors> AlwaysInline void
 StoreTile(const Lanes (&sum)[Rows][Vectors], const ProductPlace& place, int row, int firstColumn, int restColumns) {
     double rest[LaneCount];
+    double* first = PlaceOf(place, row, firstColumn);
 #pragma GCC unroll 8
-    for (int r = 0; r < Rows; ++r) {
+    for (int r = 0; r < Rows; ++r, first += place.RowStride) {
 #pragma GCC unroll 8
         for (int v = 0; v < Vectors; ++v) {
-            double* start = PlaceOf(place, row + r, firstColumn + v * LaneCount);
+            double* start = PlaceOfRegister(first, place.ChunkStride, v);
             if (v < Vectors - 1 || restColumns >= LaneCount) {
                 Store(start, sum[r][v]);
             } else {
@@ -110,6 +120,19 @@ template <int Rows, int Vectors> static void MultiplyTile(const double* a, std::
     StoreTile(sum, place, row, firstColumn, restColumns);
 }
 
+// Asks for what lies PanelsAhead panels to the right of the place of Rows rows, the likely place of a later product: a
+// wrong guess does no harm.
+template <int Rows> AlwaysInline void PrefetchRows(const ProductPlace& place, int row) {
+#pragma GCC unroll 8
+    for (int r = 0; r < Rows; ++r) {
+        const double* start = PlaceOf(place, row + r, PanelsAhead * PanelWidth);
+#pragma GCC unroll 8
+        for (int chunk = 0; chunk < PanelWidth / ChunkLength; ++chunk, start += place.ChunkStride) {
+            __builtin_prefetch(start, 1, SecondCache);
+        }
+    }
+}
+
 // Rows rows of a product, tile after tile.
 template <int Rows> static void MultiplyRows(const double* a, std::size_t aRow, std::size_t aInner, const double* panel,
                                              const ProductPlace& place, int row, int columns, int inner,
@@ -137,6 +160,7 @@ static void MultiplyPanel(const double* a, std::size_t aRow, std::size_t aInner,
                           const ProductPlace& place, int rows, int columns, int inner, ProductMode mode) {
     int row = 0;
     for (; row + TileRows <= rows; row += TileRows) {
+        PrefetchRows<TileRows>(place, row);
         MultiplyRows<TileRows>(a, aRow, aInner, panel, place, row, columns, inner, mode);
     }
     for (; row < rows; ++row) {
@@ -145,8 +169,8 @@ static void MultiplyPanel(const double* a, std::size_t aRow, std::size_t aInner,
 }
 
 // The contribution of SweepRows rows of tile row g: their products with vector, and vector times their mirror images.
-AlwaysInline void SweepTileRows(const double* tiles, const double* vector, double* result, int firstChunk, int g,
-                                int firstRow) {
+template <bool Far> AlwaysInline void SweepTileRows(const double* tiles, const double* vector, double* result,
+                                                    int firstChunk, int g, int firstRow) {
     Lanes sum[SweepRows][Parts];
     double factor[SweepRows];
 #pragma GCC unroll 8
@@ -159,6 +183,10 @@ AlwaysInline void SweepTileRows(const double* tiles, const double* vector, doubl
     }
     const double* tile = tiles + static_cast<std::size_t>(firstChunk) * 64 + firstRow * ChunkLength;
     for (int chunk = firstChunk; chunk < g; ++chunk, tile += 64) {
+#pragma GCC unroll 8
+        for (int r = 0; r < SweepRows && Far; ++r) {
+            __builtin_prefetch(tile + TilesAhead * 64 + r * ChunkLength);
+        }
 #pragma GCC unroll 8
         for (int part = 0; part < Parts; ++part) {
             const int offset = chunk * ChunkLength + part * LaneCount;
@@ -184,13 +212,22 @@ AlwaysInline void SweepTileRows(const double* tiles, const double* vector, doubl
     }
 }
 
-static void MultiplySymmetric(const double* triangle, const double* vector, double* result, int firstChunk,
-                              int firstRow, int endRow) {
+template <bool Far> static void MultiplyTileRows(const double* triangle, const double* vector, double* result,
+                                                 int firstChunk, int firstRow, int endRow) {
     for (int g = firstRow; g < endRow; ++g) {
         const double* tiles = triangle + 32 * static_cast<std::size_t>(g) * (static_cast<std::size_t>(g) + 1);
         for (int row = 0; row < ChunkLength; row += SweepRows) {
-            SweepTileRows(tiles, vector, result, firstChunk, g, row);
+            SweepTileRows<Far>(tiles, vector, result, firstChunk, g, row);
         }
+    }
+}
+
+static void MultiplySymmetric(const double* triangle, const double* vector, double* result, int firstChunk,
+                              int firstRow, int endRow, bool isFar) {
+    if (isFar) {
+        MultiplyTileRows<true>(triangle, vector, result, firstChunk, firstRow, endRow);
+    } else {
+        MultiplyTileRows<false>(triangle, vector, result, firstChunk, firstRow, endRow);
     }
 }
 

@@ -41,7 +41,6 @@ static double* TakeArray(double* start, std::size_t count, std::size_t* used) {
 static std::size_t LayOutArrays(double* start, int capacity, EigensolverWork& work) {
     const std::size_t length = (static_cast<std::size_t>(capacity) + 7) / 8 * 8;
     const std::size_t square = static_cast<std::size_t>(ReflectorWidth) * ReflectorWidth;
-    const std::size_t overlap = static_cast<std::size_t>(VectorBlock) * ReflectorWidth;
     std::size_t used = 0;
     work.Capacity = capacity;
     work.PanelStride = length % 16 == 0 ? length + 8 : length;
@@ -56,14 +55,14 @@ static std::size_t LayOutArrays(double* start, int capacity, EigensolverWork& wo
         *lane = TakeArray(start, length * ChunkLength, &used);
     }
     work.Panel = TakeArray(start, 2 * ReductionWidth * work.PanelStride, &used);
-    work.Packed = TakeArray(start, static_cast<std::size_t>(ReflectorWidth) * PanelWidth, &used);
     work.SmallTiles = TakeArray(start, SmallTriangle, &used);
     work.Reflectors = TakeArray(start, length * ReflectorWidth, &used);
+    work.RowPanels = TakeArray(start, (length + PanelWidth) * ReflectorWidth, &used);
     work.Gram = TakeArray(start, square, &used);
     work.BlockFactor = TakeArray(start, square, &used);
     work.BlockPanels = TakeArray(start, square, &used);
-    work.Overlap = TakeArray(start, overlap, &used);
-    work.Combination = TakeArray(start, overlap, &used);
+    work.Overlap = TakeArray(start, length * ReflectorWidth, &used);
+    work.Combination = TakeArray(start, static_cast<std::size_t>(VectorBlock) * ReflectorWidth, &used);
     return used;
 }
 

@@ -7,7 +7,7 @@
 
 constexpr int ReductionWidth = 32;   // columns that are reduced before the rest of the matrix is updated
 constexpr int ReflectorWidth = 64;   // reflectors that are applied together in the back-transformation
-constexpr int VectorBlock = 64;      // eigenvectors that are back-transformed together
+constexpr int VectorBlock = 128;     // eigenvectors that are back-transformed together
 constexpr int SmallTriangle = 1024;  // numbers of the tiled triangle of an order of at most SmallOrder
 constexpr int SmallOrder = 40;       // up to here the tiled triangle has a place of its own
 
@@ -25,13 +25,15 @@ struct EigensolverWork {
     double* Residual;         // [P] norm of (T - Quotient) x, with the noise of its rounding
     double* Spare;            // [P] the best vector of several attempts
     double* Panel;            // [2 ReductionWidth][PanelStride] v and w of each column of a panel, in turn
-    double* Packed;           // [ReflectorWidth][32] a panel of the right factor of a product
     double* SmallTiles;       // [SmallTriangle] tiled triangle of a small matrix
-    double* Reflectors;       // [ReflectorWidth / 32][P][32] reflectors of a block, in columns
+    double* Reflectors;       // [ReflectorWidth / 32][P][32] reflectors of a block, in columns; before, [P / 8][64][8]
+                              // the rows of Panel in chunks
+    double* RowPanels;        // [P / 32 rounded up][ReflectorWidth][32] reflectors of a block, in panels of their rows;
+                              // before, the rows of Panel in panels
     double* Gram;             // [ReflectorWidth][ReflectorWidth] scalar products of the reflectors of a block
     double* BlockFactor;      // [ReflectorWidth][ReflectorWidth] T of the block I - V T V'
     double* BlockPanels;      // [ReflectorWidth / 32][ReflectorWidth][32] the transpose of T, in panels
-    double* Overlap;          // [VectorBlock][ReflectorWidth] products of vectors and reflectors
+    double* Overlap;          // [P][ReflectorWidth] products of vectors and reflectors
     double* Combination;      // [VectorBlock][ReflectorWidth] Overlap times the transpose of T
     double* LaneReciprocal;   // [P][8] see LaneFactors, with the three that follow
     double* LaneUpper;        // [P][8]

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Matrix products that see a stop while they run.
+// Products of whole matrices that see a stop while they run.
 #pragma once
 
-// MultiplyMatrices in bands of rows, with a poll after each.
+// C = A * B, row-major: rows x inner, inner x columns, rows x columns, with the given distances of rows. Each number
+// of C is the sum over the inner index, ascending from 0 with one accumulator. C overlaps neither A nor B. Polls
+// between pieces of work; may not return.
 void PollingProduct(const double* a, int aStride, const double* b, int bStride, double* c, int cStride, int rows,
                     int columns, int inner);

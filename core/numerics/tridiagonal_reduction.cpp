@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Householder reduction of a symmetric matrix to tridiagonal form, and the way back for eigenvectors, in blocks.
-// Householder, J. ACM 5 (1958) 339; Dongarra, Hammarling, Sorensen, J. Comput. Appl. Math. 27 (1989) 215;
-// Schreiber, Van Loan, SIAM J. Sci. Stat. Comput. 10 (1989) 53.
+// Householder reduction of a symmetric matrix to tridiagonal form, in panels.
+// Householder, J. ACM 5 (1958) 339; Dongarra, Hammarling, Sorensen, J. Comput. Appl. Math. 27 (1989) 215.
 #include "numerics/dense_kernels.h"
 #include "numerics/eigensolver_work.h"
 
@@ -9,11 +8,14 @@
 #include <cmath>
 #include <cstdint>
 
-static constexpr double SmallReflector = 1e-30;  // a reflector with a smaller h is left out
-static constexpr double SmallMatrix = 1e-4;      // a matrix with no larger number has a smaller limit in proportion
-static constexpr double WorkOfProduct = 2e6;     // multiplications of a symmetric product between two polls
+static constexpr double SmallReflector = 1e-30;   // a reflector with a smaller h is left out
+static constexpr double SmallMatrix = 1e-4;       // a matrix with no larger number has a smaller limit in proportion
+static constexpr double WorkOfProduct = 2e6;      // multiplications of a symmetric product between two polls
+static constexpr double CachedNumbers = 2 << 20;  // a triangle with no more is likely to stay in the last cache
 static constexpr std::size_t TileSize = ChunkLength * ChunkLength;
-static constexpr int InnerBlock = 128;  // inner indices of a product that stay in the first cache
+static constexpr int Pairs = 2 * ReductionWidth;              // v and w of the columns of a panel
+static constexpr int PanelChunks = PanelWidth / ChunkLength;  // chunks of a panel of the update
+static constexpr int GroupChunks = 4 * PanelChunks;           // chunks of the panels that meet a tile row at once
 
 static double* TileRow(double* triangle, int g) {
     return triangle + TileSize / 2 * static_cast<std::size_t>(g) * static_cast<std::size_t>(g + 1);
@@ -89,6 +91,7 @@ static void OpenPanel(double* triangle, int first, int width, int tileRows) {
 static void MultiplyTriangle(const double* triangle, const double* v, double* product, int from, int tileRows) {
     const DenseKernels& kernels = Kernels();
     const int firstChunk = from / ChunkLength;
+    const bool isFar = 0.5 * TileSize * (tileRows - firstChunk) * (tileRows - firstChunk) > CachedNumbers;
     std::fill(product + firstChunk * ChunkLength, product + tileRows * ChunkLength, 0.0);
     for (int g = firstChunk; g < tileRows;) {
         double work = 0.0;
@@ -97,7 +100,7 @@ static void MultiplyTriangle(const double* triangle, const double* v, double* pr
             ++end;
             work += 2.0 * TileSize * (end - firstChunk);
         }
-        kernels.MultiplySymmetric(triangle, v, product, firstChunk, g, end);
+        kernels.MultiplySymmetric(triangle, v, product, firstChunk, g, end, isFar);
         CountSolverWork(work);
         g = end;
     }
@@ -177,26 +180,47 @@ static void ReduceColumn(double* matrix, const double* triangle, int first, int 
     std::copy(v + i + 1, v + n, row + i + 1);
 }
 
-// A -= V W' + W V' for the part of the triangle after the panel that starts at first.
-static void UpdateTriangle(double* triangle, int first, int tileRows) {
-    const DenseKernels& kernels = Kernels();
-    constexpr int PanelChunks = PanelWidth / ChunkLength;
-    constexpr int Inner = 2 * ReductionWidth;
-    for (int chunk = (first + ReductionWidth) / ChunkLength; chunk < tileRows; chunk += PanelChunks) {
+// Packs the panel for the update of what follows it, from tile row first on. Left factor: its columns in chunks, number
+// k * 8 + r of tile row g at (g - first) * 8 * Pairs. Right factor: its columns in panels, with each v at the place of
+// its w and the other way round.
+static void PackPairs(int first, int tileRows) {
+    for (int g = first; g < tileRows; ++g) {
+        double* chunk = SolverWork.Reflectors + static_cast<std::size_t>(g - first) * ChunkLength * Pairs;
+        for (int k = 0; k < Pairs; ++k) {
+            const double* row = SolverWork.Panel + static_cast<std::size_t>(k) * SolverWork.PanelStride;
+            std::copy(row + g * ChunkLength, row + (g + 1) * ChunkLength, chunk + k * ChunkLength);
+        }
+    }
+    for (int chunk = first; chunk < tileRows; chunk += PanelChunks) {
         const int columns = std::min(PanelChunks, tileRows - chunk) * ChunkLength;
-        for (int k = 0; k < ReductionWidth; ++k) {
-            double* packed = SolverWork.Packed + 2 * k * PanelWidth;
+        double* packed = SolverWork.RowPanels + static_cast<std::size_t>(chunk - first) * ChunkLength * Pairs;
+        for (int k = 0; k < ReductionWidth; ++k, packed += 2 * PanelWidth) {
             PackPanel(PartnerRow(k) + chunk * ChunkLength, 0, columns, 1, packed);
             PackPanel(ReflectorRow(k) + chunk * ChunkLength, 0, columns, 1, packed + PanelWidth);
         }
-        for (int g = chunk; g < tileRows; ++g) {
-            const ProductPlace place = {TileRow(triangle, g) + static_cast<std::size_t>(chunk) * TileSize, ChunkLength,
-                                        TileSize};
-            kernels.MultiplyPanel(SolverWork.Panel + g * ChunkLength, 1, SolverWork.PanelStride, SolverWork.Packed,
-                                  place, ChunkLength, std::min(PanelChunks, g - chunk + 1) * ChunkLength, Inner,
-                                  SubtractProduct);
+    }
+}
+
+// A -= V W' + W V' for the part of the triangle after the panel that starts at first column.
+static void UpdateTriangle(double* triangle, int firstColumn, int tileRows) {
+    const DenseKernels& kernels = Kernels();
+    const int first = (firstColumn + ReductionWidth) / ChunkLength;
+    PackPairs(first, tileRows);
+    for (int group = first; group < tileRows; group += GroupChunks) {
+        for (int g = group; g < tileRows; ++g) {
+            const double* left = SolverWork.Reflectors + static_cast<std::size_t>(g - first) * ChunkLength * Pairs;
+            double* tiles = TileRow(triangle, g);
+            const int end = std::min(group + GroupChunks, g + 1);
+            for (int chunk = group; chunk < end; chunk += PanelChunks) {
+                const double* right =
+                    SolverWork.RowPanels + static_cast<std::size_t>(chunk - first) * ChunkLength * Pairs;
+                kernels.MultiplyPanel(left, 1, ChunkLength, right,
+                                      {tiles + static_cast<std::size_t>(chunk) * TileSize, ChunkLength, TileSize},
+                                      ChunkLength, std::min(PanelChunks, end - chunk) * ChunkLength, Pairs,
+                                      SubtractProduct);
+            }
+            CountSolverWork(0.3 * Pairs * ChunkLength * ChunkLength * (end - group));
         }
-        CountSolverWork(0.3 * Inner * PanelWidth * ChunkLength * (tileRows - chunk));
     }
 }
 
@@ -214,105 +238,6 @@ void ReduceToTridiagonal(double* matrix, double* vectors, int n) {
         }
         if (first + ReductionWidth < n) {
             UpdateTriangle(triangle, first, tileRows);
-        }
-    }
-}
-
-// Copies the reflectors of a block, rows of the matrix, into columns, in panels.
-static void TransposeReflectors(const double* rows, int n, int count, int length) {
-    for (int panel = 0; panel * PanelWidth < count; ++panel) {
-        const int inPanel = std::min(PanelWidth, count - panel * PanelWidth);
-        double* target = SolverWork.Reflectors +
-                         static_cast<std::size_t>(panel) * PanelWidth * static_cast<std::size_t>(SolverWork.Capacity);
-        const double* source = rows + static_cast<std::size_t>(panel) * PanelWidth * static_cast<std::size_t>(n);
-        for (int begin = 0; begin < length; begin += ChunkLength) {
-            const int end = std::min(length, begin + ChunkLength);
-            for (int k = 0; k < PanelWidth; ++k) {
-                const double* row = source + static_cast<std::size_t>(k) * static_cast<std::size_t>(n);
-                for (int j = begin; j < end; ++j) {
-                    target[static_cast<std::size_t>(j) * PanelWidth + static_cast<std::size_t>(k)] =
-                        k < inPanel ? row[j] : 0.0;
-                }
-            }
-        }
-    }
-}
-
-// left[rows][inner] times the reflectors of the block, in their panels, into target[rows][ReflectorWidth].
-static void MultiplyByReflectors(const double* left, std::size_t stride, int rows, int count, int inner,
-                                 double* target) {
-    for (int panel = 0; panel * PanelWidth < count; ++panel) {
-        const double* right = SolverWork.Reflectors + static_cast<std::size_t>(panel) * PanelWidth *
-                                                          static_cast<std::size_t>(SolverWork.Capacity);
-        const ProductPlace place = {target + panel * PanelWidth, ReflectorWidth, ChunkLength};
-        for (int k = 0; k < inner; k += InnerBlock) {
-            Kernels().MultiplyPanel(left + k, stride, 1, right + static_cast<std::size_t>(k) * PanelWidth, place, rows,
-                                    std::min(PanelWidth, count - panel * PanelWidth), std::min(InnerBlock, inner - k),
-                                    k == 0 ? OverwriteWithProduct : AddProduct);
-        }
-    }
-}
-
-// The upper triangular T with H(first) H(first + 1) ... = I - V T V', and its transpose in panels.
-static void FormBlockFactor(const double* rows, int n, int first, int count, int length) {
-    MultiplyByReflectors(rows, static_cast<std::size_t>(n), count, count, length, SolverWork.Gram);
-    for (int i = 0; i < count; ++i) {
-        const double h = SolverWork.ReflectorScale[first + i];
-        const double scale = h == 0.0 ? 0.0 : 1.0 / h;
-        for (int j = 0; j < i; ++j) {
-            double sum = 0.0;
-            for (int l = j; l < i; ++l) {
-                sum += SolverWork.BlockFactor[j * ReflectorWidth + l] * SolverWork.Gram[l * ReflectorWidth + i];
-            }
-            SolverWork.BlockFactor[j * ReflectorWidth + i] = -scale * sum;
-        }
-        SolverWork.BlockFactor[i * ReflectorWidth + i] = scale;
-    }
-    for (int panel = 0; panel * PanelWidth < count; ++panel) {
-        for (int l = 0; l < count; ++l) {
-            for (int k = 0; k < PanelWidth; ++k) {
-                const int row = panel * PanelWidth + k;
-                SolverWork.BlockPanels[(panel * ReflectorWidth + l) * PanelWidth + k] =
-                    row <= l ? SolverWork.BlockFactor[row * ReflectorWidth + l] : 0.0;
-            }
-        }
-    }
-}
-
-// Applies the block's reflectors to count vectors: x -= V T V' x, where start is their first number that changes.
-static void ApplyBlock(const double* rows, int n, int reflectors, int length, double* start, int count) {
-    const DenseKernels& kernels = Kernels();
-    const std::size_t stride = static_cast<std::size_t>(n);
-    MultiplyByReflectors(start, stride, count, reflectors, length, SolverWork.Overlap);
-    for (int panel = 0; panel * PanelWidth < reflectors; ++panel) {
-        const ProductPlace place = {SolverWork.Combination + panel * PanelWidth, ReflectorWidth, ChunkLength};
-        kernels.MultiplyPanel(SolverWork.Overlap, ReflectorWidth, 1,
-                              SolverWork.BlockPanels + panel * ReflectorWidth * PanelWidth, place, count,
-                              std::min(PanelWidth, reflectors - panel * PanelWidth), reflectors, OverwriteWithProduct);
-    }
-    for (int j = 0; j < length; j += PanelWidth) {
-        const int columns = std::min(PanelWidth, length - j);
-        PackPanel(rows + j, stride, columns, reflectors, SolverWork.Packed);
-        kernels.MultiplyPanel(SolverWork.Combination, ReflectorWidth, 1, SolverWork.Packed,
-                              {start + j, stride, ChunkLength}, count, columns, reflectors, SubtractProduct);
-    }
-    CountSolverWork(0.6 * count * reflectors * length);
-}
-
-void TransformBack(const double* matrix, double* vectors, int n) {
-    const std::size_t stride = static_cast<std::size_t>(n);
-    if (n <= 2) {
-        return;
-    }
-    for (int first = (n - 3) / ReflectorWidth * ReflectorWidth; first >= 0; first -= ReflectorWidth) {
-        const int reflectors = std::min(ReflectorWidth, n - 2 - first);
-        const int length = n - first;
-        const double* rows = matrix + static_cast<std::size_t>(first) * (stride + 1);
-        TransposeReflectors(rows, n, reflectors, length);
-        FormBlockFactor(rows, n, first, reflectors, length);
-        for (int i = 0; i < n; i += VectorBlock) {
-            ApplyBlock(rows, n, reflectors, length, vectors + static_cast<std::size_t>(i) * stride + first,
-                       std::min(VectorBlock, n - i));
         }
     }
 }

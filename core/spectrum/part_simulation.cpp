@@ -10,6 +10,7 @@
 #include "ground/touched_pages.h"
 #include "numerics/dense_kernels.h"
 #include "numerics/eigensolver.h"
+#include "numerics/polling_product.h"
 #include "spectrum/level_coincidences.h"
 #include "spectrum/part_states.h"
 #include "spectrum/spectator_states.h"
@@ -19,10 +20,10 @@
 #include <cmath>
 #include <utility>
 
-static constexpr double Perturbation = 1e-10;      // Hz; without it degenerate levels have no definite vectors
-static constexpr int UpperStates = 64;             // states of the block before that are handled together
-static constexpr long long ProductWork = 1 << 25;  // multiplications of a matrix product between two polls
-static constexpr int TransposeBlock = 16;          // rows and columns that are transposed together
+static constexpr double Perturbation = 1e-10;  // Hz; without it degenerate levels have no definite vectors
+static constexpr int UpperStates = 256;        // states of a block above that are handled together
+static constexpr int PanelStride = 264;        // distance of the rows of their amplitudes, an odd number of chunks
+static constexpr int TransposeBlock = 16;      // rows and columns that are transposed together
 
 // Working storage of the simulation of one part, for its first SubMatrix, which has the largest blocks: L is the
 // largest dimension. A block's eigenvectors are kept until its last neighbour below has come by, in the slot of its
@@ -34,7 +35,7 @@ static struct {
     double* Kept;           // eigenvectors of the blocks above, in columns, slot after slot
     double* KeptValues;     // [slots][L] their eigenvalues, Hz
     long long* SlotStarts;  // [slots + 1] where the vectors of each slot begin
-    double* Panel;          // [L][UpperStates] transition amplitudes
+    double* Panel;          // [L][PanelStride] transition amplitudes
     long long LineCount;    // lines written, of all parts
 } Work;
 
@@ -76,7 +77,7 @@ template <class Visitor> static void VisitWork(Visitor& visit) {
     visit(Work.Kept, KeptLength());
     visit(Work.KeptValues, largest * SlotCount());
     visit(Work.SlotStarts, SlotCount() + 1);
-    visit(Work.Panel, largest * UpperStates);
+    visit(Work.Panel, largest * PanelStride);
 }
 
 double PartBytes(const SpinPart& part) {
@@ -234,14 +235,8 @@ static void LowerVectors(const SpinPart& part, int c, const Block& above, const 
 
 // Transition amplitudes of a panel of upper states: one row for each eigenvector of the block in hand.
 static void ComputeAmplitudes(int dimension, int upperDimension, int firstUpper, int width) {
-    const long long rowWork = static_cast<long long>(dimension) * width;
-    const int rows = static_cast<int>(std::max<long long>(16, ProductWork / rowWork));
-    for (int row = 0; row < dimension; row += rows) {
-        MultiplyMatrices(Work.Vectors + static_cast<long long>(row) * dimension, dimension,
-                         Work.Hamiltonian + firstUpper, upperDimension, Work.Panel + row * UpperStates, UpperStates,
-                         std::min(rows, dimension - row), width, dimension);
-        PollMessages(1);
-    }
+    PollingProduct(Work.Vectors, dimension, Work.Hamiltonian + firstUpper, upperDimension, Work.Panel, PanelStride,
+                   dimension, width, dimension);
 }
 
 // Writes the transitions of class c from every state of the block above to every state of the block in hand.
@@ -254,7 +249,7 @@ static void WriteLines(const SpinPart& part, int c, const Block& above, const Bl
         for (int a = 0; a < width; ++a) {
             const double upper = above.Values[first + a];
             for (int b = 0; b < block.Dimension; ++b) {
-                const double t = Work.Panel[b * UpperStates + a];
+                const double t = Work.Panel[static_cast<long long>(b) * PanelStride + a];
                 Work.LineCount = WriteWeightedLine(Work.LineCount, upper - Work.Values[b], t * t);
             }
             PollMessages(block.Dimension);

@@ -42,36 +42,6 @@ Numbers ExpectSameFromAll(const std::function<Numbers(const DenseKernels&)>& pro
     return expected;
 }
 
-// A product is that of the naive triple loop, bit by bit, for whole and broken tiles and blocks and with rows that are
-// longer than the matrix. Each number is one sum in ascending order, so there is no tolerance; what lies beside the
-// result stays.
-TEST(DenseKernels, MatrixProductEqualsTripleLoop) {
-    const int sizes[][3] = {{1, 1, 1},   {2, 3, 4},    {8, 8, 8},     {5, 33, 7},   {31, 32, 33},
-                            {64, 65, 0}, {70, 70, 70}, {13, 41, 300}, {261, 9, 40}, {3, 100, 513}};
-    for (const auto& size : sizes) {
-        const int rows = size[0], columns = size[1], inner = size[2];
-        const int aStride = inner + 3, bStride = columns + 1, cStride = columns + 2;
-        const Numbers a = RandomNumbers(static_cast<std::size_t>(rows * aStride), 1);
-        const Numbers b = RandomNumbers(static_cast<std::size_t>((inner + 1) * bStride), 2);
-        Numbers expected(static_cast<std::size_t>(rows * cStride), 7.0);
-        for (int i = 0; i < rows; ++i) {
-            for (int j = 0; j < columns; ++j) {
-                double sum = 0.0;
-                for (int k = 0; k < inner; ++k) {
-                    sum += a[static_cast<std::size_t>(i * aStride + k)] * b[static_cast<std::size_t>(k * bStride + j)];
-                }
-                expected[static_cast<std::size_t>(i * cStride + j)] = sum;
-            }
-        }
-        const Numbers found = ExpectSameFromAll([&](const DenseKernels&) {
-            Numbers c(expected.size(), 7.0);
-            MultiplyMatrices(a.data(), aStride, b.data(), bStride, c.data(), cStride, rows, columns, inner);
-            return c;
-        });
-        EXPECT_TRUE(SameBytes(found, expected)) << rows << " x " << columns << " x " << inner;
-    }
-}
-
 // The subtracting product with a transposed left factor and a tiled place, as the reduction uses it: C - a b - a b ...
 // in ascending order, so again without tolerance.
 TEST(DenseKernels, SubtractedProductGoesIntoTiles) {
@@ -146,8 +116,8 @@ TEST(DenseKernels, RowsAreAddedInOrder) {
     }
 }
 
-// A symmetric product from its tiled lower triangle equals that of the whole matrix. Sums of 40 terms of order 1 have
-// rounding errors below 40 * 40 * 1e-16.
+// A symmetric product from its tiled lower triangle equals that of the whole matrix, near or far. Sums of 40 terms of
+// order 1 have rounding errors below 40 * 40 * 1e-16.
 TEST(DenseKernels, SymmetricProductFromTiles) {
     constexpr int TileRows = 5;
     constexpr int N = 8 * TileRows;
@@ -162,11 +132,15 @@ TEST(DenseKernels, SymmetricProductFromTiles) {
             triangle[static_cast<std::size_t>(32 * g * (g + 1) + k)] = element(8 * g + k / 8 % 8, k / 64 * 8 + k % 8);
         }
     }
-    const Numbers found = ExpectSameFromAll([&](const DenseKernels& kernels) {
-        Numbers result(N, 0.0);
-        kernels.MultiplySymmetric(triangle.data(), vector.data(), result.data(), 0, 0, TileRows);
-        return result;
-    });
+    const auto product = [&](bool isFar) {
+        return ExpectSameFromAll([&](const DenseKernels& kernels) {
+            Numbers result(N, 0.0);
+            kernels.MultiplySymmetric(triangle.data(), vector.data(), result.data(), 0, 0, TileRows, isFar);
+            return result;
+        });
+    };
+    const Numbers found = product(false);
+    EXPECT_TRUE(SameBytes(product(true), found));
     for (int i = 0; i < N; ++i) {
         double sum = 0.0;
         for (int j = 0; j < N; ++j) {

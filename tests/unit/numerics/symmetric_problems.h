@@ -4,7 +4,7 @@
 
 #include "numerics/eigensolver.h"
 
-#include "numerics/dense_kernels.h"
+#include "numerics/polling_product.h"
 #include "tests/unit/numerics/instruction_sets.h"
 
 #include <gtest/gtest.h>
@@ -75,7 +75,7 @@ inline double Orthonormality(const Numbers& vectors, int n) {
         }
     }
     Numbers products(vectors.size());
-    MultiplyMatrices(vectors.data(), n, columns.data(), n, products.data(), n, n, n, n);
+    PollingProduct(vectors.data(), n, columns.data(), n, products.data(), n, n, n, n);
     double worst = 0.0;
     for (int i = 0; i < n; ++i) {
         for (int j = 0; j < n; ++j) {
@@ -89,7 +89,7 @@ inline double Orthonormality(const Numbers& vectors, int n) {
 // The largest norm of A x - value x.
 inline double Residual(const Numbers& matrix, const Solution& solution, int n) {
     Numbers products(matrix.size());
-    MultiplyMatrices(solution.Vectors.data(), n, matrix.data(), n, products.data(), n, n, n, n);
+    PollingProduct(solution.Vectors.data(), n, matrix.data(), n, products.data(), n, n, n, n);
     double worst = 0.0;
     for (int i = 0; i < n; ++i) {
         double sum = 0.0;
