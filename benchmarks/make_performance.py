@@ -15,6 +15,7 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 RESULTS = ROOT / "benchmarks" / "results.json"
 PAGE = ROOT / "docs" / "performance.md"
+MEASURED_VERSIONS = ROOT / "docs" / "measured" / "versions.txt"
 PROGRAMS = ("eigensolver", "spectrum", "parameter", "wavefunction")
 SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
 COUNTERS = ("MB", "N", "field_iterations", "lines", "ms_per_atom", "ratio")
@@ -40,6 +41,16 @@ of each group; a number alone is one of protons that are all different, and + st
 "With log" writes the list of lines to a log too; "weak" is the weak-coupling approximation. Each further group of one
 nucleus multiplies the time of an exact simulation by six or so, once the matrices are large; a nucleus more in a group
 that is there costs little, and so does a part.
+"""
+
+VERSIONS = """
+## Beside the version before
+
+Processor time beside the program of 2026-11-21, in turn on one core. Spins are single protons, all of them coupled but
+for those on both sides of a +. "No log": shielding terms of atoms outside the selection are left out. "Accelerated":
+TNDO/2 with `ResponseAcceleration` now, which the version before didn't have; its responses are solved further than those
+of the plain iteration. User time, measured by `python3 benchmarks/version_cost.py --molecules FILE PROGRAM OLD_PROGRAM`.
+
 """
 
 SHIELDING = """
@@ -189,6 +200,7 @@ def make_page(results):
     lines += table_lines(["Step"] + molecules, rows)
     lines += EIGENSOLVER.splitlines()
     lines += table_lines(("Order", "Ours", "OpenBLAS", "Ratio"), eigensolver_rows(benchmarks["eigensolver"]))
+    lines += VERSIONS.splitlines() + MEASURED_VERSIONS.read_text().splitlines()
     return "\n".join(lines) + "\n"
 
 

@@ -38,5 +38,5 @@ void AddAmplitudes(const double* block, int count, const double* factors, double
 
 // target[rows] -= factors[rows][count] times the vectors of the block, for up to LargestBlock vectors; rows of factors
 // are stride numbers apart.
-inline constexpr int LargestBlock = 64;
+inline constexpr int LargestBlock = 96;  // room for all nuclei of a molecule: their couplings converge with the square
 void SubtractCombinations(const double* factors, int stride, int rows, const double* block, int count, double* target);
