@@ -40,7 +40,8 @@ Whole runs of the program: processor time (user and system) and the largest memo
 of each group; a number alone is one of protons that are all different, and + stands between parts that don't couple.
 "With log" writes the list of lines to a log too; "weak" is the weak-coupling approximation. Each further group of one
 nucleus multiplies the time of an exact simulation by six or so, once the matrices are large; a nucleus more in a group
-that is there costs little, and so does a part.
+that is there costs little, and so does a part. Sixteen coupled protons, run once on a busy machine, took 880 s of
+processor time and 4.3 GB.
 """
 
 VERSIONS = """
@@ -83,6 +84,10 @@ EIGENSOLVER = """
 All eigenvalues and eigenvectors of a random symmetric matrix: our solver beside the divide and conquer solver of
 OpenBLAS (dsyevd), both in one thread. The ratio is our time over theirs. Ours is written for the same bytes on every
 processor, which a tuned library doesn't promise.
+
+Reduction to a band of eight first, with inverse iteration on the band, was tried for orders above 2,048: whole runs of
+14 and 15 spins took 17 and 20 % less with registers of 512 bits and some 10 % with those of 256. It was left out:
+spectra with many equal levels lost the orthogonality of their vectors, and to mend that takes another 600 lines.
 """
 
 

@@ -49,8 +49,11 @@ static void ClassifyByIsotope(SpinPart& part) {
     }
     std::sort(isotopes, isotopes + part.GroupCount);
     int* end = std::unique(isotopes, isotopes + part.GroupCount);
-    std::stable_sort(isotopes, end,
-                     [&part](int a, int b) { return NucleiOfIsotope(part, a) > NucleiOfIsotope(part, b); });
+    std::sort(isotopes, end, [&part](int a, int b) {
+        const int nucleiOfA = NucleiOfIsotope(part, a);
+        const int nucleiOfB = NucleiOfIsotope(part, b);
+        return nucleiOfA != nucleiOfB ? nucleiOfA > nucleiOfB : a < b;
+    });
     part.ClassCount = static_cast<int>(end - isotopes);
     for (int i = 0; i < part.GroupCount; ++i) {
         part.Classes[i] =
