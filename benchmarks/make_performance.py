@@ -49,8 +49,10 @@ VERSIONS = """
 
 Processor time beside the program of 2026-11-21, in turn on one core. Spins are single protons, all of them coupled but
 for those on both sides of a +. "No log": shielding terms of atoms outside the selection are left out. "Accelerated":
-TNDO/2 with `ResponseAcceleration` now, which the version before didn't have; its responses are solved further than those
-of the plain iteration. User time, measured by `python3 benchmarks/version_cost.py --molecules FILE PROGRAM OLD_PROGRAM`.
+TNDO/2 with `ResponseAcceleration` now, which the version before didn't have; its responses are solved further than
+those of the plain iteration. User time, measured by
+
+    python3 benchmarks/version_cost.py --molecules FILE PROGRAM OLD_PROGRAM
 
 """
 
