@@ -7,7 +7,6 @@
 #include "molecule/selected_atoms.h"
 #include "wavefunction/density_extrapolation.h"
 #include "wavefunction/first_order_orbitals.h"
-#include "wavefunction/prepare_system.h"
 #include "wavefunction/response_solver.h"
 #include "wavefunction/run_cautions.h"
 #include "wavefunction/slater_condon.h"
@@ -71,6 +70,11 @@ static void SubtractOneCentreExchange(double* fock, const double* density) {
     }
 }
 
+ResponseOperator ContactOperator() {
+    return {Symmetric, 1.0, Run.Field.GammaMatrix,
+            Run.Options.SemiEmpiricalMethod == 2 ? SubtractOneCentreExchange : nullptr};
+}
+
 // The perturbation, 1 Hartree on the s orbital, and from iteration 1 on the exchange field of the density. There is no
 // Coulomb term: the densities of the two spins are opposite.
 static void BuildContactFock(int iteration, long long orbital, const double* density, double* fock) {
@@ -78,15 +82,7 @@ static void BuildContactFock(int iteration, long long orbital, const double* den
     if (iteration < 1) {
         std::fill(fock, fock + n * n, 0.0);
     } else {
-        for (long long k = 0; k < n; ++k) {
-            for (long long l = 0; l < n; ++l) {
-                fock[k * n + l] = -density[k * n + l] * Run.Field.GammaMatrix[k * n + l];
-            }
-            PollMessages(Run.Basis.OrbitalCount);
-        }
-        if (Run.Options.SemiEmpiricalMethod == 2) {
-            SubtractOneCentreExchange(fock, density);
-        }
+        BuildExchange(ContactOperator(), density, fock);
     }
     if (orbital >= 0) {
         fock[orbital * (n + 1)] += 1.0;
@@ -187,11 +183,6 @@ static bool SolveBatch(const ResponseOperator& kind, int count) {
         }
     }
     return outcome.Unstable;
-}
-
-ResponseOperator ContactOperator() {
-    return {Symmetric, 1.0, Run.Field.GammaMatrix,
-            Run.Options.SemiEmpiricalMethod == 2 ? SubtractOneCentreExchange : nullptr};
 }
 
 static void SolveAllResponses() {

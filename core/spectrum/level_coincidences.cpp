@@ -6,6 +6,7 @@
 #include "ground/memory.h"
 #include "ground/message_poll.h"
 #include "spectrum/sub_matrices.h"
+#include "spectrum/table_memory.h"
 
 #include <algorithm>
 
@@ -113,9 +114,7 @@ static void AllocateSums() {
     for (int part = 0; part < Noted.PartCount; ++part) {
         largest *= LevelsOf(FirstSubMatrix(part));
     }
-    if (!AllocateArray(Noted.Sums, largest)) {
-        FatalError(Message::OutOfMemory);
-    }
+    AllocateTable(Noted.Sums, largest);
 }
 
 bool LevelsCoincide(double distance) {

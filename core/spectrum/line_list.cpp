@@ -6,6 +6,7 @@
 #include "ground/memory.h"
 #include "ground/message_poll.h"
 #include "ground/touched_pages.h"
+#include "spectrum/table_memory.h"
 
 #include <algorithm>
 #include <climits>
@@ -70,9 +71,7 @@ static void DistributeByDigit(const SpectrumLine* from, SpectrumLine* to, long l
 
 // Radix sort by ascending frequency.
 static void SortLines(long long count) {
-    if (!AllocateArray(SortBuffer, count)) {
-        FatalError(Message::OutOfMemory);
-    }
+    AllocateTable(SortBuffer, count);
     TouchPages(SortBuffer, static_cast<std::size_t>(count) * sizeof(SpectrumLine));
     long long places[DigitCount][DigitValues] = {};
     for (long long begin = 0; begin < count; begin += PollBlock) {

@@ -2,21 +2,14 @@
 // Enumerates the product states of a SubMatrix and sorts them into blocks.
 #include "spectrum/part_states.h"
 
-#include "ground/fatal_error.h"
-#include "ground/memory.h"
 #include "ground/message_poll.h"
+#include "spectrum/table_memory.h"
 
 #include <algorithm>
 
 static constexpr int PollBlock = 4096;  // states between two polls
 
 PartStateTables PartStates;
-
-template <class Record> static void AllocateTable(Record*& table, long long count) {
-    if (!AllocateArray(table, count)) {
-        FatalError(Message::OutOfMemory);
-    }
-}
 
 static void SetStrides(const SpinPart& part, const int* groupSpins) {
     PartStates.GroupCount = part.GroupCount;

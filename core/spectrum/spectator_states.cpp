@@ -6,16 +6,11 @@
 #include "ground/memory.h"
 #include "ground/message_poll.h"
 #include "spectrum/spin_system.h"
+#include "spectrum/table_memory.h"
 
 SpectatorTables Spectators;
 
 static constexpr int LargestClassCount = 1 << 24;  // of many large groups of unlike sizes
-
-template <class Record> static void AllocateTable(Record*& table, long long count) {
-    if (count > LargestClassCount || !AllocateArray(table, count)) {
-        FatalError(Message::OutOfMemory);
-    }
-}
 
 void StartSpectators() {
     AllocateTable(Spectators.Classes, 1);
@@ -38,6 +33,9 @@ static int JoinClasses(SpectatorClass* classes, int count) {
 
 void AddSpectatorGroup(int nuclei) {
     const long long count = static_cast<long long>(Spectators.ClassCount) * (nuclei / 2 + 1);
+    if (count > LargestClassCount) {
+        FatalError(Message::OutOfMemory);
+    }
     AllocateTable(Spectators.Folded, count);
     SpectatorClass* next = Spectators.Folded;
     for (int twoJ = nuclei; twoJ >= 0; twoJ -= 2) {

@@ -4,9 +4,9 @@
 
 #include "ground/fatal_error.h"
 #include "ground/log.h"
-#include "ground/memory.h"
 #include "ground/message_poll.h"
 #include "ground/run_state.h"
+#include "spectrum/table_memory.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -16,12 +16,6 @@ static constexpr long long LargestStateCount = 62500000;
 static constexpr int LargestTableRow = 20;  // dimensions that a line of the block table holds
 
 SubMatrixTables SubMatrices;
-
-template <class Record> static void AllocateTable(Record*& table, long long count) {
-    if (!AllocateArray(table, count)) {
-        FatalError(Message::OutOfMemory);
-    }
-}
 
 // Refuses what is too large before anything grows with it. The SubMatrix of the highest spins is the largest, so that
 // the limit on each SubMatrix is tested on it alone; the limit on the total doesn't count the last SubMatrix.

@@ -27,14 +27,6 @@ static struct {
     double* Product;          // [N][N] half of the density
 } Work;
 
-static int OccupiedCount() {
-    return Run.Basis.DoublyOccupiedLevels;
-}
-
-static int EmptyCount() {
-    return Run.Basis.OrbitalCount - Run.Basis.DoublyOccupiedLevels;
-}
-
 template <class Visitor> static void VisitWork(Visitor& visit) {
     const long long n = Run.Basis.OrbitalCount;
     visit(Work.OccupiedColumns, n * OccupiedCount());

@@ -2,6 +2,16 @@
 // First-order change of the occupied orbitals under a perturbed Fock matrix, and the density that it makes.
 #pragma once
 
+#include "ground/run_state.h"
+
+// Occupied levels and empty ones.
+inline int OccupiedCount() {
+    return Run.Basis.DoublyOccupiedLevels;
+}
+inline int EmptyCount() {
+    return Run.Basis.OrbitalCount - Run.Basis.DoublyOccupiedLevels;
+}
+
 // Bytes of the work of the first-order steps, for the orbitals and levels of Run.
 double FirstOrderWorkBytes();
 

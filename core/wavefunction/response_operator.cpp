@@ -10,14 +10,6 @@
 
 #include <algorithm>
 
-static int OccupiedCount() {
-    return Run.Basis.DoublyOccupiedLevels;
-}
-
-static int EmptyCount() {
-    return Run.Basis.OrbitalCount - Run.Basis.DoublyOccupiedLevels;
-}
-
 long long AmplitudeCount() {
     return static_cast<long long>(OccupiedCount()) * EmptyCount();
 }
@@ -31,7 +23,7 @@ void FillLevelGaps(double* gaps) {
     }
 }
 
-static void BuildExchange(const ResponseOperator& kind, const double* density, double* fock) {
+void BuildExchange(const ResponseOperator& kind, const double* density, double* fock) {
     const long long n = Run.Basis.OrbitalCount;
     for (long long k = 0; k < n; ++k) {
         for (long long l = 0; l < n; ++l) {

@@ -19,8 +19,10 @@ long long AmplitudeCount();
 // e(a) - e(i) of all amplitudes, Hartree.
 void FillLevelGaps(double* gaps);
 
-// Replaces amplitudes[count][occupied][empty] by the second part of A times them, the exchange,
-// Hartree.
+// fock[N][N] := -W P for density[N][N], Hartree.
+void BuildExchange(const ResponseOperator& kind, const double* density, double* fock);
+
+// Replaces amplitudes[count][occupied][empty] by the second part of A times them, the exchange, Hartree.
 // rows[count][occupied][N] is work. Spoils FockMatrix and HalfDensity. After PrepareFirstOrderOrbitals.
 void ApplyExchange(const ResponseOperator& kind, double* amplitudes, int count, double* rows);
 
