@@ -48,6 +48,7 @@ struct JobData {
 struct ReportData {
     int LogEnabled = 0;                        // non-zero: lines go to LogFilePath
     int LastErrorCode = 0;                     // id of the fatal error in flight
+    unsigned Doubts = 0;                       // what the run was cautioned about, bits of wavefunction/run_cautions.h
     int ReportFatalFlag = 1;                   // 0: the next FatalError is silent, and sets it back to 1
     RecoveryFrame* ErrorFrameTop = nullptr;    // newest guarded scope
     RecoveryFrame* FatalGuardFrame = nullptr;  // non-null only while FatalError is reporting

@@ -42,7 +42,7 @@ static void CalculateShieldingTerms() {
     SumShieldingTerms(Run.Options.ComputeThreeCenterTerms != 0);
 }
 
-static void CalculateShieldingConstants() {
+void CalculateShieldingConstants() {
     SolveWithParameters(Run.Parameters.ParameterFileShielding, "nmr_shft.abp");
     LogProgress(Message::ComputingShieldings);
     ComputeMagneticDensities();
@@ -60,7 +60,7 @@ static void CalculateShieldingConstants() {
 }
 
 // The first scratch buffer takes the reduced constants; it is large enough for them.
-static void CalculateCouplingConstants() {
+void CalculateCouplingConstants() {
     SolveWithParameters(Run.Parameters.ParameterFileCoupling, "nmr_cupl.abp");
     ComputeCouplingResponses();
     ConvertCouplingConstants(Run.Field.FirstScratch);

@@ -193,8 +193,8 @@ static void SolveAllResponses() {
     for (FirstOfBatch = 0; FirstOfBatch < Run.Molecule.NMRAtomCount; FirstOfBatch += batch) {
         unstable = SolveBatch(kind, std::min(batch, Run.Molecule.NMRAtomCount - FirstOfBatch)) || unstable;
     }
-    if (unstable && Run.Report.LogEnabled) {
-        CautionAboutInstability("contact", LowestEigenvalue(kind));
+    if (unstable) {
+        CautionAboutInstability("contact", kind);
     }
 }
 

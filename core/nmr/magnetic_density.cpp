@@ -186,8 +186,8 @@ static void SolveAllDirections() {
             CautionAboutMagneticResponse(DirectionNames[direction], outcome.Differences[direction], outcome.Limit);
         }
     }
-    if (outcome.Unstable && Run.Report.LogEnabled) {
-        CautionAboutInstability("magnetic", LowestEigenvalue(kind));
+    if (outcome.Unstable) {
+        CautionAboutInstability("magnetic", kind);
     }
 }
 

@@ -8,6 +8,7 @@
 #include "molecule/units.h"
 #include "wavefunction/overlap_matrix.h"
 #include "wavefunction/prepare_system.h"
+#include "wavefunction/response_solver.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,6 +35,7 @@ static void AppendLimitLine(const char* what, int leastLimit, double difference,
 }
 
 void CautionAboutField(double difference, double limit) {
+    Run.Report.Doubts |= FieldDoubt;
     char what[LineRoom / 3];
     std::snprintf(what, sizeof what, "field with %s", Run.Parameters.ActiveParameterFile);
     AppendLimitLine(what, FieldDifferences, difference, limit, " kcal/mol");
@@ -45,6 +47,7 @@ static bool LevelsCanRespond() {
 
 void CautionAboutContactResponse(int atomNumber, double difference, double limit) {
     if (LevelsCanRespond()) {
+        Run.Report.Doubts |= ContactDoubt;
         char what[LineRoom / 3];
         std::snprintf(what, sizeof what, "response to the contact perturbation of atom %d", atomNumber);
         AppendLimitLine(what, ResponseDifferences, difference, limit, "");
@@ -53,17 +56,22 @@ void CautionAboutContactResponse(int atomNumber, double difference, double limit
 
 void CautionAboutMagneticResponse(const char* axis, double difference, double limit) {
     if (LevelsCanRespond()) {
+        Run.Report.Doubts |= MagneticDoubt;
         char what[LineRoom / 3];
         std::snprintf(what, sizeof what, "response to the magnetic field along %s", axis);
         AppendLimitLine(what, ResponseDifferences, difference, limit, "");
     }
 }
 
-void CautionAboutInstability(const char* perturbation, double eigenvalue) {
+void CautionAboutInstability(const char* perturbation, const ResponseOperator& kind) {
+    Run.Report.Doubts |= InstabilityDoubt;
+    if (!Run.Report.LogEnabled) {
+        return;
+    }
     char line[LineRoom];
     std::snprintf(line, sizeof line,
                   "CAUTION: response unstable: the lowest eigenvalue of the %s operator is %.4g Hartree.", perturbation,
-                  eigenvalue);
+                  LowestEigenvalue(kind));
     LogAppend(line);
 }
 

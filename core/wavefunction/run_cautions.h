@@ -4,6 +4,14 @@
 // knows nothing of them.
 #pragma once
 
+#include "wavefunction/response_operator.h"
+
+// The bits of Doubts in Run.Report, for callers without a log: each caution of a field or a response sets its own.
+inline constexpr unsigned FieldDoubt = 1;
+inline constexpr unsigned ContactDoubt = 2;
+inline constexpr unsigned MagneticDoubt = 4;
+inline constexpr unsigned InstabilityDoubt = 8;
+
 // A field that ended at its iteration limit, with the difference of its last progress line and the limit, kcal/mol.
 void CautionAboutField(double difference, double limit);
 
@@ -13,9 +21,9 @@ void CautionAboutField(double difference, double limit);
 void CautionAboutContactResponse(int atomNumber, double difference, double limit);
 void CautionAboutMagneticResponse(const char* axis, double difference, double limit);
 
-// A wavefunction that isn't stable against perturbations of a kind, "contact" or "magnetic": the lowest eigenvalue of
-// the operator of their response, Hartree.
-void CautionAboutInstability(const char* perturbation, double eigenvalue);
+// A wavefunction that isn't stable against perturbations of a kind, "contact" or "magnetic", with the lowest eigenvalue
+// of the operator of their response. Spoils what LowestEigenvalue does.
+void CautionAboutInstability(const char* perturbation, const ResponseOperator& kind);
 
 // The atoms of the calculation that are farthest apart, if no overlap is computed at their distance, and the two that
 // are nearest, if no molecule has them so near. Coordinates are in bohr already. Polls.

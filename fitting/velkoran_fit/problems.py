@@ -1,0 +1,81 @@
+# SPDX-License-Identifier: MIT
+"""Makes problems of molecules: which value of which run belongs to which measured one."""
+from collections.abc import Mapping, Sequence
+
+import numpy as np
+
+from .molecules import Coupling, Geometry, Molecule
+from .observations import COUPLING_UNITS, SHIFT_UNITS, Observation, Problem
+from .worker import Job, Quantity
+
+# Couplings between all spins of a molecule are one run; those of rigid paths count fully, averages over conformers
+# half.
+AVERAGED_WEIGHT = 0.5
+
+
+def atom_rows(names: Sequence[str], rows: Mapping[str, int]) -> np.ndarray:
+    """The rows of type names in the parameter table."""
+    return np.array([rows[name] for name in names])
+
+
+def _jobs(
+    molecule: Molecule, types: np.ndarray, atoms: np.ndarray, quantity: Quantity, geometries: Sequence[Geometry]
+) -> tuple[tuple[float, Job], ...]:
+    numbers = np.array([atom.GetAtomicNum() for atom in molecule.mol.GetAtoms()])
+    charge = sum(atom.GetFormalCharge() for atom in molecule.mol.GetAtoms())
+    total = sum(geometry.weight for geometry in geometries)
+    return tuple(
+        (geometry.weight / total, Job(quantity, numbers, types, geometry.coordinates, atoms, charge))
+        for geometry in geometries
+    )
+
+
+def _shift_rows(molecule: Molecule) -> list[tuple[tuple[int, ...], str, float, bool]]:
+    """Atoms, nucleus, value of each measured shift; True where the next row may be exchanged with this one."""
+    rows = [(s.atoms, s.nucleus, s.ppm, False) for s in molecule.shifts]
+    for pair in molecule.pairs:
+        rows.append((pair.first, pair.nucleus, pair.ppm[0], True))
+        rows.append((pair.second, pair.nucleus, pair.ppm[1], False))
+    return [row for row in rows if row[1] in SHIFT_UNITS]
+
+
+def shielding_problem(
+    molecules: Sequence[Molecule], types: Sequence[np.ndarray], geometries: Sequence[Sequence[Geometry]]
+) -> Problem:
+    """The shifts of molecules; types: rows of their atoms; geometries: those of each molecule that are averaged."""
+    jobs = []
+    observations: list[Observation] = []
+    for number, (molecule, rows, forms) in enumerate(zip(molecules, types, geometries, strict=True)):
+        shifts = _shift_rows(molecule)
+        atoms = np.array(sorted({atom for row in shifts for atom in row[0]}), int)
+        place = {int(atom): i for i, atom in enumerate(atoms)}
+        jobs.append(_jobs(molecule, rows, atoms, Quantity.SHIELDING, forms))
+        for own, nucleus, ppm, exchanged in shifts:
+            places = tuple(place[atom] for atom in own)
+            here = len(observations)
+            partner = here + 1 if exchanged else -1
+            observations.append(Observation(number, places, nucleus, ppm, SHIFT_UNITS[nucleus], 1.0, partner))
+    return Problem(Quantity.SHIELDING, tuple(types), tuple(jobs), tuple(observations))
+
+
+def _coupling_places(coupling: Coupling, rows: Mapping[int, int], atom_count: int) -> tuple[int, ...]:
+    return tuple(rows[i] * atom_count + j for i, j in coupling.atom_pairs)
+
+
+def coupling_problem(
+    molecules: Sequence[Molecule], types: Sequence[np.ndarray], geometries: Sequence[Sequence[Geometry]]
+) -> Problem:
+    """The couplings of molecules, as for shifts."""
+    jobs = []
+    observations: list[Observation] = []
+    for number, (molecule, rows, forms) in enumerate(zip(molecules, types, geometries, strict=True)):
+        couplings = [c for c in molecule.couplings if c.kind in COUPLING_UNITS and not c.ambiguous]
+        atoms = np.array(sorted({pair[0] for c in couplings for pair in c.atom_pairs}), int)
+        row_of = {int(atom): i for i, atom in enumerate(atoms)}
+        jobs.append(_jobs(molecule, rows, atoms, Quantity.COUPLING, forms))
+        for coupling in couplings:
+            places = _coupling_places(coupling, row_of, molecule.mol.GetNumAtoms())
+            weight = 1.0 if coupling.rigid else AVERAGED_WEIGHT
+            unit = COUPLING_UNITS[coupling.kind]
+            observations.append(Observation(number, places, coupling.kind, coupling.hertz, unit, weight))
+    return Problem(Quantity.COUPLING, tuple(types), tuple(jobs), tuple(observations))
