@@ -10,9 +10,11 @@ from scipy import sparse
 
 @dataclass(frozen=True)
 class Checkpoint:
-    """Where a stage stands: Jacobians done, the scaled variables, the last Jacobian with its updates."""
+    """Where a stage stands: Jacobians done, whether that was the last, the scaled variables, the last Jacobian with its
+    updates."""
 
     jacobians: int
+    finished: bool
     u: np.ndarray
     jacobian: sparse.csr_matrix
 
@@ -25,6 +27,7 @@ def save_checkpoint(path: Path, checkpoint: Checkpoint) -> None:
     np.savez_compressed(
         whole,
         jacobians=checkpoint.jacobians,
+        finished=checkpoint.finished,
         u=checkpoint.u,
         data=matrix.data,
         indices=matrix.indices,
@@ -40,4 +43,4 @@ def load_checkpoint(path: Path) -> Checkpoint | None:
         return None
     with np.load(path) as file:
         matrix = sparse.csr_matrix((file["data"], file["indices"], file["indptr"]), shape=tuple(file["shape"]))
-        return Checkpoint(int(file["jacobians"]), file["u"], matrix)
+        return Checkpoint(int(file["jacobians"]), bool(file["finished"]), file["u"], matrix)

@@ -9,7 +9,7 @@ from dataclasses import dataclass
 
 import numpy as np
 from scipy import sparse
-from scipy.optimize import lsq_linear
+from scipy.linalg import cho_factor, cho_solve
 
 from .observations import Evaluation, Problem
 from .worker import Quantity
@@ -18,6 +18,7 @@ HUBER = 2.0  # units from which on a residual counts linearly
 FAILED = 6.0  # units that a value of a failed molecule counts
 TRUST = 1.0  # largest change of a scaled variable in a step
 SMALLEST_TRUST = 0.05
+ACTIVE_SET_ROUNDS = 50
 
 
 @dataclass(frozen=True)
@@ -102,14 +103,15 @@ def residuals(problem: Problem, values: np.ndarray, readout: Readout) -> Residua
 
 @dataclass(frozen=True)
 class Penalty:
-    """weight * sum of (u - centre)^2, in scaled variables."""
+    """weight * |differences @ u - centre|^2, in scaled variables: how far each is from its parent."""
 
-    centre: np.ndarray
+    differences: sparse.csr_matrix  # (variables, variables)
+    centre: np.ndarray  # (variables,), the parent's value where it isn't a variable, else 0
     weight: float
 
     def loss(self, u: np.ndarray) -> float:
         """The penalty's part of the loss."""
-        return self.weight * float(np.sum((u - self.centre) ** 2))
+        return self.weight * float(np.sum((self.differences @ u - self.centre) ** 2))
 
 
 def _offset_columns(problem: Problem) -> np.ndarray:
@@ -120,6 +122,24 @@ def _offset_columns(problem: Problem) -> np.ndarray:
     for i, observation in enumerate(problem.observations):
         columns[i, groups.index(observation.group)] = 1.0 / observation.unit
     return columns
+
+
+def bounded_minimum(gram: np.ndarray, right: np.ndarray, lowest: np.ndarray, highest: np.ndarray) -> np.ndarray:
+    """The x within bounds that minimises x gram x / 2 - right x, gram positive definite: an active set that takes up
+    all that leave the bounds and gives up all whose gradient points inwards (Kunisch, Rendl 2003)."""
+    x = np.clip(np.zeros(len(right)), lowest, highest)
+    fixed = np.zeros(len(right), bool)
+    for _ in range(ACTIVE_SET_ROUNDS):
+        free = ~fixed
+        x[free] = cho_solve(cho_factor(gram[np.ix_(free, free)]), right[free] - gram[np.ix_(free, fixed)] @ x[fixed])
+        gradient = gram @ x - right
+        leaving = free & ((x < lowest) | (x > highest))
+        returning = fixed & (((x <= lowest) & (gradient < -1e-9)) | ((x >= highest) & (gradient > 1e-9)))
+        if not leaving.any() and not returning.any():
+            break
+        fixed = (fixed | leaving) & ~returning
+        x[leaving] = np.clip(x[leaving], lowest[leaving], highest[leaving])
+    return np.clip(x, lowest, highest)
 
 
 def solve_step(
@@ -144,14 +164,13 @@ def solve_step(
     gram[count:, :count] = gram[:count, count:].T
     gram[count:, count:] = offsets.T @ offsets
     right = np.concatenate([physics.T @ (roots * now.units), offsets.T @ (roots * now.units)])
-    gram[np.arange(count), np.arange(count)] += penalty.weight
-    right[:count] += penalty.weight * (penalty.centre - u)
+    gram[:count, :count] += penalty.weight * (penalty.differences.T @ penalty.differences).toarray()
+    right[:count] += penalty.weight * (penalty.differences.T @ (penalty.centre - penalty.differences @ u))
     gram += 1e-9 * np.eye(count + extra)
-    factor = np.linalg.cholesky(gram).T
     lowest = np.concatenate([np.maximum(bounds[0] - u, -trust), np.full(extra, -np.inf)])
     highest = np.concatenate([np.minimum(bounds[1] - u, trust), np.full(extra, np.inf)])
-    solution = lsq_linear(factor, np.linalg.solve(factor.T, right), (np.minimum(lowest, 0.0), np.maximum(highest, 0.0)))
-    return np.clip(solution.x[:count], bounds[0] - u, bounds[1] - u)
+    solution = bounded_minimum(gram, right, np.minimum(lowest, 0.0), np.maximum(highest, 0.0))
+    return np.clip(solution[:count], bounds[0] - u, bounds[1] - u)
 
 
 def updated_jacobian(jacobian: sparse.csr_matrix, step: np.ndarray, change: np.ndarray) -> sparse.csr_matrix:

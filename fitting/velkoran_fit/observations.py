@@ -19,6 +19,16 @@ COUPLING_UNITS: Mapping[str, float] = {
     "3J(HH)": 0.8,
     "4J(HH)": 0.5,
     "5J(HH)": 0.5,
+    "2J(CH)": 3.0,
+    "3J(CH)": 2.0,
+    "1J(NH)": 6.0,
+    "1J(NC)": 4.0,
+    "1J(CF)": 30.0,
+    "2J(CF)": 10.0,
+    "2J(HF)": 6.0,
+    "3J(HF)": 4.0,
+    "1J(PH)": 40.0,
+    "1J(SiH)": 20.0,
 }
 
 DERIVATIVE_STEP = 0.15  # in scaled units
@@ -45,17 +55,25 @@ class Observation:
 class Problem:
     """What is fitted: molecules with the types of their atoms, one job a geometry, and the observations.
 
-    jobs: for each molecule pairs of weight and job, the weights of a molecule summing to 1.
+    jobs: for each molecule pairs of weight and job, the weights of a molecule summing to 1; copies: the whole list of
+    molecules comes so many times, each time in other geometries, with the same observations.
     """
 
     quantity: Quantity
     types: tuple[np.ndarray, ...]
     jobs: tuple[tuple[tuple[float, Job], ...], ...]
     observations: tuple[Observation, ...]
+    copies: int = 1
+
+    @property
+    def molecule_count(self) -> int:
+        """Molecules, each counted once."""
+        return len(self.jobs) // self.copies
 
     def of_molecules(self, chosen: Sequence[int]) -> "Problem":
-        """The same with some of the molecules."""
-        place = {molecule: new for new, molecule in enumerate(chosen)}
+        """The same with some of the molecules, in all copies."""
+        everywhere = [copy * self.molecule_count + i for copy in range(self.copies) for i in chosen]
+        place = {molecule: new for new, molecule in enumerate(everywhere)}
         kept = [i for i, o in enumerate(self.observations) if o.molecule in place]
         moved = {old: new for new, old in enumerate(kept)}
         moved[-1] = -1
@@ -65,10 +83,29 @@ class Problem:
         )
         return replace(
             self,
-            types=tuple(self.types[i] for i in chosen),
-            jobs=tuple(self.jobs[i] for i in chosen),
+            types=tuple(self.types[i] for i in everywhere),
+            jobs=tuple(self.jobs[i] for i in everywhere),
             observations=observations,
         )
+
+
+def stacked(problems: Sequence[Problem]) -> Problem:
+    """One problem of several with the same molecules and observations in other geometries, which share the weight."""
+    first = problems[0]
+    shift, row = len(first.jobs), len(first.observations)
+    observations = tuple(
+        replace(
+            o,
+            molecule=o.molecule + copy * shift,
+            partner=o.partner + copy * row if o.partner >= 0 else -1,
+            weight=o.weight / len(problems),
+        )
+        for copy, problem in enumerate(problems)
+        for o in problem.observations
+    )
+    types = tuple(rows for problem in problems for rows in problem.types)
+    jobs = tuple(of_molecule for problem in problems for of_molecule in problem.jobs)
+    return Problem(first.quantity, types, jobs, observations, len(problems))
 
 
 @dataclass(frozen=True)
@@ -103,12 +140,29 @@ def evaluate(problem: Problem, parameters: Parameters, pool: WorkerPool) -> Eval
     return _mean_values(problem, list(pool.run(jobs, parameters.table())))
 
 
-def _derivative_job(job: Job, types: np.ndarray, parameters: Parameters, variables: Sequence[Variable], u: np.ndarray):
-    """A job with one variant for each variable that touches the molecule, and the variables' places."""
-    rows = sorted(set(types.tolist()))
-    steps = [(k, changes_of(parameters, v, u[k] + DERIVATIVE_STEP, rows)) for k, v in enumerate(variables)]
+@dataclass(frozen=True)
+class _DerivativeRun:
+    """A job with one variant for each variable that touches a molecule, and what is read from it: of each observation
+    the first place alone, since nuclei whose values are averaged hardly differ in their derivatives."""
+
+    job: Job
+    variables: tuple[int, ...]
+    rows: tuple[int, ...]  # observations
+    places: tuple[int, ...]  # in the flat values, one each
+
+
+def _derivative_run(
+    job: Job, types: np.ndarray, rows: Sequence[int], problem: Problem, parameters: Parameters, variables, u
+) -> _DerivativeRun:
+    present = sorted(set(types.tolist()))
+    steps = [(k, changes_of(parameters, v, u[k] + DERIVATIVE_STEP, present)) for k, v in enumerate(variables)]
     steps = [(k, changes) for k, changes in steps if changes]
-    return replace(job, variants=[changes for _, changes in steps]), [k for k, _ in steps]
+    width = len(job.numbers) if job.quantity == Quantity.COUPLING else 1
+    first = [problem.observations[i].places[0] for i in rows]
+    kept = sorted({place // width for place in first})
+    new = replace(job, atoms=job.atoms[kept], variants=[changes for _, changes in steps])
+    places = tuple(kept.index(place // width) * width + place % width for place in first)
+    return _DerivativeRun(new, tuple(k for k, _ in steps), tuple(rows), places)
 
 
 def derivatives(
@@ -119,27 +173,27 @@ def derivatives(
     progress: Callable[[int, int], None],
 ) -> sparse.csr_matrix:
     """Derivatives of the computed values by the scaled variables, (observations, variables), by one-sided differences
-    in the first geometry of each molecule; only the variables that touch a molecule are run. Zero where a run failed.
-    progress is called with the molecules done and all."""
+    in the first geometry of each molecule of the first copy, for all copies; only the variables that touch a molecule are
+    run. Zero where a run failed. progress is called with the molecules done and all."""
     u = scaled_values(parameters, variables)
-    derived = [
-        _derivative_job(jobs[0][1], types, parameters, variables, u)
-        for jobs, types in zip(problem.jobs, problem.types, strict=True)
-    ]
-    of_molecule: list[list[int]] = [[] for _ in problem.jobs]
+    count = problem.molecule_count
+    of_molecule: list[list[int]] = [[] for _ in range(count)]
     for i, observation in enumerate(problem.observations):
-        of_molecule[observation.molecule].append(i)
+        if observation.molecule < count:
+            of_molecule[observation.molecule].append(i)
+    runs = [
+        _derivative_run(problem.jobs[k][0][1], problem.types[k], of_molecule[k], problem, parameters, variables, u)
+        for k in range(count)
+    ]
     rows: list[int] = []
     columns: list[int] = []
     slopes: list[float] = []
-    for place, outcome in enumerate(pool.run([job for job, _ in derived], parameters.table())):
+    for done, (run, outcome) in enumerate(zip(runs, pool.run([run.job for run in runs], parameters.table()))):
         flat = outcome.values.reshape(len(outcome.values), -1)
-        for i in of_molecule[place]:
-            seen = flat[:, list(problem.observations[i].places)].mean(axis=1)
-            slope = np.nan_to_num((seen[1:] - seen[0]) / DERIVATIVE_STEP)
-            rows += [i] * len(slope)
-            columns += derived[place][1]
-            slopes += slope.tolist()
-        progress(place + 1, len(derived))
-    shape = (len(problem.observations), len(variables))
-    return sparse.csr_matrix((slopes, (rows, columns)), shape=shape)
+        for i, place in zip(run.rows, run.places):
+            rows += [i] * len(run.variables)
+            columns += run.variables
+            slopes += np.nan_to_num((flat[1:, place] - flat[0, place]) / DERIVATIVE_STEP).tolist()
+        progress(done + 1, count)
+    shape = (len(problem.observations) // problem.copies, len(variables))
+    return sparse.vstack([sparse.csr_matrix((slopes, (rows, columns)), shape=shape)] * problem.copies, "csr")

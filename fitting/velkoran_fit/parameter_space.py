@@ -129,9 +129,7 @@ def with_scaled_values(parameters: Parameters, variables: Sequence[Variable], u:
     return parameters.with_own({(v.row, v.field.name): unscaled(parameters, v, x) for v, x in pairs})
 
 
-def changes_of(
-    parameters: Parameters, variable: Variable, u: float, rows: Iterable[int]
-) -> tuple[Change, ...]:
+def changes_of(parameters: Parameters, variable: Variable, u: float, rows: Iterable[int]) -> tuple[Change, ...]:
     """What another scaled value of a variable changes in the table, for these rows only: the type and all that inherit
     from it. The variable must be the type's own already."""
     value = unscaled(parameters, variable, u)

@@ -13,11 +13,6 @@ from .worker import Job, Quantity
 AVERAGED_WEIGHT = 0.5
 
 
-def atom_rows(names: Sequence[str], rows: Mapping[str, int]) -> np.ndarray:
-    """The rows of type names in the parameter table."""
-    return np.array([rows[name] for name in names])
-
-
 def _jobs(
     molecule: Molecule, types: np.ndarray, atoms: np.ndarray, quantity: Quantity, geometries: Sequence[Geometry]
 ) -> tuple[tuple[float, Job], ...]:
@@ -65,7 +60,7 @@ def _coupling_places(coupling: Coupling, rows: Mapping[int, int], atom_count: in
 def coupling_problem(
     molecules: Sequence[Molecule], types: Sequence[np.ndarray], geometries: Sequence[Sequence[Geometry]]
 ) -> Problem:
-    """The couplings of molecules, as for shifts."""
+    """The couplings of molecules, as for shifts; those between all spins of a molecule are one run."""
     jobs = []
     observations: list[Observation] = []
     for number, (molecule, rows, forms) in enumerate(zip(molecules, types, geometries, strict=True)):
@@ -75,7 +70,8 @@ def coupling_problem(
         jobs.append(_jobs(molecule, rows, atoms, Quantity.COUPLING, forms))
         for coupling in couplings:
             places = _coupling_places(coupling, row_of, molecule.mol.GetNumAtoms())
-            weight = 1.0 if coupling.rigid else AVERAGED_WEIGHT
+            averaged = AVERAGED_WEIGHT if forms[0].kind == "made" else ONE_GEOMETRY_WEIGHT
+            weight = 1.0 if coupling.rigid else averaged
             unit = COUPLING_UNITS[coupling.kind]
             observations.append(Observation(number, places, coupling.kind, coupling.hertz, unit, weight))
     return Problem(Quantity.COUPLING, tuple(types), tuple(jobs), tuple(observations))

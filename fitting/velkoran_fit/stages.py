@@ -6,6 +6,7 @@ from dataclasses import dataclass, replace
 from pathlib import Path
 
 import numpy as np
+from scipy import sparse
 
 from .checkpoint import Checkpoint, load_checkpoint, save_checkpoint
 from .least_squares import Penalty, State, improve, total_loss
@@ -47,9 +48,10 @@ class Stage:
 
 
 STAGES = (
-    Stage("element", (0,), True, 3, 4, 4, 10, 1.0),
-    Stage("hybridisation", (1,), False, 2, 4, 2, 10, 2.0),
-    Stage("neighbours", (2, 3, 4), False, 2, 4, 1, 10, 2.0),
+    Stage("element", (0,), True, 2, 8, 8, 10, 1.0),
+    Stage("hybridisation", (1, 2), False, 2, 6, 3, 12, 4.0),
+    Stage("neighbours", (1, 2, 3, 4, 5, 6), False, 1, 4, 2, 12, 8.0),
+    Stage("all", (1, 2, 3, 4, 5, 6), False, 1, 6, 1, 15, 8.0),
 )
 
 
@@ -100,15 +102,33 @@ def variables_of(stage: Stage, problem: Problem, parameters: Parameters) -> list
     ]
 
 
-def _centre(parameters: Parameters, variables: Sequence[Variable]) -> np.ndarray:
-    """Where the penalty pulls to: the number of the parent, of an element the published one."""
-    values = []
-    for variable in variables:
-        parent = parameters.parents[variable.row]
+def hierarchical_penalty(parameters: Parameters, variables: Sequence[Variable], weight: float) -> Penalty:
+    """Pulls each variable towards its nearest ancestor: to the variable of that, if it has one, or to its number."""
+    place = {(v.row, v.field.name): k for k, v in enumerate(variables)}
+    differences = sparse.lil_matrix((len(variables), len(variables)))
+    centre = np.zeros(len(variables))
+    for k, variable in enumerate(variables):
+        differences[k, k] = 1.0
         name = variable.field.name
-        value = parameters.value(parent, name) if parent >= 0 else parameters.published[variable.row, FIELDS.index(name)]
-        values.append(scaled(parameters, variable, float(value)))
-    return np.array(values)
+        ancestors = lineage(parameters, variable.row)[1:]
+        nearest = next((place[row, name] for row in ancestors if (row, name) in place), None)
+        if nearest is not None:
+            differences[k, nearest] = -1.0
+        elif ancestors:
+            centre[k] = scaled(parameters, variable, parameters.value(ancestors[0], name))
+    return Penalty(differences.tocsr(), centre, weight)
+
+
+@dataclass(frozen=True)
+class Fitted:
+    """A stage when it is done: what a cross-validation of its parameters needs too."""
+
+    parameters: Parameters
+    problem: Problem
+    variables: tuple[Variable, ...]
+    penalty: Penalty
+    jacobian: sparse.csr_matrix
+    evaluation: Evaluation
 
 
 def run_stage(
@@ -118,39 +138,39 @@ def run_stage(
     pool: WorkerPool,
     folder: Path,
     say: Callable[[str], None],
-) -> Parameters:
+) -> Fitted:
     """Fits the variables of a stage; goes on from the checkpoint in folder where there is one of this stage."""
-    problem = problem.of_molecules(range(0, len(problem.jobs), stage.every))
+    problem = problem.of_molecules(range(0, problem.molecule_count, stage.every))
     variables = variables_of(stage, problem, parameters)
-    centre = _centre(parameters, variables)
+    penalty = hierarchical_penalty(parameters, variables, stage.penalty)
     parameters = with_scaled_values(parameters, variables, scaled_values(parameters, variables))
     bounds = scaled_bounds(parameters, variables)
-    penalty = Penalty(centre, stage.penalty)
     path = folder / f"{problem.quantity.name.lower()}_{stage.name}.npz"
-    resumed = load_checkpoint(path)
-    done, u = (resumed.jacobians, resumed.u) if resumed else (0, scaled_values(parameters, variables))
-    say(f"{stage.name}: {len(variables)} variables, {len(problem.jobs)} molecules, {len(problem.observations)} values")
-
-    def at(u: np.ndarray) -> Parameters:
-        return with_scaled_values(parameters, variables, u)
+    point = load_checkpoint(path) or Checkpoint(
+        0, False, scaled_values(parameters, variables), sparse.csr_matrix((0, 0))
+    )
+    say(
+        f"{stage.name}: {len(variables)} variables, {problem.molecule_count} molecules, {len(problem.observations)} values"
+    )
 
     def value_at(u: np.ndarray) -> Evaluation:
-        return evaluate(problem, at(u), pool)
+        return evaluate(problem, with_scaled_values(parameters, variables, u), pool)
 
-    evaluation = value_at(u)
-    while done < stage.jacobians:
-        before = total_loss(problem, evaluation, u, penalty)
+    evaluation = value_at(point.u)
+    while not point.finished:
+        before = total_loss(problem, evaluation, point.u, penalty)
         start = time.monotonic()
-        jacobian = derivatives(problem, at(u), variables, pool, _progress(say))
-        say(f"{stage.name}: Jacobian {done + 1} of {stage.jacobians} in {time.monotonic() - start:.0f} s")
-        state = improve(
-            problem, State(u, evaluation, before, jacobian), penalty, bounds, value_at, say, stage.attempts
-        )
-        u, evaluation, done = state.u, state.evaluation, done + 1
-        save_checkpoint(path, Checkpoint(done, u, state.jacobian))
-        if state.loss > 0.99 * before:
-            break
-    return at(u)
+        here = with_scaled_values(parameters, variables, point.u)
+        jacobian = derivatives(problem, here, variables, pool, _progress(say))
+        say(f"{stage.name}: Jacobian {point.jacobians + 1} of {stage.jacobians}, {time.monotonic() - start:.0f} s")
+        state = State(point.u, evaluation, before, jacobian)
+        state = improve(problem, state, penalty, bounds, value_at, say, stage.attempts)
+        finished = point.jacobians + 1 == stage.jacobians or state.loss > 0.99 * before
+        point = Checkpoint(point.jacobians + 1, finished, state.u, state.jacobian)
+        evaluation = state.evaluation
+        save_checkpoint(path, point)
+    fitted = with_scaled_values(parameters, variables, point.u)
+    return Fitted(fitted, problem, tuple(variables), penalty, point.jacobian, evaluation)
 
 
 def _progress(say: Callable[[str], None]) -> Callable[[int, int], None]:
@@ -163,6 +183,6 @@ def _progress(say: Callable[[str], None]) -> Callable[[int, int], None]:
     return report
 
 
-def quick(stage: Stage, every: int) -> Stage:
-    """A stage on fewer molecules, with one Jacobian: for a look at the whole road."""
-    return replace(stage, every=every, jacobians=1, attempts=2)
+def quick(stage: Stage) -> Stage:
+    """A stage with one Jacobian on all molecules that there are, for a fit of few."""
+    return replace(stage, every=1, jacobians=1, attempts=2)

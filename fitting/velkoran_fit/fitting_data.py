@@ -1,0 +1,70 @@
+# SPDX-License-Identifier: MIT
+"""The problems of a fit: which molecules, in which geometries, with which types."""
+from collections.abc import Mapping, Sequence
+from dataclasses import dataclass
+from pathlib import Path
+
+import numpy as np
+
+from .atom_types import AtomType, type_atoms
+from .made_geometries import make_all
+from .molecules import Geometry, Molecule
+from .observations import COUPLING_UNITS, SHIFT_UNITS, Problem, stacked
+from .problems import coupling_problem, shielding_problem
+from .worker import Quantity
+
+LAST_ELEMENT = 18  # argon
+# Made geometries that stand for all while parameters are sought, the heaviest ones: couplings follow the dihedral
+# angles and cost little.
+FITTED_CONFORMERS = {Quantity.SHIELDING: 2, Quantity.COUPLING: 10}
+
+
+@dataclass(frozen=True)
+class FittingData:
+    """Molecules with the names of their atoms' types and both kinds of geometries; where a kind is missing the other
+    stands in for it."""
+
+    molecules: tuple[Molecule, ...]
+    types: tuple[tuple[str, ...], ...]
+    stored: tuple[tuple[Geometry, ...], ...]
+    made: tuple[tuple[Geometry, ...], ...]
+
+
+def fitting_data(molecules: Sequence[Molecule], types: Sequence[AtomType], cache: Path, processes: int) -> FittingData:
+    """What can be fitted of molecules: elements up to argon, at least one geometry. cache: file of made geometries."""
+    chosen = [m for m in molecules if all(a.GetAtomicNum() <= LAST_ELEMENT for a in m.mol.GetAtoms())]
+    made = make_all(chosen, processes, cache)
+    kept = [(m, g) for m, g in zip(chosen, made, strict=True) if g or m.geometries]
+    return FittingData(
+        tuple(m for m, _ in kept),
+        tuple(tuple(type_atoms(m.mol, types)) for m, _ in kept),
+        tuple(m.geometries or g for m, g in kept),
+        tuple(g or m.geometries for m, g in kept),
+    )
+
+
+def _is_fitted(molecule: Molecule, quantity: Quantity) -> bool:
+    if quantity == Quantity.COUPLING:
+        return any(c.kind in COUPLING_UNITS and not c.ambiguous for c in molecule.couplings)
+    return any(s.nucleus in SHIFT_UNITS for s in molecule.shifts) or bool(molecule.pairs)
+
+
+def heaviest(geometries: Sequence[Geometry], count: int) -> tuple[Geometry, ...]:
+    """The geometries with the largest weights."""
+    return tuple(sorted(geometries, key=lambda geometry: -geometry.weight)[:count])
+
+
+def problem_of(
+    data: FittingData, quantity: Quantity, rows: Mapping[str, int], conformers: int | None = None
+) -> tuple[Problem, tuple[int, ...]]:
+    """The shifts or couplings of all molecules that have some, in stored and in made geometries, and the places of the
+    molecules in the data. rows: of the types in the parameter table; conformers: made ones at most, by default those
+    of a fit."""
+    conformers = conformers or FITTED_CONFORMERS[quantity]
+    chosen = [i for i, molecule in enumerate(data.molecules) if _is_fitted(molecule, quantity)]
+    molecules = [data.molecules[i] for i in chosen]
+    types = [np.array([rows[name] for name in data.types[i]]) for i in chosen]
+    make = coupling_problem if quantity == Quantity.COUPLING else shielding_problem
+    stored = make(molecules, types, [data.stored[i] for i in chosen])
+    made = make(molecules, types, [heaviest(data.made[i], conformers) for i in chosen])
+    return stacked([stored, made]), tuple(chosen)
