@@ -52,7 +52,7 @@ def symmetry_classes(mol: Chem.Mol) -> tuple[int, ...]:
 
 def structural_key(mol: Chem.Mol) -> str:
     """The key of a molecule whose InChIKey isn't known: its canonical SMILES."""
-    return "SMILES=" + Chem.MolToSmiles(Chem.RemoveHs(mol))
+    return f"SMILES={Chem.MolToSmiles(Chem.RemoveHs(mol))}"
 
 
 def read_shift(row: Row) -> Shift | None:
@@ -94,7 +94,7 @@ def read_coupling(row: Row, mol: Chem.Mol) -> Coupling | None:
 
 def read_table(path: Path) -> dict[str, list[Row]]:
     """The rows of each molecule."""
-    rows = defaultdict(list)
+    rows: dict[str, list[Row]] = defaultdict(list)
     with open(path, newline="", encoding="utf-8") as file:
         for row in csv.DictReader(file):
             rows[row["molecule"]].append(row)

@@ -75,7 +75,7 @@ def read_couplings(row: Row, mol: Chem.Mol) -> tuple[Coupling, ...]:
         low, high = sorted((classes[i], classes[j]))
         key = (kind, low, high, float(hertz))
         for first in group:
-            carriers[key].update(tuple(sorted((first, second))) for second in turning_group(mol, j))  # type: ignore
+            carriers[key].update((min(first, second), max(first, second)) for second in turning_group(mol, j))
         old = flags.get(key, (True, False))
         flags[key] = (old[0] and rigid, old[1] or ambiguous)
     return tuple(
