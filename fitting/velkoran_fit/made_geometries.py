@@ -22,8 +22,8 @@ from .conformers import EMBEDDINGS, SEED, make_geometries
 from .handedness import with_handedness
 from .molecule_records import Geometry, Molecule
 
-SECONDS = 60  # of processor time for a molecule
-SAVED_AFTER = 100  # molecules
+SECONDS = 30  # of processor time for a molecule
+SAVED_AFTER = 50  # molecules
 Made = dict[str, tuple[Geometry, ...]]
 
 
