@@ -1,2 +1,2 @@
 # SPDX-License-Identifier: MIT
-"""Fits parameters by atom type to measured shifts and couplings."""
+"""Fits the parameters of the method to measured shifts and couplings, by atom type."""

@@ -13,6 +13,7 @@ from collections.abc import Iterable, Mapping, Sequence
 from rdkit import Chem
 
 LONGEST_NAME = 3
+MATCH_LIMIT = 2**31 - 1  # none: RDKit stops at 1000 by itself
 COLUMNS = ("name", "element", "parent", "smarts", "description")
 
 
@@ -93,7 +94,7 @@ def ancestors(name: str, types: Iterable[AtomType]) -> tuple[str, ...]:
 
 def matching_atoms(mol: Chem.Mol, kind: AtomType) -> frozenset[int]:
     """The atoms that a pattern matches as its first atom, whether or not the patterns of its ancestors match them."""
-    return _matches(mol, _query(kind.smarts))
+    return _matches(mol, Chem.MolFromSmarts(kind.smarts))
 
 
 def _fault(kind: AtomType, known: Mapping[str, AtomType]) -> str:
@@ -114,11 +115,6 @@ def _fault(kind: AtomType, known: Mapping[str, AtomType]) -> str:
     return ""
 
 
-def _query(smarts: str) -> Chem.Mol:
-    """A pattern of one atom, so that a molecule has one match at most for each of its atoms."""
-    return Chem.MolFromSmarts(f"[$({smarts})]")
-
-
 @functools.lru_cache(maxsize=8)
 def _tree(types: tuple[AtomType, ...]) -> _Tree:
     children: dict[str, list[str]] = {kind.name: [] for kind in types}
@@ -128,12 +124,13 @@ def _tree(types: tuple[AtomType, ...]) -> _Tree:
     return _Tree(
         {kind.element: kind.name for kind in types if not kind.parent},
         {name: tuple(names) for name, names in children.items()},
-        {kind.name: _query(kind.smarts) for kind in types},
+        {kind.name: Chem.MolFromSmarts(kind.smarts) for kind in types},
     )
 
 
 def _matches(mol: Chem.Mol, query: Chem.Mol) -> frozenset[int]:
-    matches = mol.GetSubstructMatches(query, maxMatches=mol.GetNumAtoms())
+    # Matches of the same atoms in another order may begin with another atom: they count.
+    matches = mol.GetSubstructMatches(query, uniquify=False, maxMatches=MATCH_LIMIT)
     return frozenset(match[0] for match in matches)
 
 
