@@ -21,6 +21,7 @@ from molecule_runs import CONVERGENCE, ROOT, Runner
 from shielding_table import shielding_section
 
 HERE = pathlib.Path(__file__).resolve().parent
+MEASURED = ROOT / "fitting" / "data" / "literature"  # experiment_*.csv and geometries.json, which the fit takes too
 PAGE = ROOT / "docs" / "validation.md"
 
 ISOTOPE_G = {"14N": 0.4037610, "15N": -0.5663777}  # for a measurement of another isotope than the parameters have
@@ -52,8 +53,8 @@ def geometry_of(molecule, kind):
     return next(g for g in molecule["geometries"] if g["kind"] == kind)
 
 
-def read_table(name):
-    with open(HERE / name, newline="") as file:
+def read_table(file_path):
+    with open(file_path, newline="") as file:
         return list(csv.DictReader(file))
 
 
@@ -100,7 +101,7 @@ def literature_section(runner, molecules, lines):
         "| Molecule | Quantity | Method | Geometry | Published | Computed | Difference | Tolerance | Met " "| Source |",
         "|---|---|---|---|---:|---:|---:|---:|---|---|",
     ]
-    rows = read_table("literature.csv")
+    rows = read_table(HERE / "literature.csv")
     failed = []
     reasons = []
     for row in rows:
@@ -149,7 +150,7 @@ def measured_section(runner, molecules, lines):
     """The table of measured couplings and its summary by kind."""
     deviations = {}
     table = []
-    for row in read_table("experiment_coupling.csv"):
+    for row in read_table(MEASURED / "experiment_coupling.csv"):
         molecule = molecules[row["molecule"]]
         result = runner.run(molecule, geometry_of(molecule, row["geometry"])["xyz"], "TNDO/2")
         notes = [row["note"]] if row["note"] else []
@@ -265,7 +266,7 @@ def linear_section(runner, molecules, lines):
 
 def make_page(program):
     """The page, and the published results that aren't met."""
-    with open(HERE / "geometries.json") as file:
+    with open(MEASURED / "geometries.json") as file:
         molecules = json.load(file)["molecules"]
     lines = [
         "# Validation",
@@ -283,7 +284,7 @@ def make_page(program):
         measured_section(runner, molecules, lines)
         lines += LIMITS.splitlines() + [""]
         shielding_section(
-            lambda row: run_shielding(runner, molecules, row), read_table("experiment_shielding.csv"), lines
+            lambda row: run_shielding(runner, molecules, row), read_table(MEASURED / "experiment_shielding.csv"), lines
         )
         linear_section(runner, molecules, lines)
     lines += ["## How this page is made", "", "    sh scripts/make_validation.sh"]

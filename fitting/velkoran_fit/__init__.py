@@ -1,2 +1,2 @@
 # SPDX-License-Identifier: MIT
-"""Fits the parameters of the method to measured shifts and couplings, by atom type."""
+"""Fits the typed parameters of the program to measured shifts and coupling constants."""
