@@ -62,7 +62,7 @@ def work_folder(job: Job):
 def processor_seconds(program: pathlib.Path, folder: pathlib.Path, job: Job) -> float:
     """User time of one run of a job."""
     before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime
-    if start_run(program, "parameters", folder, job.kind, folder=ROOT).wait() != 0:
+    if start_run(program, "parameters/published", folder, job.kind, folder=ROOT).wait() != 0:
         sys.exit(f"{job.name}: the run failed")
     return resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime - before
 

@@ -20,7 +20,7 @@ CALLGRIND = ("valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null")
 
 
 def million_instructions(program, folder, job):
-    command = command_line(program, "parameters", folder, job.kind, through=CALLGRIND)
+    command = command_line(program, "parameters/published", folder, job.kind, through=CALLGRIND)
     said = subprocess.run(command, cwd=ROOT, check=True, stderr=subprocess.PIPE, text=True).stderr
     return int(re.search(r"Collected : (\d+)", said).group(1)) / MILLION
 

@@ -13,7 +13,7 @@
 // A new work folder with a link to the parameter files: the paths of a run have to be short.
 inline std::string MakeParameterFolder() {
     const std::string folder = MakeWorkFolder();
-    if (symlink(VELKORAN_SOURCE "/parameters", (folder + "/parameters").c_str()) != 0) {
+    if (symlink(VELKORAN_SOURCE "/parameters/published", (folder + "/parameters").c_str()) != 0) {
         EndBenchmark("cannot link the parameters");
     }
     return folder;

@@ -15,13 +15,18 @@ else()
     set(readme README.md)
 endif()
 
-file(GLOB parameter_files CONFIGURE_DEPENDS parameters/*.txt parameters/*.abp parameters/README.md)
-
 # for the scripts that cmake --install runs
 install(CODE "set(document_folder \"${document_folder}\")\nset(manual_folder \"${manual_folder}\")")
 
 install(TARGETS velkoran RUNTIME DESTINATION ${program_folder})
-install(FILES ${parameter_files} DESTINATION ${parameter_folder})
+# each folder of parameters with what a run or its reader needs, not with what makes it
+file(GLOB parameter_files RELATIVE ${CMAKE_SOURCE_DIR}/parameters CONFIGURE_DEPENDS parameters/README.md
+    parameters/*/*.txt parameters/*/*.abp parameters/*/atom_types.csv parameters/*/*.json parameters/*/README.md
+    parameters/*/SHA256SUMS)
+foreach(file IN LISTS parameter_files)
+    cmake_path(GET file PARENT_PATH folder)
+    install(FILES parameters/${file} DESTINATION ${parameter_folder}/${folder})
+endforeach()
 install(FILES ${readme} DESTINATION ${document_folder} RENAME README.md)
 install(FILES LICENSE CHANGELOG.md CITATION.cff DESTINATION ${document_folder})
 # docs/ and examples/ stay folders of their own, so that the links between the documents lead somewhere

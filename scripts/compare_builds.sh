@@ -10,7 +10,7 @@ number=0
 for program in "$@"; do
     number=$((number + 1))
     mkdir "$top/$number"
-    sh scripts/run_all_examples.sh "$PWD/$program" "$PWD/parameters" "$PWD/examples" "$top/$number/examples"
+    sh scripts/run_all_examples.sh "$PWD/$program" "$PWD/parameters/published" "$PWD/examples" "$top/$number/examples"
     sh scripts/run_all_cases.sh "$PWD/$program" "$top/$number/cases"
     if ! diff -r "$top/1" "$top/$number"; then
         echo "compare_builds: $program differs from $1" >&2

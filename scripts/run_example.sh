@@ -22,7 +22,7 @@ mkdir -p build/examples
 cp -r "examples/$name" parameters build/examples
 # the composed paths of a run have at most 128 characters, so it starts where they are short
 cd build/examples
-../release/velkoran parameters "$name" "$kind" "$name/run.log"
+../release/velkoran parameters/published "$name" "$kind" "$name/run.log"
 echo "==== build/examples/$name/run.log"
 cat "$name/run.log"
 echo "==== build/examples/$name/$result"

@@ -56,9 +56,15 @@ list_documents() {
     find examples -name 'nmr*.in' -o -name README.md
 }
 
+# The folders of parameters, without what makes their files.
+list_parameters() {
+    find parameters -name '*.txt' -o -name '*.abp' -o -name atom_types.csv -o -name '*.json' -o -name README.md \
+        -o -name SHA256SUMS
+}
+
 list_linux_files() {
     echo bin/velkoran
-    ls parameters/*.txt parameters/*.abp parameters/README.md | sed 's|^|share/velkoran/|'
+    list_parameters | sed 's|^|share/velkoran/|'
     (list_documents && echo parameters) | sed 's|^|share/doc/velkoran/|'
     (cd man && ls ./*.1) | sed 's|^\.|share/man/man1|'
     (cd man && ls ./*.5) | sed 's|^\.|share/man/man5|'
@@ -72,7 +78,7 @@ list_debian_files() {
 
 list_windows_files() {
     echo velkoran.exe
-    ls parameters/*.txt parameters/*.abp parameters/README.md
+    list_parameters
     list_documents
     (cd man && ls ./*.1 ./*.5) | sed 's|^\.\(.*\)|manual\1.html|'
 }
@@ -104,15 +110,15 @@ mv "$top/root/var" "$top/var"
 list_debian_files | check_files "$top/root" "the Debian package"
 check_links "$top/root" "the Debian package" /man/man1/velkoran.1.gz
 installed=$top/root/usr
-[ "$(cat "$installed/share/doc/velkoran/parameters/nmrtype.txt")" = "$(cat parameters/nmrtype.txt)" ] ||
+[ "$(cat "$installed/share/doc/velkoran/parameters/README.md")" = "$(cat parameters/README.md)" ] ||
     fail "share/doc/velkoran/parameters leads nowhere"
 [ "$("$installed/bin/velkoran" --version | head -n 1)" = "velkoran $version" ] || fail "--version isn't $version"
 grep -q -x -F "version: $version" "$installed/share/doc/velkoran/CITATION.cff" || fail "CITATION.cff isn't of $version"
 zcat "$installed/share/doc/velkoran/changelog.gz" | grep -q -F "## [$version]" || fail "CHANGELOG.md lacks $version"
 echo "passed: the installed program and its documents are of version $version"
-sh scripts/run_all_examples.sh "$installed/bin/velkoran" "$installed/share/velkoran/parameters" \
+sh scripts/run_all_examples.sh "$installed/bin/velkoran" "$installed/share/velkoran/parameters/published" \
     "$installed/share/doc/velkoran/examples" "$top/installed_runs"
-sh scripts/run_all_examples.sh "$project/build/release/velkoran" "$project/parameters" "$project/examples" \
+sh scripts/run_all_examples.sh "$project/build/release/velkoran" "$project/parameters/published" "$project/examples" \
     "$top/built_runs"
 diff -r "$top/built_runs" "$top/installed_runs" || fail "the installed program differs from the built one"
 echo "passed: $(ls "$top/installed_runs" | wc -l) examples from the installed files, the same bytes as the build tree's"

@@ -49,7 +49,8 @@ done
 # some; and an array of gigabytes that is asked for in vain, whose marks take Valgrind longer than the test waits.
 step program_tests "$build/tests/velkoran_program_tests" --gtest_brief=1 \
     --gtest_filter='-*Stop*:AllocationFailure*:CommandLineVersion.TellsHowItWasBuilt:*group_count_largest*'
-step examples sh scripts/run_all_examples.sh "$build/velkoran" "$PWD/parameters" "$PWD/examples" "$build/examples"
+step examples sh scripts/run_all_examples.sh "$build/velkoran" "$PWD/parameters/published" "$PWD/examples" \
+    "$build/examples"
 
 find "$build/logs" -type f -size +0 -exec cat {} +
 errors=$(find "$build/logs" -type f -size +0 | wc -l)

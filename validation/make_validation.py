@@ -210,9 +210,9 @@ Only the Fermi contact term is computed. The orbital and the spin-dipolar term a
 atoms and between carbon and hydrogen; between carbon atoms of multiple bonds they are some hertz. For fluorine they are
 as large as the contact term: couplings of 19F are far off, and that of hydrogen fluoride has the wrong sign. The same
 holds, less strongly, for nitrogen and oxygen with lone pairs or multiple bonds. The densities at the nucleus are known
-well for hydrogen and carbon only ([parameters](../parameters/README.md)), and those of other elements scale all their
-couplings. From sodium on there is next to no one-centre exchange here, and couplings of these elements show trends at
-best; one-bond couplings of phosphines have the wrong sign.
+well for hydrogen and carbon only ([published parameters](../parameters/published/README.md)), and those of other
+elements scale all their couplings. From sodium on there is next to no one-centre exchange here, and couplings of these
+elements show trends at best; one-bond couplings of phosphines have the wrong sign.
 
 What is left is an error of the approximation itself, as published for it: geminal couplings between hydrogen atoms come
 out too positive, vicinal ones over 180 degrees too large, 1J(CC) too large and 1J(CH) too small.
@@ -273,7 +273,7 @@ def make_page(program):
         "",
         "What the program gives beside published results of the same methods, and beside experiment. Every number "
         "of this page comes",
-        f"from a run with the parameters of [parameters](../parameters/README.md) and "
+        f"from a run with the [published parameters](../parameters/published/README.md) and "
         f"`SCFConvergenceLimit = {CONVERGENCE}`; data and their",
         "sources are in " "[validation](../validation).",
         "",

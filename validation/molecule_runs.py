@@ -72,7 +72,7 @@ class Runner:
         self.folder = pathlib.Path(folder)
         self.results = {}
         self.runs = 0
-        (self.folder / "parameters").symlink_to(ROOT / "parameters")
+        (self.folder / "parameters").symlink_to(ROOT / "parameters" / "published")
 
     def run_once(self, molecule, positions, method, accelerate, wanted):
         self.runs += 1

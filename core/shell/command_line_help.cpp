@@ -47,7 +47,7 @@ Exit code:
 
 Example:
   cp -r /usr/share/doc/velkoran/examples/methane .
-  velkoran /usr/share/velkoran/parameters methane 1 methane/run.log
+  velkoran /usr/share/velkoran/parameters/published methane 1 methane/run.log
   cat methane/nmrparam.out
 )";
 

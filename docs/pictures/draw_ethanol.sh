@@ -7,6 +7,6 @@ work=$(mktemp -d ethanol_XXXXXX)
 trap 'rm -rf "$work"' EXIT
 for name in ethanol_60 ethanol_400; do
     cp -r "examples/$name" "$work"
-    build/release/velkoran parameters "$work/$name" 2
+    build/release/velkoran parameters/published "$work/$name" 2
 done
 gnuplot -c docs/pictures/ethanol.gp "$work/ethanol_60/nmrspect.out" 60 "$work/ethanol_400/nmrspect.out" 400

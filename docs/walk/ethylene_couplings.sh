@@ -6,7 +6,7 @@ set -eu
 work=$(mktemp -d ethylene_XXXXXX)
 trap 'rm -rf "$work"' EXIT
 cp docs/walk/ethylene/nmrparam.in "$work"
-build/release/velkoran parameters "$work" 1
+build/release/velkoran parameters/published "$work" 1
 sed '1,/^COUPLING/d' "$work/nmrparam.out" | awk '
     { for (column = 1; column <= NF; ++column) coupling[NR, column] = $column }
     function Row(name, a, b, measured) { printf "| %s | %.1f | %s |\n", name, coupling[a, b], measured }

@@ -32,7 +32,7 @@ for carbons in 40 42 43 44; do
             printf "NMRSelectionEnd\nAtomsBegin\n%d\nmol 1\n%sAtomsEnd\n", count, text
         }' >"$work/nmrparam.in"
     rm -f "$work/run.log"
-    build/release/velkoran parameters "$work" 1 "$work/run.log"
+    build/release/velkoran parameters/published "$work" 1 "$work/run.log"
     difference=$(awk '/^Iteration/ { last = $NF } END { print last }' "$work/run.log")
     sed '1,/^COUPLING/d' "$work/nmrparam.out" | awk -v carbons="$carbons" -v difference="$difference" '
         NR == 1 { first = sprintf("%.1f, %.1f, %.1f", $2, $3, $4) }

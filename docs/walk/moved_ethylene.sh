@@ -10,7 +10,7 @@ echo "|---:|---:|---:|---:|---:|"
 for distance in 0 1 3 10 30 100; do
     awk -v distance="$distance" '$1 == "atom" { $8 = sprintf("%.6f", $8 + distance) } { print }' \
         docs/walk/ethylene/nmrparam.in >"$work/nmrparam.in"
-    build/release/velkoran parameters "$work" 1
+    build/release/velkoran parameters/published "$work" 1
     awk -v distance="$distance" 'wanted { printf "| %s | %s | %s | %s | %s |\n", distance, $1, $2, $3, $5; exit }
         /^SHIELDING/ { wanted = 1 }' "$work/nmrparam.out"
 done

@@ -8,7 +8,7 @@ set -eu
 Refuse() {
     cp "docs/walk/$2" refused
     sed -i "$1" "refused/${2##*/}"
-    build/release/velkoran "${4:-parameters}" refused "$3"
+    build/release/velkoran "${4:-parameters/published}" refused "$3"
     head -n 1 refused/*.out
     rm refused/*
 }

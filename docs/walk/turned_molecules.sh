@@ -19,7 +19,7 @@ Run() {
             printf "atom 2 X %s %s - 0 %.6f 0 %.6f 0\nAtomsEnd\n", heavy, heavy, x, z
         }'
     } >"$work/nmrparam.in"
-    build/release/velkoran parameters "$work" 1
+    build/release/velkoran parameters/published "$work" 1
 }
 
 # Shielding COLUMN: of the first or the second atom.

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
 """Runs of the core by worker processes: parameters, molecules and options go as records, doubles come back."""
+import contextlib
 import enum
 import os
 import queue
@@ -14,8 +15,8 @@ from typing import IO
 import numpy as np
 
 # Columns of a parameter table, in the order of the worker's records: energies in eV, exponents in 1/bohr, the bonding
-# parameter in eV, G1 and F2 in Hartree, energies of the free atom in eV, its heat of formation in kcal/mol, the g factor
-# in nuclear magnetons, the density of the valence s orbital at the nucleus in 1/bohr^3.
+# parameter in eV, G1 and F2 in Hartree, energies of the free atom in eV, its heat of formation in kcal/mol, the g
+# factor in nuclear magnetons, the density of the valence s orbital at the nucleus in 1/bohr^3.
 FIELDS = (
     "OrbitalEnergyS",
     "OrbitalEnergyP",
@@ -162,22 +163,28 @@ class WorkerPool:
     def __exit__(self, *exception: object) -> None:
         self._threads.shutdown(cancel_futures=True)
         for process in self._processes:
-            if process.stdin:
+            assert process.stdin and process.stdout
+            with contextlib.suppress(BrokenPipeError):  # of a worker that ended before it had read its request
                 process.stdin.close()
+            process.stdout.close()
             process.wait()
-            if process.stdout:
-                process.stdout.close()
 
     def _run(self, job: Job, table: np.ndarray) -> Outcome:
+        request = request_bytes(job, table, self.options)
         process = self._idle.get()
         try:
             assert process.stdin and process.stdout
-            process.stdin.write(request_bytes(job, table, self.options))
-            process.stdin.flush()
+            with contextlib.suppress(BrokenPipeError):  # its output ends, too, and says so
+                process.stdin.write(request)
+                process.stdin.flush()
             return read_outcome(process.stdout, job)
         finally:
             self._idle.put(process)
 
     def run(self, jobs: Sequence[Job], table: np.ndarray) -> Iterator[Outcome]:
-        """The outcomes of jobs with a parameter table of shape (types, 14), in their order, as they come."""
+        """The outcomes of jobs with a parameter table of shape (types, 14), in their order, as they come.
+
+        Raises RuntimeError where a worker ends before it has answered: it was killed, or a job isn't one, with a type
+        beyond the table for example. The pool is of no use then.
+        """
         return self._threads.map(lambda job: self._run(job, table), jobs)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The worker of a fit: requests on standard input, answers on standard output, one child a molecule, so that a fatal
-// error of the core costs no more than the parameter set it happened on. What the core says goes to standard error.
+// error of the core costs no more than the parameter set it happened on. What the core says goes to standard error. The
+// exit code is 1, and a sentence stands there too, where the input isn't requests.
 #include "worker/parameter_runs.h"
 
 #include <cmath>
@@ -10,11 +11,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-static constexpr unsigned ChildSeconds = 600;  // no molecule of a fit takes that long
-
 [[noreturn]] static void RunChild(const Request& request, int firstSet, int descriptor) {
     int code = 1;
-    alarm(ChildSeconds);
+    close(STDIN_FILENO);  // whoever writes to the worker has to notice when it ends
     dup2(STDERR_FILENO, STDOUT_FILENO);
     try {
         AnswerParameterSets(request, firstSet, descriptor);
@@ -27,16 +26,25 @@ static constexpr unsigned ChildSeconds = 600;  // no molecule of a fit takes tha
 }
 
 // Passes the answers of a child on; the number of sets that it answered.
-static int PassAnswers(const Request& request, int firstSet, int descriptor) {
+static int PassAnswers(const Request& request, int descriptor) {
     Answer answer;
-    int set = firstSet;
+    int answered = 0;
     while (ReadAnswer(descriptor, ValueCount(request), answer)) {
         WriteAnswer(STDOUT_FILENO, answer);
-        ++set;
+        ++answered;
     }
-    return set - firstSet;
+    return answered;
 }
 
+// Waits for the end of a child and tells of a signal: nothing else would.
+static void AwaitChild(pid_t child) {
+    int status = 0;
+    if (waitpid(child, &status, 0) == child && WIFSIGNALED(status)) {
+        std::fprintf(stderr, "velkoran_worker: a run ended by signal %d\n", WTERMSIG(status));
+    }
+}
+
+// The number of sets from the first one on that a child has answered, all of them unless it ended within one.
 static int RunSets(const Request& request, int firstSet) {
     int ends[2];
     if (pipe(ends) != 0) {
@@ -51,9 +59,9 @@ static int RunSets(const Request& request, int firstSet) {
         RunChild(request, firstSet, ends[1]);
     }
     close(ends[1]);
-    const int answered = PassAnswers(request, firstSet, ends[0]);
+    const int answered = PassAnswers(request, ends[0]);
     close(ends[0]);
-    waitpid(child, nullptr, 0);
+    AwaitChild(child);
     return answered;
 }
 
@@ -61,7 +69,7 @@ static void AnswerRequest(const Request& request) {
     const int sets = request.Head.VariantCount + 1;
     for (int set = 0; set < sets; ++set) {
         set += RunSets(request, set);
-        if (set < sets) {  // the child ended within this one
+        if (set < sets) {  // within which the child ended
             WriteAnswer(STDOUT_FILENO, {RefusedStatus, std::vector<double>(ValueCount(request), std::nan(""))});
         }
     }

@@ -3,6 +3,8 @@
 #include "worker/parameter_runs.h"
 
 #include "files/atom_selection.h"
+#include "files/option_keys.h"
+#include "files/text_scan.h"
 #include "ground/memory.h"
 #include "ground/run_state.h"
 #include "nmr/calculate_nmr_parameters.h"
@@ -11,6 +13,9 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <sys/time.h>
+
+static constexpr long SetSeconds = 600;  // of processor time; no molecule of a fit takes that long
 
 // An array of the run or of the process; the parent sees to what becomes of the request if there is no memory.
 template <class Record> static void Allocate(Record*& array, std::size_t count) {
@@ -22,12 +27,12 @@ template <class Record> static void Allocate(Record*& array, std::size_t count) 
 static void SetOptions(const RequestHead& head) {
     Run.Job.RunKind = ParameterRun;
     Run.Job.ActiveRunKind = ParameterRun;
+    SetDefaultOptions();
     Run.Options.CalculateShielding = head.Quantity == ShieldingRequest;
     Run.Options.CalculateCoupling = head.Quantity == CouplingRequest;
     Run.Options.SemiEmpiricalMethod = head.SemiEmpiricalMethod;
     Run.Options.TotalCharge = head.TotalCharge;
-    Run.Options.SpinMultiplicity = 1;
-    Run.Options.SCFConvergenceLimit = static_cast<float>(head.ConvergenceLimit);
+    Run.Options.SCFConvergenceLimit = NarrowReal(head.ConvergenceLimit);
     Run.Options.SCFIterationLimit = head.IterationLimit;
     Run.Options.SCFAccelerateConvergence = 1;
     Run.Options.ResponseAcceleration = 1;
@@ -86,6 +91,13 @@ static std::vector<TypeRecord> TableOfSet(const Request& request, int set) {
     return types;
 }
 
+// The signal ends the process. A clock on the wall would make the answer depend on what else the machine does.
+static void LimitProcessorTime() {
+    itimerval limit = {};
+    limit.it_value.tv_sec = SetSeconds;
+    setitimer(ITIMER_PROF, &limit, nullptr);
+}
+
 static Answer RunSet(const Request& request) {
     Run.Report.Doubts = 0;
     Run.Field.ScfPassCounter = -1;  // each set starts as a run of its own does
@@ -110,9 +122,13 @@ void AnswerParameterSets(const Request& request, int firstSet, int descriptor) {
     FillTable(TableOfSet(request, firstSet));
     BuildCappingAtoms();
     BuildSelectedAtomList();
-    PrepareSystem();
+    PrepareSystem();  // which checks these parameters
     for (int set = firstSet; set <= request.Head.VariantCount; ++set) {
-        FillTable(TableOfSet(request, set));
+        LimitProcessorTime();
+        if (set != firstSet) {
+            FillTable(TableOfSet(request, set));
+            CheckParameters(Run.Parameters.ActiveParameters, Run.Parameters.ActiveParameterFile);
+        }
         WriteAnswer(descriptor, RunSet(request));
     }
 }

@@ -6,24 +6,24 @@
 #include <stdexcept>
 #include <unistd.h>
 
-static constexpr std::int32_t LargestCount = 1 << 20;  // of anything in a request
+static constexpr std::int32_t LargestCount = 1 << 20;  // of types, variants and changes
 static constexpr std::size_t TypeFields = sizeof(TypeRecord) / sizeof(double);
+static constexpr char EndsWithinRequest[] = "the requests end within one";
 
-// Reads exactly so many bytes; false if the stream ends before the last of them.
-static bool ReadBytes(int descriptor, void* bytes, std::size_t count) {
-    char* next = static_cast<char*>(bytes);
-    while (count > 0) {
-        const ssize_t got = read(descriptor, next, count);
+// Reads so many bytes, or fewer where the stream ends before; how many it was.
+static std::size_t ReadBytes(int descriptor, void* bytes, std::size_t count) {
+    std::size_t done = 0;
+    while (done < count) {
+        const ssize_t got = read(descriptor, static_cast<char*>(bytes) + done, count - done);
         if (got < 0 && errno == EINTR) {
             continue;
         }
         if (got <= 0) {
-            return false;
+            break;
         }
-        next += got;
-        count -= static_cast<std::size_t>(got);
+        done += static_cast<std::size_t>(got);
     }
-    return true;
+    return done;
 }
 
 static void WriteBytes(int descriptor, const void* bytes, std::size_t count) {
@@ -42,13 +42,28 @@ static void WriteBytes(int descriptor, const void* bytes, std::size_t count) {
 }
 
 template <class Record> static void ReadRecords(int descriptor, std::int32_t count, std::vector<Record>& records) {
-    if (count < 0 || count > LargestCount) {
+    records.resize(static_cast<std::size_t>(count));
+    const std::size_t size = records.size() * sizeof(Record);
+    if (ReadBytes(descriptor, records.data(), size) != size) {
+        throw std::runtime_error(EndsWithinRequest);
+    }
+}
+
+static void CheckCount(std::int32_t count, std::int32_t least, std::int32_t most) {
+    if (count < least || count > most) {
         throw std::runtime_error("a request has a count that can't be");
     }
-    records.resize(static_cast<std::size_t>(count));
-    if (!ReadBytes(descriptor, records.data(), records.size() * sizeof(Record))) {
-        throw std::runtime_error("the requests end within one");
+}
+
+static void CheckHead(const RequestHead& head) {
+    if (head.Quantity != ShieldingRequest && head.Quantity != CouplingRequest) {
+        throw std::runtime_error("a request asks for an unknown quantity");
     }
+    CheckCount(head.AtomCount, 1, LargestAtomCount);
+    CheckCount(head.NMRAtomCount, 0, LargestAtomCount);
+    CheckCount(head.TypeCount, 1, LargestCount);
+    CheckCount(head.VariantCount, 0, LargestCount);
+    CheckCount(head.ChangeCount, 0, LargestCount);
 }
 
 static bool Within(std::int32_t place, std::size_t count) {
@@ -56,13 +71,10 @@ static bool Within(std::int32_t place, std::size_t count) {
 }
 
 static void CheckPlaces(const Request& request) {
-    if (request.Head.Quantity != ShieldingRequest && request.Head.Quantity != CouplingRequest) {
-        throw std::runtime_error("a request asks for an unknown quantity");
-    }
-    if (!Within(request.Head.VariantCount, LargestCount)) {
-        throw std::runtime_error("a request has a count that can't be");
-    }
     for (const RequestAtom& atom : request.Atoms) {
+        if (atom.AtomicNumber < 1) {
+            throw std::runtime_error("an atom of a request has an atomic number that no element has");
+        }
         if (!Within(atom.Type, request.Types.size())) {
             throw std::runtime_error("an atom of a request has a type that isn't in its table");
         }
@@ -81,9 +93,14 @@ static void CheckPlaces(const Request& request) {
 }
 
 bool ReadRequest(int descriptor, Request& request) {
-    if (!ReadBytes(descriptor, &request.Head, sizeof request.Head)) {
+    const std::size_t got = ReadBytes(descriptor, &request.Head, sizeof request.Head);
+    if (got == 0) {
         return false;
     }
+    if (got != sizeof request.Head) {
+        throw std::runtime_error(EndsWithinRequest);
+    }
+    CheckHead(request.Head);
     ReadRecords(descriptor, request.Head.AtomCount, request.Atoms);
     ReadRecords(descriptor, request.Head.NMRAtomCount, request.NMRAtoms);
     ReadRecords(descriptor, request.Head.TypeCount, request.Types);
@@ -103,6 +120,7 @@ void WriteAnswer(int descriptor, const Answer& answer) {
 
 bool ReadAnswer(int descriptor, std::size_t valueCount, Answer& answer) {
     answer.Values.resize(valueCount);
-    return ReadBytes(descriptor, &answer.Status, sizeof answer.Status) &&
-           ReadBytes(descriptor, answer.Values.data(), valueCount * sizeof(double));
+    const std::size_t size = valueCount * sizeof(double);
+    return ReadBytes(descriptor, &answer.Status, sizeof answer.Status) == sizeof answer.Status &&
+           ReadBytes(descriptor, answer.Values.data(), size) == size;
 }

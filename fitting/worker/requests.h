@@ -11,14 +11,16 @@
 inline constexpr std::int32_t ShieldingRequest = 1;
 inline constexpr std::int32_t CouplingRequest = 2;
 
-// The bits of a status beside those of wavefunction/run_cautions.h.
+// The bit of a status beside those of wavefunction/run_cautions.h.
 inline constexpr std::uint32_t RefusedStatus = 16;  // the run ended with a fatal error or a signal
+
+inline constexpr std::int32_t LargestAtomCount = 4096;  // what a fit never comes near: couplings go with its square
 
 // The fixed part, first in the stream.
 struct RequestHead {
     std::int32_t Quantity;               // ShieldingRequest or CouplingRequest
     std::int32_t AtomCount;              // atoms of the molecule, 1 to LargestAtomCount
-    std::int32_t NMRAtomCount;           // atoms whose values are wanted
+    std::int32_t NMRAtomCount;           // atoms whose values are wanted, 0 to LargestAtomCount
     std::int32_t TypeCount;              // rows of the parameter table
     std::int32_t VariantCount;           // further parameter sets, each the table with some changes
     std::int32_t ChangeCount;            // changes of all variants
@@ -30,9 +32,9 @@ struct RequestHead {
 };
 
 struct RequestAtom {
-    std::int32_t AtomicNumber;
-    std::int32_t Type;   // 0-based row of the parameter table
-    double Position[3];  // Angstrom
+    std::int32_t AtomicNumber;  // from 1; the core refuses those beyond argon
+    std::int32_t Type;          // 0-based row of the parameter table
+    double Position[3];         // Angstrom
 };
 
 struct TypeRecord {
@@ -42,7 +44,7 @@ struct TypeRecord {
 
 // One number of the parameter table that a variant changes.
 struct ParameterChange {
-    std::int32_t Variant;  // 0-based; the changes of a variant stand together, in the order of the variants
+    std::int32_t Variant;  // 0-based; of two changes of one number the later counts
     std::int32_t Type;     // 0-based row
     std::int32_t Field;    // 0-based place of a double in TypeRecord
     std::int32_t Unused;

@@ -10,7 +10,7 @@ import sys
 from pathlib import Path
 
 sys.dont_write_bytecode = True
-sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "python"))
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "python"))
 from generated_files import write_or_check
 from velkoran_runs.parameter_files import (
     COLUMNS,

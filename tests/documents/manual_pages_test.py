@@ -230,7 +230,7 @@ class ManualPages(unittest.TestCase):
         match_log(self, self.examples["accelerated responses"], lines)
 
     def test_parameter_run_with_the_parameters_of_the_project(self):
-        shutil.copytree(ROOT / "parameters", self.folder / "all")
+        shutil.copytree(ROOT / "parameters" / "published", self.folder / "all")
         output, _ = self.run_program("water", RunKind.PARAMETER, "all")
         self.assertEqual(output, self.text("nmrparam.out"))
 
@@ -329,7 +329,7 @@ class ManualPages(unittest.TestCase):
 
     def test_ratios_of_frequencies_are_those_of_the_g_factors(self):
         # apart from the shieldings of the references, less than 0.1 %
-        with open(ROOT / "parameters" / "parameter_figures.csv", newline="") as file:
+        with open(ROOT / "parameters" / "published" / "parameter_figures.csv", newline="") as file:
             factors = {row[0]: abs(float(row[2])) for row in csv.reader(file) if row[1] == "gFactor"}
         text = self.pages["nmrspect.in.5"].path.read_text()
         ratios = re.findall(r"^\.It \d+([A-Z][a-z]?) Ta (\d\.\d+)$", text, re.M)

@@ -84,7 +84,7 @@ class Arena:
         self.program = self.top / "velkoran"
         shutil.copy(program, self.program)
         self.program.chmod(0o755)
-        shutil.copytree(ROOT / "parameters", self.top / "parameters")
+        shutil.copytree(ROOT / "parameters" / "published", self.top / "parameters")
         self.times = {}  # by name of the job and whether there is a log
         self.logs = {}  # by name of the job
 

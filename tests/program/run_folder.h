@@ -13,7 +13,7 @@ struct RunFolder {
     std::string Kind = "1";         // field of the command line: 1 a parameter run, 2 a spectrum
     std::string Name = "nmrparam";  // of input and result, without their ends
 
-    // A parameter run with the files of parameters/, without an input.
+    // A parameter run with the files of parameters/published/, without an input.
     RunFolder();
     // What a folder of cases/ holds: its input, if there is any, and its parameter files.
     explicit RunFolder(const std::string& caseFolder);

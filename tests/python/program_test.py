@@ -13,7 +13,7 @@ from velkoran_runs.program import RunFailed, RunKind, command_line, make_run, st
 from velkoran_runs.results import RefusedRun, parse_parameter_result, parse_spectrum_result
 from velkoran_runs.spectrum_inputs import spectrum_input
 
-PARAMETERS = pathlib.Path(__file__).resolve().parents[2] / "parameters"
+PARAMETERS = pathlib.Path(__file__).resolve().parents[2] / "parameters" / "published"
 HYDROGEN = parameter_input(atoms_text([Atom("H", (0, 0, 0)), Atom("H", (0, 0, 0.74))]), {"SemiEmpiricalMethod": 2})
 
 

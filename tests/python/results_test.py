@@ -137,12 +137,12 @@ class Log(unittest.TestCase):
 class ParameterFiles(unittest.TestCase):
     def test_committed_files_are_read_and_written_back(self):
         for name in (parameter_files.SHIELDING_FILE, parameter_files.COUPLING_FILE):
-            text = read_text(ROOT / "parameters" / name)
+            text = read_text(ROOT / "parameters" / "published" / name)
             records = parameter_files.parse_records(text)
             self.assertEqual("".join(parameter_files.record_text(*item) for item in records.items()), text)
         self.assertEqual(records["H"]["gFactor"], 5.5856947)
         self.assertEqual(records["-H"]["sDensity0"], 0.0)
-        text = read_text(ROOT / "parameters" / parameter_files.TYPE_FILE)
+        text = read_text(ROOT / "parameters" / "published" / parameter_files.TYPE_FILE)
         masses = parameter_files.parse_types(text)
         self.assertEqual(masses["C"], 12.011)
         self.assertEqual(parameter_files.types_text(text.splitlines()[0], masses), text)

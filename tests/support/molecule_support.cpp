@@ -126,7 +126,7 @@ static std::string ProjectFolder(const char* name) {
 }
 
 std::string ParameterFolder() {
-    return ProjectFolder("parameters");
+    return ProjectFolder("parameters/published");
 }
 
 std::string ExampleFolder() {

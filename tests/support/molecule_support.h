@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Molecules for the tests of the wavefunction and of what follows it: put into Run by the real readers with the
-// parameters of parameters/, so that single steps can be called; and the field of a density by plain loops.
+// parameters of parameters/published/, so that single steps can be called; and the field of a density by plain loops.
 #pragma once
 
 #include "ground/run_state.h"
@@ -43,7 +43,7 @@ std::string MoleculeInput(const Molecule& molecule);
 std::string ParameterFolder();
 std::string ExampleFolder();
 
-// Copies the parameter files of parameters/ into a directory.
+// Copies the parameter files of parameters/published/ into a directory.
 void CopyParameterFiles(const std::string& directory);
 
 // Reads and prepares a molecule as a run does, up to PrepareSystem, and puts the coupling table in force with its
