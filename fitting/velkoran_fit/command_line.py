@@ -6,11 +6,23 @@ import time
 from collections.abc import Callable, Mapping, Sequence
 from dataclasses import dataclass
 from pathlib import Path
+from typing import Any
 
 from .atom_types import AtomType, read_atom_types
 from .fitting_data import FittingData, fitting_data, problem_of
 from .molecules import read_molecules
-from .parameter_tables import fitted_files, start_parameters
+from .accuracy_results import write_results
+from .parameter_tables import fitted_files, read_parameters, start_parameters
+from .shipping import (
+    Measured,
+    columns_with_kinds,
+    convergence_lines,
+    measure,
+    ship_references,
+    worst,
+    write_sums,
+    write_type_figures,
+)
 from .stages import STAGES, Fitted, Stage, quick, run_stage
 from .worker import Options, Quantity, WorkerPool
 
@@ -47,7 +59,7 @@ def parse_arguments(words: Sequence[str] | None) -> argparse.Namespace:
     parser.add_argument("--processes", type=int, default=len(os.sched_getaffinity(0)), help="worker processes")
     parser.add_argument("--worker", type=Path, default=ROOT / "build/release/fitting/velkoran_worker")
     parser.add_argument("--folder", type=Path, default=ROOT / "build/fit", help="checkpoints and made geometries")
-    parser.add_argument("--write", type=Path, metavar="DIRECTORY", help="write the parameter files there")
+    parser.add_argument("--write", type=Path, metavar="DIRECTORY", required=True, help="where the files go")
     return parser.parse_args(words)
 
 
@@ -58,7 +70,7 @@ def setting_of(arguments: argparse.Namespace) -> Setting:
     if arguments.quick:
         stages = tuple(quick(stage) for stage in stages)
     every = QUICK_EVERY if arguments.quick else 1
-    return Setting(stages, every, arguments.processes, arguments.worker, arguments.folder)
+    return Setting(stages, every, arguments.processes, arguments.worker.resolve(), arguments.folder)
 
 
 def read_data(setting: Setting, types: Sequence[AtomType]) -> FittingData:
@@ -69,24 +81,41 @@ def read_data(setting: Setting, types: Sequence[AtomType]) -> FittingData:
 
 
 def fit_quantity(
-    quantity: Quantity, data: FittingData, types: Sequence[AtomType], setting: Setting, say: Callable[[str], None]
-) -> Fitted:
-    """All stages for one quantity; the last stage as it stands at the end."""
+    quantity: Quantity,
+    data: FittingData,
+    types: Sequence[AtomType],
+    setting: Setting,
+    pool: WorkerPool,
+    say: Callable[[str], None],
+) -> tuple[Fitted, tuple[int, ...]]:
+    """All stages for one quantity: the last stage as it stands at the end, and the places of its molecules."""
     rows = {kind.name: row for row, kind in enumerate(types)}
-    problem, _ = problem_of(data, quantity, rows)
+    problem, places = problem_of(data, quantity, rows)
     parameters = start_parameters(types, PUBLISHED, quantity == Quantity.COUPLING)
-    with WorkerPool(setting.worker, Options(), setting.processes) as pool:
-        for stage in setting.stages:
-            fitted = run_stage(stage, problem, parameters, pool, setting.folder, say)
-            parameters = fitted.parameters
-    return fitted
+    for stage in setting.stages:
+        fitted = run_stage(stage, problem, parameters, pool, setting.folder, say)
+        parameters = fitted.parameters
+    return fitted, places[:: setting.stages[-1].every]
 
 
-def write_files(directory: Path, texts: Mapping[str, str]) -> None:
-    """Writes texts by file name."""
+def write_parameters(directory: Path, types: Sequence[AtomType], fits: Mapping[Quantity, Fitted]) -> None:
+    """Writes the three parameter files."""
     directory.mkdir(parents=True, exist_ok=True)
-    for name, text in texts.items():
+    shielding, coupling = (fits[quantity].parameters for quantity in Quantity)
+    for name, text in fitted_files(types, shielding, coupling, PUBLISHED).items():
         (directory / name).write_text(text, encoding="ascii")
+
+
+def accuracy(data: FittingData, measured: Mapping[Quantity, Measured]) -> dict[str, Any]:
+    """The content of docs/measured/accuracy.json."""
+    columns = {name: column for own in measured.values() for name, column in columns_with_kinds(own).items()}
+    return {
+        "about": f"{len(data.molecules)} molecules; parameters, references and types of `parameters/fitted`.",
+        "columns": columns,
+        "worst": worst(measured),
+        "convergence": convergence_lines(data, measured),
+        "command": "sh scripts/run_fit.sh",
+    }
 
 
 def main(words: Sequence[str] | None = None) -> int:
@@ -101,8 +130,20 @@ def main(words: Sequence[str] | None = None) -> int:
     types = read_atom_types(FITTED / "atom_types.csv")
     data = read_data(setting, types)
     say(f"{len(data.molecules)} molecules")
-    shielding, coupling = (fit_quantity(quantity, data, types, setting, say).parameters for quantity in Quantity)
-    if arguments.write:
-        write_files(arguments.write, fitted_files(types, shielding, coupling, PUBLISHED))
+    with WorkerPool(setting.worker, Options(), setting.processes) as pool:
+        done = {quantity: fit_quantity(quantity, data, types, setting, pool, say) for quantity in Quantity}
+        fits = {quantity: fitted for quantity, (fitted, _) in done.items()}
+        write_parameters(arguments.write, types, fits)
+        say("parameters written")
+        measured = {}
+        for quantity, (fitted, places) in done.items():
+            shipped = read_parameters(types, PUBLISHED, arguments.write, quantity == Quantity.COUPLING)
+            measured[quantity] = measure(quantity, data, types, fitted, places, shipped, pool)
+            say(f"{quantity.name.lower()}: cross-validated")
+    ship_references(arguments.write / "references.json", data, types, measured)
+    shifts = measured[Quantity.SHIELDING].outcomes["made"]
+    write_type_figures(arguments.write / "atom_types.csv", data, types, shifts)
+    write_sums(arguments.write)
+    write_results(arguments.write / "accuracy.json", accuracy(data, measured))
     say("done")
     return 0

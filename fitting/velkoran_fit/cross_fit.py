@@ -11,9 +11,9 @@ import numpy as np
 from scipy import sparse
 
 from .least_squares import Penalty, fit_offsets, residuals, solve_step
-from .observations import Problem, evaluate
-from .parameter_space import Parameters, Variable, scaled_bounds, scaled_values, with_scaled_values
-from .worker import WorkerPool
+from .observations import Problem
+from .parameter_space import Parameters, scaled_bounds, scaled_values, with_scaled_values
+from .stages import Fitted
 
 ROUNDS = 12  # of reweighting
 STEP = 2.0  # largest change of a scaled variable in a round
@@ -36,26 +36,16 @@ def refitted(
     return new
 
 
-def held_out_values(
-    problem: Problem,
-    parameters: Parameters,
-    variables: Sequence[Variable],
-    penalty: Penalty,
-    jacobian: sparse.csr_matrix,
-    values: np.ndarray,
-    folds: Sequence[int],
-    pool: WorkerPool,
-) -> np.ndarray:
-    """Computed values of all observations, (observations,), each with parameters that were fitted without the fold of
-    its molecule. folds: the fold of each molecule; jacobian, values: at the parameters of the whole fit."""
-    u = scaled_values(parameters, variables)
-    bounds = scaled_bounds(parameters, variables)
+def fold_parameters(fitted: Fitted, folds: Sequence[int]) -> dict[int, Parameters]:
+    """The parameters without each fold. fitted: a stage on all molecules; folds: the fold of each of its molecules."""
+    problem = fitted.problem
+    u = scaled_values(fitted.parameters, fitted.variables)
+    bounds = scaled_bounds(fitted.parameters, fitted.variables)
     fold_of_row = np.array([folds[o.molecule % problem.molecule_count] for o in problem.observations])
-    held_out = np.full(len(values), np.nan)
+    parameters = {}
     for fold in sorted(set(folds)):
-        train = problem.of_molecules([i for i, f in enumerate(folds) if f != fold])
-        seen = fold_of_row != fold
-        new = refitted(train, values[seen], jacobian[np.flatnonzero(seen)], u, penalty, bounds)
-        test = problem.of_molecules([i for i, f in enumerate(folds) if f == fold])
-        held_out[~seen] = evaluate(test, with_scaled_values(parameters, variables, new), pool).values
-    return held_out
+        train = problem.of_molecules([i for i, own in enumerate(folds) if own != fold])
+        seen = np.flatnonzero(fold_of_row != fold)
+        new = refitted(train, fitted.evaluation.values[seen], fitted.jacobian[seen], u, fitted.penalty, bounds)
+        parameters[fold] = with_scaled_values(fitted.parameters, fitted.variables, new)
+    return parameters

@@ -4,25 +4,15 @@ from collections.abc import Mapping, Sequence
 
 import numpy as np
 
+from .computed_values import molecule_jobs
 from .molecules import Coupling, Geometry, Molecule
 from .observations import COUPLING_UNITS, SHIFT_UNITS, Observation, Problem
-from .worker import Job, Quantity
+from .worker import Quantity
 
-# Couplings between all spins of a molecule are one run; those of rigid paths count fully, averages over conformers
-# half.
+# A coupling along a rigid path counts fully; one that conformers average half where there are several, and hardly
+# where one geometry has to stand for them.
 AVERAGED_WEIGHT = 0.5
-
-
-def _jobs(
-    molecule: Molecule, types: np.ndarray, atoms: np.ndarray, quantity: Quantity, geometries: Sequence[Geometry]
-) -> tuple[tuple[float, Job], ...]:
-    numbers = np.array([atom.GetAtomicNum() for atom in molecule.mol.GetAtoms()])
-    charge = sum(atom.GetFormalCharge() for atom in molecule.mol.GetAtoms())
-    total = sum(geometry.weight for geometry in geometries)
-    return tuple(
-        (geometry.weight / total, Job(quantity, numbers, types, geometry.coordinates, atoms, charge))
-        for geometry in geometries
-    )
+ONE_GEOMETRY_WEIGHT = 0.1
 
 
 def _shift_rows(molecule: Molecule) -> list[tuple[tuple[int, ...], str, float, bool]]:
@@ -44,7 +34,7 @@ def shielding_problem(
         shifts = _shift_rows(molecule)
         atoms = np.array(sorted({atom for row in shifts for atom in row[0]}), int)
         place = {int(atom): i for i, atom in enumerate(atoms)}
-        jobs.append(_jobs(molecule, rows, atoms, Quantity.SHIELDING, forms))
+        jobs.append(molecule_jobs(molecule, rows, atoms, Quantity.SHIELDING, forms))
         for own, nucleus, ppm, exchanged in shifts:
             places = tuple(place[atom] for atom in own)
             here = len(observations)
@@ -67,7 +57,7 @@ def coupling_problem(
         couplings = [c for c in molecule.couplings if c.kind in COUPLING_UNITS and not c.ambiguous]
         atoms = np.array(sorted({pair[0] for c in couplings for pair in c.atom_pairs}), int)
         row_of = {int(atom): i for i, atom in enumerate(atoms)}
-        jobs.append(_jobs(molecule, rows, atoms, Quantity.COUPLING, forms))
+        jobs.append(molecule_jobs(molecule, rows, atoms, Quantity.COUPLING, forms))
         for coupling in couplings:
             places = _coupling_places(coupling, row_of, molecule.mol.GetNumAtoms())
             averaged = AVERAGED_WEIGHT if forms[0].kind == "made" else ONE_GEOMETRY_WEIGHT

@@ -1,0 +1,100 @@
+# SPDX-License-Identifier: MIT
+"""Cross-validates a finished fit, and learns from all of it what references.json ships.
+
+Parameters are fitted without each fold; correction and opponents learn from the other folds, with shieldings averaged
+over stored and made geometries, and predict the fold in either kind of geometry.
+"""
+from collections.abc import Mapping, Sequence
+from dataclasses import dataclass, replace
+
+import numpy as np
+
+from .atom_types import AtomType
+from .computed_values import Computed, compute
+from .coupling_sites import coupling_sites
+from .cross_fit import fold_parameters
+from .cross_validation import FOLDS, fold_of
+from .fitting_data import FittingData, heaviest
+from .molecules import Geometry, Molecule
+from .neighbourhoods import type_chains
+from .parameter_space import Parameters
+from .sites import Site, measured_sites
+from .stages import Fitted
+from .worker import Quantity, WorkerPool
+
+KINDS = ("stored", "made")
+CONFORMERS = {Quantity.SHIELDING: 3, Quantity.COUPLING: 10}  # made ones that are averaged
+
+
+@dataclass(frozen=True)
+class Runs:
+    """Computed values of all molecules in both kinds of geometries, with one set of parameters."""
+
+    stored: Computed
+    made: Computed
+
+    def of_kind(self, kind: str) -> tuple[np.ndarray, ...]:
+        """The values in one kind of geometry."""
+        return self.stored.values if kind == "stored" else self.made.values
+
+    def mean(self) -> tuple[np.ndarray, ...]:
+        """The mean of both kinds."""
+        return tuple((a + b) / 2 for a, b in zip(self.stored.values, self.made.values, strict=True))
+
+
+def run_all(
+    quantity: Quantity, data: FittingData, rows: Mapping[str, int], parameters: Parameters, pool: WorkerPool
+) -> Runs:
+    """Computes what has been measured of all molecules."""
+    types = [np.array([rows[name] for name in names]) for names in data.types]
+    made = [heaviest(geometries, CONFORMERS[quantity]) for geometries in data.made]
+    return Runs(
+        compute(quantity, data.molecules, types, data.stored, parameters, pool),
+        compute(quantity, data.molecules, types, made, parameters, pool),
+    )
+
+
+def runs_by_fold(
+    quantity: Quantity,
+    data: FittingData,
+    rows: Mapping[str, int],
+    fitted: Fitted,
+    places: Sequence[int],
+    pool: WorkerPool,
+) -> list[Runs]:
+    """For each fold the values with parameters that were fitted without it. places: of the fit's molecules in the
+    data."""
+    folds = [fold_of(data.molecules[place].key) for place in places]
+    parameters = fold_parameters(fitted, folds)
+    return [run_all(quantity, data, rows, parameters.get(fold, fitted.parameters), pool) for fold in range(FOLDS)]
+
+
+def sites_of(
+    quantity: Quantity,
+    data: FittingData,
+    values: Sequence[np.ndarray],
+    geometries: Sequence[Sequence[Geometry]],
+    types: Sequence[AtomType],
+) -> list[Site]:
+    """The sites of shifts or couplings with computed values; angles are those of the geometries."""
+    chains = type_chains(types)
+    if quantity == Quantity.SHIELDING:
+        return measured_sites(data.molecules, data.types, values, chains)
+    molecules: list[Molecule] = [
+        replace(molecule, geometries=tuple(forms)) for molecule, forms in zip(data.molecules, geometries, strict=True)
+    ]
+    return coupling_sites(molecules, data.types, [value.tolist() for value in values], chains)
+
+
+def sites_by_fold(
+    quantity: Quantity, data: FittingData, runs: Sequence[Runs], kind: str, types: Sequence[AtomType]
+) -> list[list[Site]]:
+    """The sites once for each fold: those of the fold in one kind of geometry, the others, which the fold learns from,
+    with the mean of both kinds. Angles are those of made geometries throughout, as a user without a structure has."""
+    result = []
+    for fold, run in enumerate(runs):
+        mean, own = run.mean(), run.of_kind(kind)
+        held_out = [fold_of(molecule.key) == fold for molecule in data.molecules]
+        values = [one if out else average for out, one, average in zip(held_out, own, mean, strict=True)]
+        result.append(sites_of(quantity, data, values, data.made, types))
+    return result
