@@ -113,8 +113,8 @@ def merged_couplings(entries: Sequence[Entry], classes: Sequence[int], mol: Chem
 
 def read_couplings(row: Row, mol: Chem.Mol) -> tuple[Coupling, ...]:
     """One coupling for each kind, pair of classes and value that can be assigned, with methyl groups turning. A 2J
-    between two protons of a class that aren't a diastereotopic pair is left out: it doesn't show in a spectrum, and what
-    is entered there is a start value of the refinement, or another coupling in the wrong place."""
+    between two protons of a class that aren't a diastereotopic pair is left out: it doesn't show in a spectrum, and
+    what is entered there is a start value of the refinement, or another coupling in the wrong place."""
     classes: Sequence[int] = row["cls"]
     groups: dict[tuple[str, int, int], list[Entry]] = defaultdict(list)
     for (i, j, hertz), (kind, rigid, ambiguous) in zip(row["J"], row["Jinfo"], strict=True):
