@@ -7,6 +7,7 @@ are half a ppm off (their couplings are good).
 import json
 from collections import defaultdict
 from collections.abc import Iterator, Mapping, Sequence
+from dataclasses import dataclass
 from pathlib import Path
 from typing import Any
 
@@ -17,6 +18,18 @@ from .atom_mapping import map_atoms
 from .molecule_records import Coupling, Geometry, Molecule, Pair, Shift
 
 Row = Mapping[str, Any]
+
+
+@dataclass(frozen=True)
+class Entry:
+    """One line of J and Jinfo."""
+
+    first: int
+    second: int
+    hertz: float
+    kind: str
+    rigid: bool
+    ambiguous: bool
 
 
 def is_in_heavy_water(row: Row, nucleus: str) -> bool:
@@ -61,27 +74,55 @@ def turning_group(mol: Chem.Mol, atom: int) -> tuple[int, ...]:
     return (atom,)
 
 
+def all_pairs(classes: Sequence[int], mol: Chem.Mol, pair: tuple[int, int]) -> set[tuple[int, int]]:
+    """Pairs of atoms of the same classes and at the same number of bonds."""
+    distances = Chem.GetDistanceMatrix(mol)
+    wanted = sorted(classes[atom] for atom in pair)
+    atoms = [atom for atom, own in enumerate(classes) if own in wanted]
+    return {
+        (i, j)
+        for i in atoms
+        for j in atoms
+        if i < j and sorted((classes[i], classes[j])) == wanted and distances[i][j] == distances[pair[0]][pair[1]]
+    }
+
+
+def turned_pairs(mol: Chem.Mol, i: int, j: int) -> list[tuple[int, int]]:
+    return [(min(a, b), max(a, b)) for a in turning_group(mol, i) for b in turning_group(mol, j)]
+
+
+def merged_couplings(entries: Sequence[Entry], classes: Sequence[int], mol: Chem.Mol, source: str) -> list[Coupling]:
+    """The couplings of one kind between two classes. Different values that nobody can assign to the pairs, or that
+    change places as single bonds turn, become one: the average over all the pairs."""
+    kind = entries[0].kind
+    rigid = all(entry.rigid for entry in entries)
+    ambiguous = any(entry.ambiguous for entry in entries)
+    pairs: dict[float, set[tuple[int, int]]] = defaultdict(set)
+    for entry in entries:
+        pairs[entry.hertz].update(turned_pairs(mol, entry.first, entry.second))
+    listed = set().union(*pairs.values())
+    complete = listed == all_pairs(classes, mol, next(iter(sorted(listed))))
+    if len(pairs) > 1 and complete and (ambiguous or not rigid):
+        mean = sum(hertz * len(own) for hertz, own in pairs.items()) / sum(map(len, pairs.values()))
+        return [Coupling(tuple(sorted(listed)), kind, round(mean, 3), rigid, False, source)]
+    return [
+        Coupling(tuple(sorted(own)), kind, hertz, rigid, ambiguous and not complete, source)
+        for hertz, own in sorted(pairs.items())
+    ]
+
+
 def read_couplings(row: Row, mol: Chem.Mol) -> tuple[Coupling, ...]:
-    """One coupling for each kind, pair of classes and value: the average over the pairs of atoms that carry it, with
-    methyl groups turning. A value of 2J within a methyl group isn't one: its protons are equivalent and it can't be
-    seen, so that another coupling was entered in the wrong place."""
+    """One coupling for each kind, pair of classes and value that can be assigned, with methyl groups turning. A 2J
+    between two protons of a class that aren't a diastereotopic pair is left out: it doesn't show in a spectrum, and
+    what is entered there is a start value of the refinement, or another coupling in the wrong place."""
     classes: Sequence[int] = row["cls"]
-    carriers: dict[tuple[str, int, int, float], set[tuple[int, int]]] = defaultdict(set)
-    flags: dict[tuple[str, int, int, float], tuple[bool, bool]] = {}
+    groups: dict[tuple[str, int, int], list[Entry]] = defaultdict(list)
     for (i, j, hertz), (kind, rigid, ambiguous) in zip(row["J"], row["Jinfo"], strict=True):
-        group = turning_group(mol, i)
-        if j in group:
-            continue
-        low, high = sorted((classes[i], classes[j]))
-        key = (kind, low, high, float(hertz))
-        for first in group:
-            carriers[key].update((min(first, second), max(first, second)) for second in turning_group(mol, j))
-        old = flags.get(key, (True, False))
-        flags[key] = (old[0] and rigid, old[1] or ambiguous)
-    return tuple(
-        Coupling(tuple(sorted(pairs)), key[0], key[3], *flags[key], row["source"])
-        for key, pairs in sorted(carriers.items())
-    )
+        if kind != "2J(HH)" or classes[i] != classes[j] or ambiguous:
+            low, high = sorted((classes[i], classes[j]))
+            groups[kind, low, high].append(Entry(i, j, float(hertz), kind, rigid, ambiguous))
+    merged = (merged_couplings(entries, classes, mol, row["source"]) for _, entries in sorted(groups.items()))
+    return tuple(coupling for couplings in merged for coupling in couplings)
 
 
 def read_row(row: Row) -> Molecule:
