@@ -20,7 +20,7 @@ while read -r source; do
 done <"$generated"
 
 status=0
-find core tests benchmarks -name '*.cpp' -o -name '*.h' | grep -vxFf "$generated" |
+find core frontend tests benchmarks -name '*.cpp' -o -name '*.h' | grep -vxFf "$generated" |
     xargs clang-format --dry-run --Werror || status=1
 [ "$status" -eq 0 ] || echo "formatting: clang-format -i mends these C++ files" >&2
 black --check --quiet . || {
