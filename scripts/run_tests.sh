@@ -5,7 +5,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 sh scripts/install_packages.sh g++ cmake ninja-build libgtest-dev python3 python3-mpmath python3-yaml mandoc \
-    gnuplot-nox clang-format black
+    gnuplot-nox clang-format black python3-rdkit librdkit-dev libboost-dev
 for preset in debug release sanitize; do
     cmake --preset "$preset" -DBUILD_TESTING=ON >/dev/null
     cmake --build --preset "$preset"
