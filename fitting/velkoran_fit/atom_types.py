@@ -84,7 +84,7 @@ def type_atoms(mol: Chem.Mol, types: Sequence[AtomType]) -> list[str]:
 
 
 def ancestors(name: str, types: Iterable[AtomType]) -> tuple[str, ...]:
-    """The parent of a type, its parent and so on, up to the root of the element. Raises KeyError for an unknown name."""
+    """The parent of a type, its parent and so on, to the root of the element. Raises KeyError for an unknown name."""
     parents = {kind.name: kind.parent for kind in types}
     line = []
     while parents[name]:
