@@ -98,7 +98,7 @@ AtomTypeTable::AtomTypeTable(const std::string& path) {
 // Adds a row below those that are there. Throws std::runtime_error if it breaks a rule of the table.
 void AtomTypeTable::AddRow(AtomType row) {
     if (!IsTypeName(row.Name)) {
-        throw std::runtime_error("the name \"" + row.Name + "\" isn't made of one to three capital letters and digits");
+        throw std::runtime_error("the name \"" + row.Name + "\" isn't made of one to three capitals or digits");
     }
     const int number = static_cast<int>(Rows.size());
     if (!RowsByName.emplace(row.Name, number).second) {

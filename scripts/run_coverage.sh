@@ -6,7 +6,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 sh scripts/install_packages.sh g++ cmake ninja-build gcovr libgtest-dev python3 python3-mpmath python3-numpy \
-    python3-yaml mandoc gnuplot-nox clang-format black
+    python3-scipy python3-rdkit librdkit-dev libboost-dev python3-yaml mandoc gnuplot-nox clang-format black
 build=build/coverage
 mkdir -p "$build"
 g++ -std=c++20 -O1 -fPIC -fvisibility=hidden -c tests/coverage/coverage_end.cpp -o "$build/coverage_end.o"

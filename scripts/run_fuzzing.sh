@@ -15,7 +15,8 @@ case "${1:-}" in
         ;;
 esac
 [ $# -gt 0 ] || set -- parameter_run spectrum_run parameter_input spectrum_input type_file shielding_file coupling_file
-sh scripts/install_packages.sh clang libclang-rt-dev llvm cmake ninja-build libgtest-dev python3
+sh scripts/install_packages.sh clang libclang-rt-dev llvm cmake ninja-build libgtest-dev python3 librdkit-dev \
+    libboost-dev
 
 build=build/fuzz
 sanitizers=address,undefined,leak,float-cast-overflow

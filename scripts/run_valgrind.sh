@@ -6,7 +6,7 @@
 # program ends by exit on purpose, with the data of its run.
 set -eu
 cd "$(dirname "$0")/.."
-sh scripts/install_packages.sh g++ cmake ninja-build libgtest-dev python3 valgrind
+sh scripts/install_packages.sh g++ cmake ninja-build libgtest-dev python3 valgrind librdkit-dev libboost-dev
 build=$PWD/build/valgrind
 rm -f "$build/velkoran"  # is a wrapper after an earlier call
 cmake -S . -B "$build" -G Ninja -DBUILD_TESTING=ON -DCMAKE_CXX_COMPILER=g++ -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null

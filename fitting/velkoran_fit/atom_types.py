@@ -8,11 +8,12 @@ import csv
 import dataclasses
 import functools
 import pathlib
+import re
 from collections.abc import Iterable, Mapping, Sequence
 
 from rdkit import Chem
 
-LONGEST_NAME = 3
+TYPE_NAME = re.compile("[A-Z0-9]{1,3}")
 MATCH_LIMIT = 2**31 - 1  # none: RDKit stops at 1000 by itself
 COLUMNS = ("name", "element", "parent", "smarts", "description")
 
@@ -47,7 +48,7 @@ def read_atom_types(path: str | pathlib.Path) -> tuple[AtomType, ...]:
         reader = csv.DictReader(stream, strict=True)
         missing = [column for column in COLUMNS if column not in (reader.fieldnames or ())]
         if missing:
-            raise ValueError(f"{path} has no column {missing[0]}")
+            raise ValueError(f"{path}:1: there is no column {missing[0]}")
         types: list[AtomType] = []
         known: dict[str, AtomType] = {}
         for row in reader:
@@ -83,7 +84,7 @@ def type_atoms(mol: Chem.Mol, types: Sequence[AtomType]) -> list[str]:
 
 
 def ancestors(name: str, types: Iterable[AtomType]) -> tuple[str, ...]:
-    """The parent of a type, its parent and so on, up to the root of the element. Raises KeyError for an unknown name."""
+    """The parent of a type, its parent and so on, to the root of the element. Raises KeyError for an unknown name."""
     parents = {kind.name: kind.parent for kind in types}
     line = []
     while parents[name]:
@@ -99,8 +100,8 @@ def matching_atoms(mol: Chem.Mol, kind: AtomType) -> frozenset[int]:
 
 def _fault(kind: AtomType, known: Mapping[str, AtomType]) -> str:
     """What is wrong with a row, given the rows above it; empty if nothing is."""
-    if not 1 <= len(kind.name) <= LONGEST_NAME or not kind.name.isalnum() or kind.name != kind.name.upper():
-        return f'the name "{kind.name}" isn\'t made of one to {LONGEST_NAME} capital letters and digits'
+    if not TYPE_NAME.fullmatch(kind.name):
+        return f'the name "{kind.name}" isn\'t made of one to three capitals or digits'
     if kind.name in known:
         return f"the type {kind.name} is there twice"
     if Chem.MolFromSmarts(kind.smarts) is None:

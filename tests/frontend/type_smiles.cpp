@@ -5,6 +5,7 @@
 
 #include <GraphMol/MolOps.h>
 #include <GraphMol/RWMol.h>
+#include <GraphMol/SanitException.h>
 #include <GraphMol/SmilesParse/SmilesParse.h>
 #include <RDGeneral/RDLog.h>
 
@@ -13,8 +14,17 @@
 #include <memory>
 #include <string>
 
+// The molecule of a SMILES, or nothing if there is none or it can't be sanitised.
+static std::unique_ptr<RDKit::RWMol> ReadMolecule(const std::string& smiles) {
+    try {
+        return std::unique_ptr<RDKit::RWMol>(RDKit::SmilesToMol(smiles));
+    } catch (const RDKit::MolSanitizeException&) {
+        return nullptr;
+    }
+}
+
 static void WriteTypes(const AtomTypeTable& table, const std::string& smiles) {
-    const std::unique_ptr<RDKit::RWMol> molecule(RDKit::SmilesToMol(smiles));
+    const std::unique_ptr<RDKit::RWMol> molecule = ReadMolecule(smiles);
     if (!molecule) {
         std::cout << "error: no SMILES\n";
         return;
