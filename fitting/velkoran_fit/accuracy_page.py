@@ -24,7 +24,7 @@ OPPONENTS = ("type mean", "environments", "additive")
 CURVES = {
     "environments": "like environments",
     "additive": "additive model",
-    "corrected": "physics and correction",
+    "corrected": "with physics",
 }
 LEAST_OF_PLOT = 15  # values
 TYPES_LISTED = 12  # of each column: the worst

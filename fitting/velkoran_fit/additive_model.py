@@ -128,24 +128,29 @@ def _learn_scales(design: _Design, values: Vector) -> tuple[Vector, float]:
     kernels = [kernel / size for kernel, size in zip(kernels, sizes)]
     spread = float(np.mean((1.4826 * np.median(np.abs(chosen))) ** 2 + chosen.var()) / 2)
     start = np.log(np.r_[np.full(len(kernels), PRIOR_SHARE * spread), NOISE_SHARE * spread])
-    weights = np.ones(len(rows))
-    best = start
-    for _ in range(2):
-        found = optimize.minimize(
-            _evidence,
-            best,
-            args=(kernels, chosen, weights, start),
-            jac=True,
-            method="L-BFGS-B",
-            bounds=[(middle - BOUND, middle + BOUND) for middle in start],
-            options={"maxiter": EVIDENCE_STEPS},
-        )
-        best = found.x
-        total = sum(np.exp(one) * kernel for one, kernel in zip(best[:-1], kernels))
-        weights = _robust(np.asarray(total), chosen, float(np.exp(best[-1])))[1]
-    scales = np.exp(best[:-1])
+    logarithms = _most_probable(start, start, kernels, chosen, np.ones(len(rows)))
+    total = sum(np.exp(one) * kernel for one, kernel in zip(logarithms[:-1], kernels))
+    weights = _robust(np.asarray(total), chosen, float(np.exp(logarithms[-1])))[1]
+    alive = np.r_[np.flatnonzero(np.exp(logarithms[:-1]) >= LEAST_SHARE * spread), len(kernels)]
+    kept = [kernels[family] for family in alive[:-1]]
+    logarithms[alive] = _most_probable(logarithms[alive], start[alive], kept, chosen, weights)
+    scales = np.exp(logarithms[:-1])
     scales[scales < LEAST_SHARE * spread] = 0.0
-    return scales / sizes, float(np.exp(best[-1]))
+    return scales / sizes, float(np.exp(logarithms[-1]))
+
+
+def _most_probable(first: Vector, middle: Vector, kernels: Sequence[Vector], values: Vector, weights: Vector) -> Vector:
+    """The logarithms of the variances, the noise last, that maximise the evidence; the search begins at first."""
+    found = optimize.minimize(
+        _evidence,
+        first,
+        args=(kernels, values, weights, middle),
+        jac=True,
+        method="L-BFGS-B",
+        bounds=[(one - BOUND, one + BOUND) for one in middle],
+        options={"maxiter": EVIDENCE_STEPS},
+    )
+    return np.asarray(found.x)
 
 
 def _evidence(
@@ -156,15 +161,16 @@ def _evidence(
     covariance = np.diag(scales[-1] / weights)
     for scale, kernel in zip(scales[:-1], kernels):
         covariance += scale * kernel
-    factor = linalg.cho_factor(covariance, lower=True, overwrite_a=True, check_finite=False)
-    inverse = linalg.cho_solve(factor, np.eye(len(values)), check_finite=False)
+    factor = linalg.cholesky(covariance, lower=True, overwrite_a=True, check_finite=False)
+    below, _ = linalg.lapack.dpotri(factor, lower=True)
+    inverse = np.tril(below) + np.tril(below, -1).T
     dual = inverse @ values
     excess = inverse - np.outer(dual, dual)
     gradient = [0.5 * scale * float(np.vdot(excess, kernel)) for scale, kernel in zip(scales[:-1], kernels)]
     gradient.append(0.5 * scales[-1] * float(np.sum(np.diag(excess) / weights)))
     off = (logarithms - middle) / PRIOR_WIDTH
     off[-1] = 0.0
-    value = 0.5 * float(values @ dual) + float(np.log(np.diag(factor[0])).sum()) + 0.5 * float(off @ off)
+    value = 0.5 * float(values @ dual) + float(np.log(np.diag(factor)).sum()) + 0.5 * float(off @ off)
     return value, np.array(gradient) + off / PRIOR_WIDTH
 
 

@@ -11,6 +11,7 @@ nothing. Besides those of neighbourhoods.py the features hold the deviation from
 `s<level>:label`: so the data can change the slope for each type.
 """
 import math
+from collections import Counter
 from collections.abc import Iterable, Mapping, Sequence
 from dataclasses import dataclass, replace
 
@@ -19,7 +20,8 @@ import numpy.typing as npt
 from rdkit import Chem
 
 from .additive_model import AdditiveModel, estimate, fit_additive_model
-from .molecule_records import Molecule
+from .coupling_sites import coupling_features, coupling_sites, path_chain
+from .molecule_records import Geometry, Molecule
 from .neighbourhoods import LEAF, TypeRow, label, shift_features, type_chains, typed_molecule
 from .sites import Site, measured_sites
 from .uncertainty import Uncertainty, calibrate, standard_uncertainty
@@ -30,6 +32,8 @@ SLOPE_LEVELS = (0, 1, 2, LEAF)
 LEAST_OF_RANGE = 6  # values of a type that has a range of its own
 RANGE_WIDTH = 4.0  # standard deviations, by the median deviation
 INNER_FOLDS = 5
+LEAST_OF_KIND = 8  # couplings of a kind that has a correction
+OTHER_KINDS = "other"
 
 
 @dataclass(frozen=True)
@@ -100,6 +104,50 @@ def fit_correction(
     return Correction(nuclei, chains)
 
 
+def fit_couplings(
+    molecules: Sequence[Molecule],
+    types_by_molecule: Sequence[Sequence[str]],
+    couplings_by_molecule: Sequence[Sequence[float]],
+    settings: CorrectionSettings,
+) -> Correction:
+    """The same for coupling constants, by kind; computed ones in Hz as coupling_sites wants them. Kinds with few values
+    share the entry OTHER_KINDS, which leaves the physics as it is. ValueError if the sequences differ in length."""
+    chains = type_chains(settings.types)
+    sites = coupling_sites(molecules, types_by_molecule, couplings_by_molecule, chains)
+    kinds = Counter(site.nucleus for site in sites)
+    given = settings.uncertainties or {}
+    fits = {}
+    for kind in sorted(kinds):
+        if kinds[kind] >= LEAST_OF_KIND:
+            own = [site for site in sites if site.nucleus == kind]
+            fits[kind] = replace(fit_nucleus(own, 0.0), uncertainty=given.get(kind) or inner_uncertainty(own, 0.0))
+    rest = [site for site in sites if site.nucleus not in fits and not math.isnan(site.shielding)]
+    if rest:
+        errors = np.array([-site.shielding - site.ppm for site in rest])
+        table = calibrate(errors, np.zeros(len(rest)), [() for _ in rest])
+        fits[OTHER_KINDS] = NucleusCorrection(0.0, 1.0, {}, AdditiveModel(0.0, 0.0, {}, {}), table)
+    return Correction(fits, chains)
+
+
+def predict_coupling(
+    correction: Correction,
+    mol: Chem.Mol,
+    types: Sequence[str],
+    pair: tuple[int, int],
+    kind: str,
+    computed: float,
+    geometries: Sequence[Geometry],
+) -> Prediction:
+    """The coupling constant of a pair of atoms in Hz, its correction and uncertainty; computed is in Hz, NaN where
+    unknown, the geometries are the conformers. All NaN if there is no entry for the kind nor for others."""
+    own = correction.nuclei.get(kind) or correction.nuclei.get(OTHER_KINDS)
+    if own is None:
+        return NOTHING
+    typed = typed_molecule(mol, types, correction.chains)
+    features = coupling_features(typed, pair, kind, geometries)
+    return predict_site(own, path_chain(typed, pair, kind), features, -computed)
+
+
 def predict(
     correction: Correction, mol: Chem.Mol, types: Sequence[str], shieldings: Sequence[float]
 ) -> list[Prediction]:
@@ -138,10 +186,13 @@ def corrected_shift(
 
 
 def trusted(ranges: Mapping[str, Range], chain: Sequence[str], shielding: float) -> tuple[float, float]:
-    """The middle of the range of the nearest type with one, and the deviation from it, cut off at its reach."""
+    """The middle of the range of the nearest type with one, and the deviation from it, cut off at its reach; without any
+    range the shielding itself."""
     own = next((ranges[name] for name in reversed(chain) if name in ranges), Range(0.0, 0.0))
     if math.isnan(shielding):
         return own.middle, 0.0
+    if own.reach == 0.0:
+        return shielding, 0.0
     return own.middle, min(max(shielding - own.middle, -own.reach), own.reach)
 
 
@@ -187,17 +238,17 @@ def usual_ranges(sites: Iterable[Site]) -> dict[str, Range]:
     return ranges
 
 
-def inner_uncertainty(sites: Sequence[Site]) -> Uncertainty:
+def inner_uncertainty(sites: Sequence[Site], zero: float | None = None) -> Uncertainty:
     """By cross-validation of the correction alone, by molecule."""
     keys = sorted({site.key for site in sites})
     folds = min(INNER_FOLDS, len(keys))
     if folds < 2:
-        return fit_nucleus(sites).uncertainty
+        return fit_nucleus(sites, zero).uncertainty
     fold_of = {key: place % folds for place, key in enumerate(keys)}
     rests: list[Site] = []
     shifts: list[tuple[float, float, float]] = []  # corrected, novelty, corrected without physics
     for fold in range(folds):
-        own = fit_nucleus([site for site in sites if fold_of[site.key] != fold])
+        own = fit_nucleus([site for site in sites if fold_of[site.key] != fold], zero)
         rest = [site for site in sites if fold_of[site.key] == fold]
         rests += rest
         for site in rest:

@@ -15,7 +15,7 @@ Bonds are - = # and : (aromatic).
 | `p<d>1` | `A-B=C`, label 1 of each | paths of d bonds from A without repeated atoms, d = 2 to 4 |
 | `p<d>*` | the same, the last label being `*` | the same |
 | `e1<l>` | label l of A, then in brackets the neighbours: bond and label, in the order of bytes | 1 |
-| `e21` | `e11` with the brackets of the neighbours inside | 1 |
+| `e21` | `e11` with the brackets of the neighbours inside, empty ones where only A is next to them | 1 |
 """
 from collections.abc import Iterable, Mapping, Sequence
 from dataclasses import dataclass

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Plots as SVG texts, the same bytes for the same figures."""
 import math
+from collections import Counter
 from collections.abc import Mapping, Sequence
 from dataclasses import dataclass
 from xml.sax.saxutils import escape
@@ -8,7 +9,9 @@ from xml.sax.saxutils import escape
 WIDTH, HEIGHT = 480, 440
 LEFT, RIGHT, TOP, BOTTOM = 64, 20, 44, 56
 GREY, LIGHT, DARK = "#6b7280", "#e5e7eb", "#1f2937"
-COLOURS = ("#9ca3af", "#d97706", "#059669", "#7c3aed", "#1d4ed8")
+COLOURS = ("#6b7280", "#c2410c", "#1d4ed8")
+SHADES = ((1, "#93b4f5"), (4, "#4674dd"), (12, "#17348a"))  # from so many points in a cell
+CELL = 8.0
 FONT = "font-family='Helvetica, Arial, sans-serif'"
 TICKS = 6
 MARGIN = 0.04  # of the range of the values
@@ -52,16 +55,27 @@ def scatter_plot(points: Sequence[Sequence[float]], title: str, unit: str, note:
     if not points:
         raise ValueError(f"there are no points for {title}")
     axis = linear_axis([value for point in points for value in point])
-    places = sorted({(round(_x(axis, x), 1), round(_y(axis, y), 1)) for x, y in points})
-    marks = "".join(f"M{x:g} {y:g}h0" for x, y in places)
-    shade = 0.3 if len(points) > 1000 else 0.5
+    places = [(round(_x(axis, x), 1), round(_y(axis, y), 1)) for x, y in points]
+    diagonal = f"M{LEFT} {HEIGHT - BOTTOM}L{WIDTH - RIGHT} {TOP}"
     body = [
-        f"<path d='M{LEFT} {HEIGHT - BOTTOM}L{WIDTH - RIGHT} {TOP}' stroke='{DARK}' stroke-width='1' fill='none'/>",
-        f"<path d='{marks}' stroke='{COLOURS[-1]}' stroke-opacity='{shade}' stroke-width='4.4' "
-        "stroke-linecap='round' fill='none'/>",
-        _text(LEFT + 12, TOP + 20, note, GREY, 12),
+        *_shaded(places),
+        f"<path d='{diagonal}' stroke='white' stroke-width='2.6'/>",
+        f"<path d='{diagonal}' stroke='{DARK}' stroke-width='1.2'/>",
+        _text(LEFT + 12, TOP + 20, note, DARK, 12),
     ]
     return _figure(title, _frame(axis, axis, f"measured / {unit}", f"predicted / {unit}") + body)
+
+
+def _shaded(places: Sequence[tuple[float, float]]) -> list[str]:
+    """Dots, the darker the more of them a cell of the plane holds, dark ones on top."""
+    cells = Counter((x // CELL, y // CELL) for x, y in places)
+    parts = []
+    for number, (least, colour) in enumerate(SHADES):
+        most = SHADES[number + 1][0] if number + 1 < len(SHADES) else math.inf
+        own = sorted({(x, y) for x, y in places if least <= cells[(x // CELL, y // CELL)] < most})
+        marks = "".join(f"M{x:g} {y:g}h0" for x, y in own)
+        parts.append(f"<path d='{marks}' stroke='{colour}' stroke-width='4' stroke-linecap='round' fill='none'/>")
+    return parts
 
 
 def curve_plot(curves: Mapping[str, Sequence[tuple[float, float]]], title: str, across: str, upwards: str) -> str:
@@ -70,7 +84,7 @@ def curve_plot(curves: Mapping[str, Sequence[tuple[float, float]]], title: str, 
     if not curves:
         raise ValueError(f"there are no curves for {title}")
     steps = tuple(x for x, _ in next(iter(curves.values())))
-    horizontal = Axis(steps[0] / 1.15, steps[-1] * 2.6, steps, True)
+    horizontal = Axis(steps[0] / 1.15, steps[-1] * 3.2, steps, True)
     vertical = linear_axis([y for points in curves.values() for _, y in points], 0.0)
     body = []
     ends = {name: _y(vertical, points[-1][1]) for name, points in curves.items()}

@@ -9,7 +9,7 @@
         "mean": ppm, "noise": variance, "families": {family: variance},
         "terms": {family: {text: [coefficient, variance]}},
         "uncertainty": {"novelties": [...], "widths": [...], "factors": {type: factor}, "without_physics": factor}}},
-     "couplings": {kind: {"novelties": ..., "widths": ..., "factors": {}, "without_physics": factor}}}
+     "couplings": {kind: the same, with Hz in place of ppm and minus the constant in place of the shielding}}
 
 To evaluate an atom: correction.py says how the deviation and the shift are formed, neighbourhoods.py how the names of
 features, additive_model.py the sum and the novelty, uncertainty.py the width. A feature "n10:C4" is the text "C4" of
@@ -45,8 +45,8 @@ STANDARDS = {
 class References:
     """The content of references.json."""
 
-    correction: Correction
-    couplings: Mapping[str, Uncertainty]  # by kind, "" for any other
+    shifts: Correction  # by nucleus
+    couplings: Correction  # by kind, and "other"
     parameter_files: Mapping[str, str]  # name to SHA-256
 
 
@@ -60,8 +60,8 @@ def write_references(path: Path, references: References) -> None:
     content = {
         "format": FORMAT,
         "parameter_files": dict(references.parameter_files),
-        "nuclei": {nucleus: _nucleus_record(nucleus, own) for nucleus, own in references.correction.nuclei.items()},
-        "couplings": {kind: _uncertainty_record(table) for kind, table in references.couplings.items()},
+        "nuclei": {name: _nucleus_record(name, own) for name, own in references.shifts.nuclei.items()},
+        "couplings": {name: _nucleus_record(name, own) for name, own in references.couplings.nuclei.items()},
     }
     path.write_text(_text(content), encoding="utf-8")
 
@@ -71,9 +71,12 @@ def read_references(path: Path, types: Iterable[TypeRow]) -> References:
     content = json.loads(path.read_text(encoding="utf-8"))
     if content.get("format") != FORMAT:
         raise ValueError(f"{path} has format {content.get('format')}, not {FORMAT}")
-    nuclei = {nucleus: _nucleus(record) for nucleus, record in content["nuclei"].items()}
-    couplings = {kind: _uncertainty(record) for kind, record in content["couplings"].items()}
-    return References(Correction(nuclei, type_chains(types)), couplings, content["parameter_files"])
+    chains = type_chains(types)
+    shifts, couplings = (
+        Correction({name: _nucleus(record) for name, record in content[part].items()}, chains)
+        for part in ("nuclei", "couplings")
+    )
+    return References(shifts, couplings, content["parameter_files"])
 
 
 def _text(content: Mapping[str, Any]) -> str:
