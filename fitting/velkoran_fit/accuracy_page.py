@@ -2,6 +2,8 @@
 """docs/accuracy.md and its pictures, made from the figures of docs/measured/accuracy.json."""
 import csv
 import json
+import math
+import textwrap
 from collections.abc import Mapping, Sequence
 from pathlib import Path
 from typing import Any
@@ -28,6 +30,7 @@ CURVES = {
 }
 LEAST_OF_PLOT = 15  # values
 TYPES_LISTED = 12  # of each column: the worst
+LINE = 120
 FLAT = 0.04  # fall of the deviation for twice the data that counts as none
 
 Results = Mapping[str, Any]
@@ -36,6 +39,11 @@ Results = Mapping[str, Any]
 def unit_of(column: str) -> str:
     """ "Hz" for a kind of coupling, else "ppm"."""
     return "Hz" if "J(" in column else "ppm"
+
+
+def place_of(column: str) -> tuple[int, str]:
+    """Sorts columns: those with a goal first, as the goals stand."""
+    return (list(GOALS).index(column) if column in GOALS else len(GOALS), column)
 
 
 def file_name(column: str, kind: str) -> str:
@@ -49,7 +57,10 @@ def figure(value: float | None, digits: int = 2) -> str:
     if value is None:
         return "-"
     rounded = float(f"{value:.{digits}g}")
-    return f"{rounded:.0f}" if abs(rounded) >= 10 ** (digits - 1) else f"{rounded:.{digits}g}"
+    if rounded == 0.0:
+        return "0"
+    decimals = max(0, digits - 1 - math.floor(math.log10(abs(rounded))))
+    return f"{rounded:.{decimals}f}"
 
 
 def table(heading: Sequence[str], rows: Sequence[Sequence[str]]) -> str:
@@ -154,7 +165,7 @@ def pictures(columns: Results) -> dict[str, str]:
 
 def page(results: Results, reasons: Mapping[str, str]) -> str:
     """The text of docs/accuracy.md."""
-    columns = results["columns"]
+    columns = {name: results["columns"][name] for name in sorted(results["columns"], key=place_of)}
     drawn = pictures(columns)
     shown = [name for name in columns if file_name(name, "") in drawn]
     curves = [name for name in columns if "learning" in columns[name]]
@@ -186,7 +197,7 @@ def page(results: Results, reasons: Mapping[str, str]) -> str:
         f"    {results['command']}\n",
         "It writes `docs/measured/accuracy.json`, from which this page and its pictures are made.\n",
     ]
-    return "\n".join(part.rstrip("\n") + "\n" for part in parts)
+    return "\n".join(_wrapped(part) + "\n" for part in parts)
 
 
 def write_page(docs: Path) -> None:
@@ -199,6 +210,16 @@ def write_page(docs: Path) -> None:
     for name, text in pictures(results["columns"]).items():
         (docs / "pictures" / name).write_text(text, encoding="utf-8")
     (docs / "accuracy.md").write_text(page(results, reasons), encoding="utf-8")
+
+
+def _wrapped(part: str) -> str:
+    """Lines of text broken at the width of the documents; tables, pictures and headings as they are."""
+    lines = []
+    for line in part.rstrip("\n").split("\n"):
+        whole = line.startswith(("|", "!", "#", "    "))
+        indent = "  " if line.startswith("- ") else ""
+        lines += [line] if whole else textwrap.wrap(line, LINE, subsequent_indent=indent) or [""]
+    return "\n".join(lines)
 
 
 def _section(heading: str, parts: Sequence[str]) -> list[str]:

@@ -63,7 +63,8 @@ def by_type(outcome: Outcome) -> list[dict[str, Any]]:
         if rows.sum() >= LEAST_OF_TYPE:
             means = {method: summary(values[rows]).get("mean") for method, values in errors.items()}
             bias = _rounded(np.nanmean(errors["corrected"][rows]))
-            listed.append({"type": str(name), "values": int(rows.sum()), **means, "bias": bias})
+            row: dict[str, Any] = {"type": str(name), "values": int(rows.sum()), "bias": bias}
+            listed.append({**row, **means})
     return listed
 
 
@@ -99,7 +100,8 @@ def learning_curve(column: Column, sites_by_fold: Sequence[Sequence[Site]], whol
     for fraction in (*FRACTIONS, 1.0):
         outcome = whole if fraction == 1.0 else cross_validate(column, sites_by_fold, fraction)
         means = {method: summary(outcome.deviations(method)).get("mean") for method in METHODS}
-        result.append({"molecules": round(molecules * fraction), **means})
+        point: dict[str, Any] = {"molecules": round(molecules * fraction)}
+        result.append({**point, **means})
     return result
 
 

@@ -22,13 +22,13 @@ from rdkit import Chem
 from .additive_model import AdditiveModel, estimate, fit_additive_model
 from .coupling_sites import coupling_features, coupling_sites, path_chain
 from .molecule_records import Geometry, Molecule
-from .neighbourhoods import LEAF, TypeRow, label, shift_features, type_chains, typed_molecule
+from .neighbourhoods import LEAF, Level, TypeRow, label, shift_features, type_chains, typed_molecule
 from .sites import Site, measured_sites
 from .uncertainty import Uncertainty, calibrate, standard_uncertainty
 
 Vector = npt.NDArray[np.float64]
 
-SLOPE_LEVELS = (0, 1, 2, LEAF)
+SLOPE_LEVELS: tuple[Level, ...] = (0, 1, 2, LEAF)
 LEAST_OF_RANGE = 6  # values of a type that has a range of its own
 RANGE_WIDTH = 4.0  # standard deviations, by the median deviation
 INNER_FOLDS = 5
@@ -186,8 +186,8 @@ def corrected_shift(
 
 
 def trusted(ranges: Mapping[str, Range], chain: Sequence[str], shielding: float) -> tuple[float, float]:
-    """The middle of the range of the nearest type with one, and the deviation from it, cut off at its reach; without any
-    range the shielding itself."""
+    """The middle of the range of the nearest type with one, and the deviation from it, cut off at its reach; without
+    any range the shielding itself."""
     own = next((ranges[name] for name in reversed(chain) if name in ranges), Range(0.0, 0.0))
     if math.isnan(shielding):
         return own.middle, 0.0

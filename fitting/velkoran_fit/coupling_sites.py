@@ -18,14 +18,14 @@ import numpy as np
 import numpy.typing as npt
 
 from .molecule_records import Geometry, Molecule
-from .neighbourhoods import LEAF, TypedMolecule, averaged, label, path_text, paths_from, typed_molecule
+from .neighbourhoods import LEAF, Level, TypedMolecule, averaged, label, path_text, paths_from, typed_molecule
 from .sites import Site
 
 Vector = npt.NDArray[np.float64]
 Couplings = Sequence[float]
 
-PATH_LEVELS = (0, 1, 2, LEAF)
-NEIGHBOUR_LEVELS = (0, 1, LEAF)
+PATH_LEVELS: tuple[Level, ...] = (0, 1, 2, LEAF)
+NEIGHBOUR_LEVELS: tuple[Level, ...] = (0, 1, LEAF)
 
 
 def coupling_sites(
@@ -74,7 +74,7 @@ def paths_between(typed: TypedMolecule, pair: tuple[int, int], bonds: int) -> li
     return [(path, signs) for path, signs in found if len(signs) == bonds and path[-1] == pair[1]]
 
 
-def directed_text(typed: TypedMolecule, path: Sequence[int], signs: str, level: int | str) -> str:
+def directed_text(typed: TypedMolecule, path: Sequence[int], signs: str, level: Level) -> str:
     """The text of a path, from the end that gives the lesser one."""
     labels = [label(typed.chains[atom], level) for atom in path]
     return min(path_text(labels, signs), path_text(labels[::-1], signs[::-1]))
@@ -85,7 +85,7 @@ def path_chain(typed: TypedMolecule, pair: tuple[int, int], kind: str) -> tuple[
     paths = paths_between(typed, pair, bonds_of(kind))
     if not paths:
         return (kind,)
-    path, signs = min(paths, key=lambda one: directed_text(typed, *one, LEAF))
+    path, signs = min(paths, key=lambda one: directed_text(typed, one[0], one[1], LEAF))
     return (kind, *(f"{level}|{directed_text(typed, path, signs, level)}" for level in PATH_LEVELS))
 
 

@@ -22,12 +22,17 @@ from dataclasses import dataclass
 from typing import Protocol
 
 import numpy as np
+import numpy.typing as npt
 from rdkit import Chem
 
+Level = int | str
+
 FARTHEST = 4  # bonds
-LEAF = "*"
-LEVELS = (0, 1, 2, LEAF)  # of neighbours
-CROSS_LEVELS = (0, 2)
+
+LEAF: Level = "*"
+
+LEVELS: tuple[Level, ...] = (0, 1, 2, LEAF)  # of neighbours
+CROSS_LEVELS: tuple[Level, ...] = (0, 2)
 CROSS_OWN_LEVEL = 2
 DEEPEST_OWN_LEVEL = 5
 BOND_SIGNS = {1.0: "-", 2.0: "=", 3.0: "#", 1.5: ":"}
@@ -57,7 +62,7 @@ def type_chains(types: Iterable[TypeRow]) -> dict[str, tuple[str, ...]]:
     return chains
 
 
-def label(chain: Sequence[str], level: int | str) -> str:
+def label(chain: Sequence[str], level: Level) -> str:
     """The type of a chain at a level, its last one where the chain is shorter."""
     return chain[-1] if level == LEAF else chain[min(int(level), len(chain) - 1)]
 
@@ -68,7 +73,7 @@ class TypedMolecule:
 
     chains: tuple[tuple[str, ...], ...]
     neighbours: tuple[tuple[tuple[int, str], ...], ...]  # of each atom: other atom, sign of the bond
-    distances: np.ndarray  # (atoms, atoms), bonds on the shortest path
+    distances: npt.NDArray[np.float64]  # (atoms, atoms), bonds on the shortest path
 
 
 def typed_molecule(mol: Chem.Mol, types: Sequence[str], chains: Mapping[str, tuple[str, ...]]) -> TypedMolecule:
@@ -105,7 +110,7 @@ def path_text(labels: Sequence[str], signs: str) -> str:
     return "".join(name + sign for name, sign in zip(labels, signs)) + labels[-1]
 
 
-def environment(molecule: TypedMolecule, atom: int, level: int | str, radius: int, origin: int = -1) -> str:
+def environment(molecule: TypedMolecule, atom: int, level: Level, radius: int, origin: int = -1) -> str:
     """Labels within radius bonds, each atom's neighbours but origin in brackets, in the order of their texts."""
     own = label(molecule.chains[atom], level)
     if radius == 0:
@@ -126,8 +131,8 @@ def shift_features(molecule: TypedMolecule, atom: int) -> dict[str, float]:
         counts[name] = counts.get(name, 0.0) + 1.0
 
     own = molecule.chains[atom]
-    for level in range(DEEPEST_OWN_LEVEL + 1):
-        add(f"o{level}:{label(own, level)}")
+    for depth in range(DEEPEST_OWN_LEVEL + 1):
+        add(f"o{depth}:{label(own, depth)}")
     crossed = label(own, CROSS_OWN_LEVEL)
     for other, bonds in enumerate(molecule.distances[atom]):
         if 1 <= bonds <= FARTHEST:

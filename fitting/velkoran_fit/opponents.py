@@ -4,7 +4,7 @@
 For couplings over three bonds a curve by the dihedral angle takes the place of the environments. The third opponent,
 the additive model on the same features as the correction, is fit_additive_model itself.
 """
-from collections.abc import Mapping, Sequence
+from collections.abc import Iterable, Mapping, Sequence
 
 import numpy as np
 
@@ -16,7 +16,7 @@ Curve = tuple[float, float, float]
 LEAST_OF_CURVE = 8  # couplings of a class that has a curve
 
 
-def means_by_name(names: Sequence[Sequence[str]], values: Sequence[float]) -> dict[str, float]:
+def means_by_name(names: Sequence[Sequence[str]], values: Iterable[float]) -> dict[str, float]:
     """The mean of the values of each name; a value can have several names."""
     found: dict[str, list[float]] = {}
     for own, value in zip(names, values):
@@ -50,7 +50,7 @@ def angle_class(features: Values) -> str:
     return found[0] if len(found) == 1 else ""
 
 
-def angle_curves(features: Sequence[Values], values: Sequence[float]) -> dict[str, Curve]:
+def angle_curves(features: Sequence[Values], values: Iterable[float]) -> dict[str, Curve]:
     """Least squares for each class with enough values: J = a + b cos(phi) + c cos(2 phi) (Karplus 1963, J. Am. Chem.
     Soc. 85, 2870)."""
     rows: dict[str, list[tuple[float, float, float]]] = {}

@@ -8,7 +8,8 @@
         "ranges": {type: [middle, reach]},
         "mean": ppm, "noise": variance, "families": {family: variance},
         "terms": {family: {text: [coefficient, variance]}},
-        "uncertainty": {"novelties": [...], "widths": [...], "factors": {type: factor}, "without_physics": factor}}},
+        "uncertainty": {"novelties": [...], "widths": [...], "factors": {type: factor}, "rare": factor,
+                        "without_physics": factor}}},
      "couplings": {kind: the same, with Hz in place of ppm and minus the constant in place of the shielding}}
 
 To evaluate an atom: correction.py says how the deviation and the shift are formed, neighbourhoods.py how the names of
@@ -112,13 +113,18 @@ def _uncertainty_record(table: Uncertainty) -> dict[str, Any]:
         "novelties": [_rounded(value) for value in table.novelties],
         "widths": [_rounded(value) for value in table.widths],
         "factors": {name: _rounded(factor) for name, factor in table.factors.items()},
+        "rare": _rounded(table.rare),
         "without_physics": _rounded(table.without_physics),
     }
 
 
 def _uncertainty(record: Mapping[str, Any]) -> Uncertainty:
     return Uncertainty(
-        tuple(record["novelties"]), tuple(record["widths"]), record["factors"], record["without_physics"]
+        tuple(record["novelties"]),
+        tuple(record["widths"]),
+        record["factors"],
+        record["rare"],
+        record["without_physics"],
     )
 
 

@@ -2,7 +2,8 @@
 """How far off a prediction is likely to be, learnt from cross-validated deviations.
 
 The standard uncertainty is a width for the novelty of the environment (see additive_model), times a factor for the
-type: 68.3 % of the deviations that it was learnt from lie within it, as of a normal distribution.
+type, times another where few values of the type are known. 68.3 % of the deviations that it was learnt from lie within
+it, as of a normal distribution.
 """
 from collections.abc import Mapping, Sequence
 from dataclasses import dataclass, replace
@@ -26,13 +27,14 @@ class Uncertainty:
     novelties: tuple[float, ...]  # ascending
     widths: tuple[float, ...]
     factors: Mapping[str, float]
+    rare: float = 1.0  # factor where the type has no factor of its own but an ancestor or nothing has
     without_physics: float = 1.0  # factor where the run of the physics failed
 
 
 def standard_uncertainty(table: Uncertainty, novelty: float, chain: Sequence[str], physics: bool = True) -> float:
     """In the unit of the widths. The factor is that of the last type of the chain that has one."""
     width = float(np.interp(novelty, table.novelties, table.widths))
-    factor = next((table.factors[name] for name in reversed(chain) if name in table.factors), 1.0)
+    factor = _factor(table.factors, chain) * (1.0 if _is_known(table.factors, chain) else table.rare)
     return width * factor * (1.0 if physics else table.without_physics)
 
 
@@ -55,13 +57,25 @@ def calibrate(
     middles, widths = _widths(sizes, np.asarray(novelties, dtype=np.float64))
     ratios = sizes / np.interp(novelties, middles, widths)
     factors = _factors(ratios, chains)
-    own = np.array([next((factors[name] for name in reversed(chain) if name in factors), 1.0) for chain in chains])
-    scale = _reach(ratios / own)
-    table = Uncertainty(tuple(middles), tuple(float(width * scale) for width in widths), factors)
+    ratios /= np.array([_factor(factors, chain) for chain in chains])
+    known = np.array([_is_known(factors, chain) for chain in chains])
+    scale = _reach(ratios[known] if known.any() else ratios)
+    rare = _reach(ratios[~known]) / scale if known.any() and np.sum(~known) >= LEAST_OF_TYPE else 1.0
+    table = Uncertainty(tuple(middles), tuple(float(width * scale) for width in widths), factors, rare)
     if without_physics is None:
         return table
     usual = [standard_uncertainty(table, novelty, chain) for novelty, chain in zip(novelties, chains)]
     return replace(table, without_physics=max(1.0, _reach(np.abs(without_physics) / np.array(usual))))
+
+
+def _factor(factors: Mapping[str, float], chain: Sequence[str]) -> float:
+    """That of the last type of the chain that has one."""
+    return next((factors[name] for name in reversed(chain) if name in factors), 1.0)
+
+
+def _is_known(factors: Mapping[str, float], chain: Sequence[str]) -> bool:
+    """Whether the type itself has a factor."""
+    return bool(chain) and chain[-1] in factors
 
 
 def _reach(sizes: Vector) -> float:

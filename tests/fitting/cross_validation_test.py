@@ -89,7 +89,7 @@ class Outcomes(unittest.TestCase):
 class Figures(unittest.TestCase):
     def test_digits(self):
         shown = [accuracy_page.figure(value) for value in (0.2234, 3.04, 9.96, 14.3, 121.0, None)]
-        self.assertEqual(shown, ["0.22", "3", "10", "14", "120", "-"])
+        self.assertEqual(shown, ["0.22", "3.0", "10", "14", "120", "-"])
 
     def test_what_a_curve_says(self):
         flat = [{"molecules": 50, "corrected": 2.0}, {"molecules": 100, "corrected": 1.98}]

@@ -47,6 +47,14 @@ class Calibration(unittest.TestCase):
         self.assertLess(standard_uncertainty(table, 0.0, ("C", "CX")), 25.0)
         self.assertGreater(standard_uncertainty(table, 0.0, ("C", "CX")), 1.5)
 
+    def test_types_with_few_values(self):
+        random = np.random.default_rng(6)
+        errors = np.r_[random.standard_normal(900), 4.0 * random.standard_normal(300)]
+        chains = [("C", "C4")] * 900 + [("C", f"C{number}") for number in range(10, 310)]
+        table = calibrate(errors, np.zeros(1200), chains)
+        self.assertAlmostEqual(standard_uncertainty(table, 0.0, ("C", "C4")), 1.0, delta=0.15)
+        self.assertAlmostEqual(standard_uncertainty(table, 0.0, ("C", "C999")), 4.0, delta=0.6)
+
     def test_no_deviations(self):
         with self.assertRaises(ValueError):
             calibrate(np.zeros(0), np.zeros(0), [])
