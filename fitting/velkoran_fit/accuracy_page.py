@@ -30,6 +30,7 @@ CURVES = {
 }
 LEAST_OF_PLOT = 15  # values
 TYPES_LISTED = 12  # of each column: the worst
+TEXTS = ("largest deviation", "reason")
 LINE = 120
 FLAT = 0.04  # fall of the deviation for twice the data that counts as none
 
@@ -64,8 +65,8 @@ def figure(value: float | None, digits: int = 2) -> str:
 
 
 def table(heading: Sequence[str], rows: Sequence[Sequence[str]]) -> str:
-    """A table of Markdown; all columns but the first to the right."""
-    lines = [heading, ["---", *["---:"] * (len(heading) - 1)], *rows]
+    """A table of Markdown; the columns of figures to the right, the first and those of texts to the left."""
+    lines = [heading, ["---", *("---" if name in TEXTS else "---:" for name in heading[1:])], *rows]
     return "".join("| " + " | ".join(line) + " |\n" for line in lines)
 
 

@@ -3,15 +3,25 @@
 import json
 import math
 from collections.abc import Mapping, Sequence
+from dataclasses import dataclass
 from pathlib import Path
 from typing import Any
 
 import numpy as np
 import numpy.typing as npt
 
-from .cross_validation import METHODS, Column, Outcome, cross_validate, cross_validated_uncertainties
+from .cross_validation import (
+    COUPLING_COLUMNS,
+    METHODS,
+    SHIFT_COLUMNS,
+    Column,
+    Outcome,
+    cross_validate,
+    cross_validated_uncertainties,
+    outcome_uncertainty,
+)
 from .sites import Site
-from .uncertainty import share_within
+from .uncertainty import Uncertainty, share_within
 
 Vector = npt.NDArray[np.float64]
 
@@ -51,6 +61,32 @@ def column_results(
     if curves and len(outcome.sites) >= LEAST_OF_CURVE:
         results["learning"] = learning_curve(column, sites_by_fold, outcome)
     return outcome, results
+
+
+@dataclass(frozen=True)
+class Accuracy:
+    """The figures for the page, and the uncertainties by nucleus or kind that ship."""
+
+    results: dict[str, Any]
+    uncertainties: dict[str, Uncertainty]
+
+
+def measure_accuracy(
+    shifts_by_fold: Sequence[Sequence[Site]],
+    couplings_by_fold: Sequence[Sequence[Site]],
+    texts: Mapping[str, Any],
+    curves: bool = True,
+) -> Accuracy:
+    """Cross-validates all columns that have sites. texts holds what the page says besides the figures: "about" (the
+    parameters and geometries), "command", and if wanted "convergence" and "limits", lists of paragraphs."""
+    outcomes, columns = {}, {}
+    for group, sites_by_fold in ((SHIFT_COLUMNS, shifts_by_fold), (COUPLING_COLUMNS, couplings_by_fold)):
+        for column in group:
+            if any(column.holds(site) for site in sites_by_fold[0]):
+                outcomes[column.name], columns[column.name] = column_results(column, sites_by_fold, curves)
+    results = {**texts, "columns": columns, "worst": worst_molecules(outcomes)}
+    tables = {outcome.column.nucleus: outcome_uncertainty(outcome) for outcome in outcomes.values()}
+    return Accuracy(results, tables)
 
 
 def by_type(outcome: Outcome) -> list[dict[str, Any]]:
@@ -114,7 +150,7 @@ def worst_molecules(outcomes: Mapping[str, Outcome]) -> list[dict[str, Any]]:
         unit = float(np.nanmean(np.abs(errors)))
         for site, error in zip(outcome.sites, errors):
             if not math.isnan(error):
-                names[site.key] = site.name
+                names[site.key] = site.name or site.key
                 entry = (abs(error) / unit, column, site.ppm, site.ppm + error)
                 relative.setdefault(site.key, []).append(entry)
     means = {

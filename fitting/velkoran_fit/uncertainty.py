@@ -16,8 +16,8 @@ Vector = npt.NDArray[np.float64]
 SHARE = 0.683
 LARGEST_NUMBER_OF_BINS = 8
 LEAST_IN_BIN = 25
-LEAST_OF_TYPE = 8
-SHRINKAGE = 15.0  # values that the parent's factor counts for
+LEAST_OF_TYPE = 20
+SHRINKAGE = 30.0  # values that the parent's factor counts for
 
 
 @dataclass(frozen=True)

@@ -64,12 +64,10 @@ class Outcomes(unittest.TestCase):
         self.assertAlmostEqual(found["root mean square"], math.sqrt(25 / 3), places=3)
 
     def test_page(self):
-        results = {
-            "columns": {"13C": self.results},
-            "worst": accuracy_results.worst_molecules({"13C": self.outcome}),
-            "about": "Made up.",
-            "command": "true",
-        }
+        texts = {"about": "Made up.", "command": "true", "limits": ["Nothing."]}
+        measured = accuracy_results.measure_accuracy([self.sites] * 5, [[]] * 5, texts, curves=False)
+        self.assertEqual(list(measured.uncertainties), ["13C"])
+        results = measured.results
         with tempfile.TemporaryDirectory() as folder:
             docs = pathlib.Path(folder)
             (docs / "measured").mkdir()
