@@ -65,10 +65,11 @@ def column_results(
 
 @dataclass(frozen=True)
 class Accuracy:
-    """The figures for the page, and the uncertainties by nucleus or kind that ship."""
+    """The figures for the page, the uncertainties by nucleus or kind that ship, and what they come from by column."""
 
     results: dict[str, Any]
     uncertainties: dict[str, Uncertainty]
+    outcomes: dict[str, Outcome]
 
 
 def measure_accuracy(
@@ -85,8 +86,12 @@ def measure_accuracy(
             if any(column.holds(site) for site in sites_by_fold[0]):
                 outcomes[column.name], columns[column.name] = column_results(column, sites_by_fold, curves)
     results = {**texts, "columns": columns, "worst": worst_molecules(outcomes)}
-    tables = {outcome.column.nucleus: outcome_uncertainty(outcome) for outcome in outcomes.values()}
-    return Accuracy(results, tables)
+    tables = {
+        outcome.column.nucleus: outcome_uncertainty(outcome)
+        for outcome in outcomes.values()
+        if np.isfinite(outcome.deviations("corrected")).any()
+    }
+    return Accuracy(results, tables, outcomes)
 
 
 def by_type(outcome: Outcome) -> list[dict[str, Any]]:

@@ -5,7 +5,7 @@ Parameters are fitted without each fold; correction and opponents learn from the
 over stored and made geometries, and predict the fold in either kind of geometry.
 """
 from collections.abc import Mapping, Sequence
-from dataclasses import dataclass, replace
+from dataclasses import dataclass
 
 import numpy as np
 
@@ -15,14 +15,12 @@ from .coupling_sites import coupling_sites
 from .cross_fit import fold_parameters
 from .cross_validation import FOLDS, fold_of
 from .fitting_data import FittingData, heaviest
-from .molecules import Geometry, Molecule
 from .neighbourhoods import type_chains
 from .parameter_space import Parameters
 from .sites import Site, measured_sites
 from .stages import Fitted
 from .worker import Quantity, WorkerPool
 
-KINDS = ("stored", "made")
 CONFORMERS = {Quantity.SHIELDING: 3, Quantity.COUPLING: 10}  # made ones that are averaged
 
 
@@ -73,28 +71,25 @@ def sites_of(
     quantity: Quantity,
     data: FittingData,
     values: Sequence[np.ndarray],
-    geometries: Sequence[Sequence[Geometry]],
     types: Sequence[AtomType],
 ) -> list[Site]:
-    """The sites of shifts or couplings with computed values; angles are those of the geometries."""
+    """The sites of shifts or couplings with computed values. Angles are those of made geometries, as a user without a
+    structure has them."""
     chains = type_chains(types)
     if quantity == Quantity.SHIELDING:
         return measured_sites(data.molecules, data.types, values, chains)
-    molecules: list[Molecule] = [
-        replace(molecule, geometries=tuple(forms)) for molecule, forms in zip(data.molecules, geometries, strict=True)
-    ]
-    return coupling_sites(molecules, data.types, [value.tolist() for value in values], chains)
+    return coupling_sites(data.with_made_geometries(), data.types, [value.tolist() for value in values], chains)
 
 
 def sites_by_fold(
     quantity: Quantity, data: FittingData, runs: Sequence[Runs], kind: str, types: Sequence[AtomType]
 ) -> list[list[Site]]:
     """The sites once for each fold: those of the fold in one kind of geometry, the others, which the fold learns from,
-    with the mean of both kinds. Angles are those of made geometries throughout, as a user without a structure has."""
+    with the mean of both kinds."""
     result = []
     for fold, run in enumerate(runs):
         mean, own = run.mean(), run.of_kind(kind)
         held_out = [fold_of(molecule.key) == fold for molecule in data.molecules]
         values = [one if out else average for out, one, average in zip(held_out, own, mean, strict=True)]
-        result.append(sites_of(quantity, data, values, data.made, types))
+        result.append(sites_of(quantity, data, values, types))
     return result

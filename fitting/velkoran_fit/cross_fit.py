@@ -15,7 +15,7 @@ from .observations import Problem
 from .parameter_space import Parameters, scaled_bounds, scaled_values, with_scaled_values
 from .stages import Fitted
 
-ROUNDS = 12  # of reweighting
+ROUNDS = 6  # of reweighting
 STEP = 2.0  # largest change of a scaled variable in a round
 
 

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 """The problems of a fit: which molecules, in which geometries, with which types."""
 from collections.abc import Mapping, Sequence
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 from pathlib import Path
 
 import numpy as np
@@ -28,6 +28,10 @@ class FittingData:
     types: tuple[tuple[str, ...], ...]
     stored: tuple[tuple[Geometry, ...], ...]
     made: tuple[tuple[Geometry, ...], ...]
+
+    def with_made_geometries(self) -> list[Molecule]:
+        """The molecules with the made geometries in place of the stored ones."""
+        return [replace(m, geometries=forms) for m, forms in zip(self.molecules, self.made, strict=True)]
 
 
 def fitting_data(molecules: Sequence[Molecule], types: Sequence[AtomType], cache: Path, processes: int) -> FittingData:
