@@ -9,6 +9,7 @@ from dataclasses import dataclass
 
 import numpy as np
 
+from .arrays import Reals
 from .atom_types import AtomType
 from .computed_values import Computed, compute
 from .coupling_sites import coupling_sites
@@ -31,11 +32,11 @@ class Runs:
     stored: Computed
     made: Computed
 
-    def of_kind(self, kind: str) -> tuple[np.ndarray, ...]:
+    def of_kind(self, kind: str) -> tuple[Reals, ...]:
         """The values in one kind of geometry."""
         return self.stored.values if kind == "stored" else self.made.values
 
-    def mean(self) -> tuple[np.ndarray, ...]:
+    def mean(self) -> tuple[Reals, ...]:
         """The mean of both kinds."""
         return tuple((a + b) / 2 for a, b in zip(self.stored.values, self.made.values, strict=True))
 
@@ -70,7 +71,7 @@ def runs_by_fold(
 def sites_of(
     quantity: Quantity,
     data: FittingData,
-    values: Sequence[np.ndarray],
+    values: Sequence[Reals],
     types: Sequence[AtomType],
 ) -> list[Site]:
     """The sites of shifts or couplings with computed values. Angles are those of made geometries, as a user without a

@@ -55,7 +55,7 @@ def read_atom_types(path: str | pathlib.Path) -> tuple[AtomType, ...]:
             if None in row or None in row.values():
                 raise ValueError(f"{path}:{reader.line_num}: the row hasn't as many fields as the heading")
             figures = {key: value for key, value in row.items() if key not in COLUMNS}
-            kind = AtomType(*(row[column] for column in COLUMNS), figures=figures)
+            kind = AtomType(row["name"], row["element"], row["parent"], row["smarts"], row["description"], figures)
             fault = _fault(kind, known)
             if fault:
                 raise ValueError(f"{path}:{reader.line_num}: {fault}")

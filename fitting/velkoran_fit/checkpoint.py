@@ -5,6 +5,8 @@ from dataclasses import dataclass
 from pathlib import Path
 
 import numpy as np
+
+from .arrays import Reals
 from scipy import sparse
 
 
@@ -15,7 +17,7 @@ class Checkpoint:
 
     jacobians: int
     finished: bool
-    u: np.ndarray
+    u: Reals
     jacobian: sparse.csr_matrix
 
 

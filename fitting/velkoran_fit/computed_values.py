@@ -5,6 +5,7 @@ from dataclasses import dataclass
 
 import numpy as np
 
+from .arrays import Integers, Reals
 from .molecules import Geometry, Molecule
 from .parameter_space import Parameters
 from .worker import Job, Outcome, Quantity, Status, WorkerPool
@@ -18,12 +19,12 @@ class Computed:
     bits of all runs of a molecule.
     """
 
-    values: tuple[np.ndarray, ...]
-    status: np.ndarray
+    values: tuple[Reals, ...]
+    status: Integers
 
 
 def molecule_jobs(
-    molecule: Molecule, types: np.ndarray, atoms: np.ndarray, quantity: Quantity, geometries: Sequence[Geometry]
+    molecule: Molecule, types: Integers, atoms: Integers, quantity: Quantity, geometries: Sequence[Geometry]
 ) -> tuple[tuple[float, Job], ...]:
     """Pairs of weight and job, one for each geometry, the weights summing to 1. types: rows of the parameter table."""
     numbers = np.array([atom.GetAtomicNum() for atom in molecule.mol.GetAtoms()])
@@ -35,37 +36,37 @@ def molecule_jobs(
     )
 
 
-def _shift_atoms(molecule: Molecule) -> np.ndarray:
+def _shift_atoms(molecule: Molecule) -> Integers:
     groups = [shift.atoms for shift in molecule.shifts]
     groups += [atoms for pair in molecule.pairs for atoms in (pair.first, pair.second)]
     return np.array(sorted({atom for atoms in groups for atom in atoms}), int)
 
 
-def _coupling_atoms(molecule: Molecule) -> np.ndarray:
+def _coupling_atoms(molecule: Molecule) -> Integers:
     return np.array(sorted({pair[0] for coupling in molecule.couplings for pair in coupling.atom_pairs}), int)
 
 
-def _shieldings(molecule: Molecule, atoms: np.ndarray, mean: np.ndarray) -> np.ndarray:
+def _shieldings(molecule: Molecule, atoms: Integers, mean: Reals) -> Reals:
     values = np.full(molecule.mol.GetNumAtoms(), np.nan)
     values[atoms] = mean
     return values
 
 
-def _couplings(molecule: Molecule, atoms: np.ndarray, mean: np.ndarray) -> np.ndarray:
+def _couplings(molecule: Molecule, atoms: Integers, mean: Reals) -> Reals:
     row = {int(atom): i for i, atom in enumerate(atoms)}
     return np.array([np.mean([mean[row[i], j] for i, j in one.atom_pairs]) for one in molecule.couplings])
 
 
 _READERS: dict[
     Quantity,
-    tuple[Callable[[Molecule], np.ndarray], Callable[[Molecule, np.ndarray, np.ndarray], np.ndarray]],
+    tuple[Callable[[Molecule], Integers], Callable[[Molecule, Integers, Reals], Reals]],
 ] = {Quantity.SHIELDING: (_shift_atoms, _shieldings), Quantity.COUPLING: (_coupling_atoms, _couplings)}
 
 
 def compute(
     quantity: Quantity,
     molecules: Sequence[Molecule],
-    types: Sequence[np.ndarray],
+    types: Sequence[Integers],
     geometries: Sequence[Sequence[Geometry]],
     parameters: Parameters,
     pool: WorkerPool,
@@ -90,7 +91,7 @@ def compute(
     return Computed(tuple(values), status)
 
 
-def _mean(outcomes: Iterator[Outcome], weights: Sequence[float]) -> tuple[np.ndarray, int]:
+def _mean(outcomes: Iterator[Outcome], weights: Sequence[float]) -> tuple[Reals, int]:
     """The mean of the next outcomes with these weights, and the bits of their status."""
     mean, bits = np.zeros(1), 0
     for weight in weights:

@@ -10,6 +10,7 @@ from collections.abc import Sequence
 import numpy as np
 from scipy import sparse
 
+from .arrays import Reals
 from .least_squares import Penalty, fit_offsets, residuals, solve_step
 from .observations import Problem
 from .parameter_space import Parameters, scaled_bounds, scaled_values, with_scaled_values
@@ -21,12 +22,12 @@ STEP = 2.0  # largest change of a scaled variable in a round
 
 def refitted(
     problem: Problem,
-    values: np.ndarray,
+    values: Reals,
     jacobian: sparse.csr_matrix,
-    u: np.ndarray,
+    u: Reals,
     penalty: Penalty,
-    bounds: np.ndarray,
-) -> np.ndarray:
+    bounds: Reals,
+) -> Reals:
     """The scaled variables that minimise the loss of a problem whose values are linear about those at u."""
     new = u.copy()
     for _ in range(ROUNDS):

@@ -11,6 +11,7 @@ import numpy as np
 from scipy import sparse
 from scipy.linalg import cho_factor, cho_solve
 
+from .arrays import Reals
 from .observations import Evaluation, Problem
 from .worker import Quantity
 
@@ -33,8 +34,8 @@ class Readout:
 class Residuals:
     """Residuals in units, (observations,), 0 where a molecule failed, and their Huber weights, 0 there too."""
 
-    units: np.ndarray
-    weights: np.ndarray
+    units: Reals
+    weights: Reals
     loss: float
 
 
@@ -43,7 +44,7 @@ def slope_of(problem: Problem) -> float:
     return -1.0 if problem.quantity == Quantity.SHIELDING else 1.0
 
 
-def _exchanged_measured(problem: Problem, predicted: np.ndarray) -> np.ndarray:
+def _exchanged_measured(problem: Problem, predicted: Reals) -> Reals:
     """Measured values, those of unknown order sorted as the predicted ones are."""
     measured = np.array([o.measured for o in problem.observations])
     for i, observation in enumerate(problem.observations):
@@ -53,13 +54,13 @@ def _exchanged_measured(problem: Problem, predicted: np.ndarray) -> np.ndarray:
     return measured
 
 
-def huber_loss(units: np.ndarray) -> np.ndarray:
+def huber_loss(units: Reals) -> Reals:
     """Huber's loss, a square up to HUBER units."""
     size = np.abs(units)
     return np.where(size <= HUBER, size**2, 2 * HUBER * size - HUBER**2)
 
 
-def _offset(deviations: np.ndarray, units: np.ndarray) -> float:
+def _offset(deviations: Reals, units: Reals) -> float:
     """The robust centre of deviations, by iterated weights."""
     centre = float(np.median(deviations))
     for _ in range(30):
@@ -69,7 +70,7 @@ def _offset(deviations: np.ndarray, units: np.ndarray) -> float:
     return centre
 
 
-def fit_offsets(problem: Problem, values: np.ndarray) -> Readout:
+def fit_offsets(problem: Problem, values: Reals) -> Readout:
     """The zero of each nucleus that suits the computed values best; couplings have none."""
     slope = slope_of(problem)
     groups = sorted({o.group for o in problem.observations})
@@ -85,7 +86,7 @@ def fit_offsets(problem: Problem, values: np.ndarray) -> Readout:
     return Readout(slope, offsets)
 
 
-def residuals(problem: Problem, values: np.ndarray, readout: Readout) -> Residuals:
+def residuals(problem: Problem, values: Reals, readout: Readout) -> Residuals:
     """Measured less predicted."""
     offsets = np.array([readout.offsets[o.group] for o in problem.observations])
     predicted = offsets + readout.slope * values
@@ -106,15 +107,15 @@ class Penalty:
     """weight * |differences @ u - centre|^2, in scaled variables: how far each is from its parent."""
 
     differences: sparse.csr_matrix  # (variables, variables)
-    centre: np.ndarray  # (variables,), the parent's value where it isn't a variable, else 0
+    centre: Reals  # (variables,), the parent's value where it isn't a variable, else 0
     weight: float
 
-    def loss(self, u: np.ndarray) -> float:
+    def loss(self, u: Reals) -> float:
         """The penalty's part of the loss."""
         return self.weight * float(np.sum((self.differences @ u - self.centre) ** 2))
 
 
-def _offset_columns(problem: Problem) -> np.ndarray:
+def _offset_columns(problem: Problem) -> Reals:
     groups = sorted({o.group for o in problem.observations})
     if problem.quantity == Quantity.COUPLING:
         return np.zeros((len(problem.observations), 0))
@@ -124,7 +125,7 @@ def _offset_columns(problem: Problem) -> np.ndarray:
     return columns
 
 
-def bounded_minimum(gram: np.ndarray, right: np.ndarray, lowest: np.ndarray, highest: np.ndarray) -> np.ndarray:
+def bounded_minimum(gram: Reals, right: Reals, lowest: Reals, highest: Reals) -> Reals:
     """The x within bounds that minimises x gram x / 2 - right x, gram positive definite: an active set that takes up
     all that leave the bounds and gives up all whose gradient points inwards (Kunisch, Rendl 2003)."""
     x = np.clip(np.zeros(len(right)), lowest, highest)
@@ -146,11 +147,11 @@ def solve_step(
     problem: Problem,
     now: Residuals,
     jacobian: sparse.csr_matrix,
-    u: np.ndarray,
+    u: Reals,
     penalty: Penalty,
-    bounds: np.ndarray,
+    bounds: Reals,
     trust: float,
-) -> np.ndarray:
+) -> Reals:
     """The change of the scaled variables that minimises the linearised loss within bounds and trust region. The
     offsets are solved along with it."""
     roots = np.sqrt(now.weights)
@@ -173,7 +174,7 @@ def solve_step(
     return np.clip(solution[:count], bounds[0] - u, bounds[1] - u)
 
 
-def updated_jacobian(jacobian: sparse.csr_matrix, step: np.ndarray, change: np.ndarray) -> sparse.csr_matrix:
+def updated_jacobian(jacobian: sparse.csr_matrix, step: Reals, change: Reals) -> sparse.csr_matrix:
     """The Jacobian after a step that changed the computed values so: each row within its own pattern."""
     new = jacobian.copy()
     miss = np.nan_to_num(change - jacobian @ step)
@@ -190,14 +191,14 @@ def updated_jacobian(jacobian: sparse.csr_matrix, step: np.ndarray, change: np.n
 class State:
     """Where an optimisation stands."""
 
-    u: np.ndarray
+    u: Reals
     evaluation: Evaluation
     loss: float
     jacobian: sparse.csr_matrix
     trust: float = TRUST
 
 
-def total_loss(problem: Problem, evaluation: Evaluation, u: np.ndarray, penalty: Penalty) -> float:
+def total_loss(problem: Problem, evaluation: Evaluation, u: Reals, penalty: Penalty) -> float:
     """Loss of residuals with the best offsets, and penalty."""
     readout = fit_offsets(problem, evaluation.values)
     return residuals(problem, evaluation.values, readout).loss + penalty.loss(u)
@@ -207,8 +208,8 @@ def improve(
     problem: Problem,
     state: State,
     penalty: Penalty,
-    bounds: np.ndarray,
-    evaluate: Callable[[np.ndarray], Evaluation],
+    bounds: Reals,
+    evaluate: Callable[[Reals], Evaluation],
     report: Callable[[str], None],
     attempts: int,
 ) -> State:

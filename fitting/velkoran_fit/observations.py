@@ -6,6 +6,7 @@ from dataclasses import dataclass, replace
 import numpy as np
 from scipy import sparse
 
+from .arrays import Integers, Reals
 from .parameter_space import Parameters, Variable, changes_of, scaled_values
 from .worker import Job, Outcome, Quantity, Status, WorkerPool
 
@@ -60,7 +61,7 @@ class Problem:
     """
 
     quantity: Quantity
-    types: tuple[np.ndarray, ...]
+    types: tuple[Integers, ...]
     jobs: tuple[tuple[tuple[float, Job], ...], ...]
     observations: tuple[Observation, ...]
     copies: int = 1
@@ -112,14 +113,14 @@ def stacked(problems: Sequence[Problem]) -> Problem:
 class Evaluation:
     """Computed values, (observations,), not a number where a molecule failed; and the worst status of each molecule."""
 
-    values: np.ndarray
-    status: np.ndarray
+    values: Reals
+    status: Integers
 
 
 def _mean_values(problem: Problem, outcomes: Sequence[Outcome]) -> Evaluation:
     """Averages the base sets of all jobs of each molecule."""
     status = np.zeros(len(problem.jobs), int)
-    means: list[np.ndarray] = []
+    means: list[Reals] = []
     outcome = iter(outcomes)
     for place, jobs in enumerate(problem.jobs):
         mean = np.zeros(1)
@@ -152,7 +153,13 @@ class _DerivativeRun:
 
 
 def _derivative_run(
-    job: Job, types: np.ndarray, rows: Sequence[int], problem: Problem, parameters: Parameters, variables, u
+    job: Job,
+    types: Integers,
+    rows: Sequence[int],
+    problem: Problem,
+    parameters: Parameters,
+    variables: Sequence[Variable],
+    u: Reals,
 ) -> _DerivativeRun:
     present = sorted(set(types.tolist()))
     steps = [(k, changes_of(parameters, v, u[k] + DERIVATIVE_STEP, present)) for k, v in enumerate(variables)]

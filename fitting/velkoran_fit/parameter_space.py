@@ -10,6 +10,7 @@ from dataclasses import dataclass, replace
 
 import numpy as np
 
+from .arrays import Reals
 from .worker import FIELDS, Change
 
 
@@ -63,7 +64,7 @@ class Parameters:
 
     names: tuple[str, ...]
     parents: tuple[int, ...]
-    published: np.ndarray
+    published: Reals
     own: Mapping[tuple[int, str], float]
 
     def with_own(self, numbers: Mapping[tuple[int, str], float]) -> "Parameters":
@@ -81,7 +82,7 @@ class Parameters:
         giver = self.giver(row, field)
         return self.own[giver, field] if giver >= 0 else float(self.published[row, FIELDS.index(field)])
 
-    def table(self) -> np.ndarray:
+    def table(self) -> Reals:
         """All numbers, (types, 14)."""
         table = self.published.copy()
         for field in sorted({field for _, field in self.own}):
@@ -107,7 +108,7 @@ def unscaled(parameters: Parameters, variable: Variable, u: float) -> float:
     return published + u * variable.field.unit
 
 
-def scaled_bounds(parameters: Parameters, variables: Sequence[Variable]) -> np.ndarray:
+def scaled_bounds(parameters: Parameters, variables: Sequence[Variable]) -> Reals:
     """Lowest and highest scaled value of each variable, (2, variables)."""
     bounds = np.empty((2, len(variables)))
     for column, variable in enumerate(variables):
@@ -118,7 +119,7 @@ def scaled_bounds(parameters: Parameters, variables: Sequence[Variable]) -> np.n
     return bounds
 
 
-def scaled_values(parameters: Parameters, variables: Sequence[Variable]) -> np.ndarray:
+def scaled_values(parameters: Parameters, variables: Sequence[Variable]) -> Reals:
     """The scaled values of variables as the parameters have them, (variables,)."""
     return np.array([scaled(parameters, v, parameters.value(v.row, v.field.name)) for v in variables])
 

@@ -4,6 +4,7 @@ from collections.abc import Mapping, Sequence
 
 import numpy as np
 
+from .arrays import Integers
 from .computed_values import molecule_jobs
 from .molecules import Coupling, Geometry, Molecule
 from .observations import COUPLING_UNITS, SHIFT_UNITS, Observation, Problem
@@ -25,7 +26,7 @@ def _shift_rows(molecule: Molecule) -> list[tuple[tuple[int, ...], str, float, b
 
 
 def shielding_problem(
-    molecules: Sequence[Molecule], types: Sequence[np.ndarray], geometries: Sequence[Sequence[Geometry]]
+    molecules: Sequence[Molecule], types: Sequence[Integers], geometries: Sequence[Sequence[Geometry]]
 ) -> Problem:
     """The shifts of molecules; types: rows of their atoms; geometries: those of each molecule that are averaged."""
     jobs = []
@@ -48,7 +49,7 @@ def _coupling_places(coupling: Coupling, rows: Mapping[int, int], atom_count: in
 
 
 def coupling_problem(
-    molecules: Sequence[Molecule], types: Sequence[np.ndarray], geometries: Sequence[Sequence[Geometry]]
+    molecules: Sequence[Molecule], types: Sequence[Integers], geometries: Sequence[Sequence[Geometry]]
 ) -> Problem:
     """The couplings of molecules, as for shifts; those between all spins of a molecule are one run."""
     jobs = []

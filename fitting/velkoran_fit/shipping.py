@@ -134,11 +134,11 @@ def write_type_figures(
     molecules = {kind.name: 0 for kind in types}
     values = dict(molecules)
     for names, molecule in zip(data.types, data.molecules, strict=True):
-        for kind in {ancestor for name in set(names) for ancestor in chains[name]}:
-            molecules[kind] += 1
+        for held in {ancestor for name in set(names) for ancestor in chains[name]}:
+            molecules[held] += 1
         for shift in molecule.shifts:
-            for kind in chains[names[shift.atoms[0]]]:
-                values[kind] += 1
+            for held in chains[names[shift.atoms[0]]]:
+                values[held] += 1
     spreads = {c.nucleus: _spread(outcomes[c.name]) for c in SHIFT_COLUMNS if c.name in outcomes}
     with open(path, "w", newline="", encoding="utf-8") as stream:
         writer = csv.writer(stream, lineterminator="\n")

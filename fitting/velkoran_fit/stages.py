@@ -8,6 +8,7 @@ from pathlib import Path
 import numpy as np
 from scipy import sparse
 
+from .arrays import Integers, Reals
 from .checkpoint import Checkpoint, load_checkpoint, save_checkpoint
 from .least_squares import Penalty, State, improve, total_loss
 from .observations import Evaluation, Problem, derivatives, evaluate
@@ -72,7 +73,7 @@ def lineage(parameters: Parameters, row: int) -> tuple[int, ...]:
     return tuple(rows)
 
 
-def molecules_of_types(problem: Problem, parameters: Parameters) -> np.ndarray:
+def molecules_of_types(problem: Problem, parameters: Parameters) -> Integers:
     """For each type the number of molecules that hold it or one that descends from it."""
     counts = np.zeros(len(parameters.names), int)
     for types in problem.types:
@@ -153,7 +154,7 @@ def run_stage(
         f"{stage.name}: {len(variables)} variables, {problem.molecule_count} molecules, {len(problem.observations)} values"
     )
 
-    def value_at(u: np.ndarray) -> Evaluation:
+    def value_at(u: Reals) -> Evaluation:
         return evaluate(problem, with_scaled_values(parameters, variables, u), pool)
 
     evaluation = value_at(point.u)

@@ -14,6 +14,8 @@ from typing import IO
 
 import numpy as np
 
+from .arrays import Integers, Reals
+
 # Columns of a parameter table, in the order of the worker's records: energies in eV, exponents in 1/bohr, the bonding
 # parameter in eV, G1 and F2 in Hartree, energies of the free atom in eV, its heat of formation in kcal/mol, the g
 # factor in nuclear magnetons, the density of the valence s orbital at the nucleus in 1/bohr^3.
@@ -74,10 +76,10 @@ class Job:
     """
 
     quantity: Quantity
-    numbers: np.ndarray
-    types: np.ndarray
-    coordinates: np.ndarray
-    atoms: np.ndarray
+    numbers: Integers
+    types: Integers
+    coordinates: Reals
+    atoms: Integers
     charge: int = 0
     variants: Sequence[Sequence[Change]] = field(default=())
 
@@ -100,11 +102,11 @@ class Outcome:
     a number where the run was refused.
     """
 
-    status: np.ndarray
-    values: np.ndarray
+    status: Integers
+    values: Reals
 
 
-def request_bytes(job: Job, table: np.ndarray, options: Options) -> bytes:
+def request_bytes(job: Job, table: Reals, options: Options) -> bytes:
     """The request for a job with a parameter table of shape (types, 14), as the worker reads it."""
     atoms = np.zeros(len(job.numbers), _ATOM)
     atoms["number"], atoms["type"], atoms["position"] = job.numbers, job.types, job.coordinates
@@ -169,7 +171,7 @@ class WorkerPool:
             process.stdout.close()
             process.wait()
 
-    def _run(self, job: Job, table: np.ndarray) -> Outcome:
+    def _run(self, job: Job, table: Reals) -> Outcome:
         request = request_bytes(job, table, self.options)
         process = self._idle.get()
         try:
@@ -181,7 +183,7 @@ class WorkerPool:
         finally:
             self._idle.put(process)
 
-    def run(self, jobs: Sequence[Job], table: np.ndarray) -> Iterator[Outcome]:
+    def run(self, jobs: Sequence[Job], table: Reals) -> Iterator[Outcome]:
         """The outcomes of jobs with a parameter table of shape (types, 14), in their order, as they come.
 
         Raises RuntimeError where a worker ends before it has answered: it was killed, or a job isn't one, with a type

@@ -49,7 +49,9 @@ class QuickFitTest(unittest.TestCase):
         self.assertEqual(sorted(path.name for path in (self.folder / "first").iterdir()), sorted(FILES))
 
     def test_the_loss_falls_in_every_stage(self) -> None:
-        steps = [line.split("loss ")[1].split(",")[0].split(" -> ") for line in self.log.splitlines() if "loss " in line]
+        steps = [
+            line.split("loss ")[1].split(",")[0].split(" -> ") for line in self.log.splitlines() if "loss " in line
+        ]
         self.assertGreaterEqual(len(steps), 6)
         falls = [float(after) < float(before) for before, after in steps]
         self.assertGreater(sum(falls), len(falls) / 2)
