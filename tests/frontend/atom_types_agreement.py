@@ -2,7 +2,9 @@
 # SPDX-License-Identifier: MIT
 """Compares the atom types that C++ gives with those of Python, for thousands of molecules and for damaged tables.
 
-Usage: python3 atom_types_agreement.py --program PATH [unittest arguments]
+Usage: python3 atom_types_agreement.py --program PATH [--every N] [unittest arguments]
+
+Of the collections every N-th molecule is taken: 1, or more for a slow program.
 """
 import argparse
 import json
@@ -82,7 +84,7 @@ class AtomTypesAgreement(unittest.TestCase):
         cls.types = atom_types.read_atom_types(TABLE)
 
     def test_collections_get_the_same_types(self):
-        smiles = collection_smiles()
+        smiles = collection_smiles()[:: int(os.environ["EVERY"])]
         code, lines, _ = types_of_program(smiles)
         self.assertEqual(code, 0)
         self.assertEqual(len(lines), len(smiles))
@@ -90,7 +92,7 @@ class AtomTypesAgreement(unittest.TestCase):
         for text, line in zip(smiles, lines):
             self.assertEqual(line, types_of_python(text, self.types), text)
             typed += not line.startswith("error")
-        self.assertGreater(typed, 6000)
+        self.assertGreater(typed, 0.9 * len(smiles))
 
     def test_element_without_types_is_named(self):
         code, lines, _ = types_of_program(["CCBr", "[K+].[Cl-]"])
@@ -125,6 +127,8 @@ class AtomTypesAgreement(unittest.TestCase):
 if __name__ == "__main__":
     parser = argparse.ArgumentParser(add_help=False, usage=__doc__)
     parser.add_argument("--program", required=True)
+    parser.add_argument("--every", default="1")
     arguments, rest = parser.parse_known_args()
     os.environ["TYPE_SMILES"] = os.path.abspath(arguments.program)
+    os.environ["EVERY"] = arguments.every
     unittest.main(argv=[sys.argv[0], *rest])
