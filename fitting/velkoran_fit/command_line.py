@@ -46,8 +46,8 @@ def parse_arguments(words: Sequence[str] | None) -> argparse.Namespace:
     """The arguments of the command line."""
     parser = argparse.ArgumentParser(
         prog="fit.py",
-        description="Fits the parameters of the method to measured shifts and couplings, stage by stage from elements to "
-        "neighbours, and writes the files of a parameter directory. A fit that was stopped goes on where it was.",
+        description="Fits the parameters of the method to measured shifts and couplings, stage by stage from elements "
+        "to neighbours, and writes the files of a parameter directory. A fit that was stopped goes on where it was.",
     )
     names = [stage.name for stage in STAGES]
     parser.add_argument("--stage", choices=names, default=names[-1], help="the last stage (default: %(default)s)")

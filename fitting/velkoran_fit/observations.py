@@ -180,8 +180,8 @@ def derivatives(
     progress: Callable[[int, int], None],
 ) -> sparse.csr_matrix:
     """Derivatives of the computed values by the scaled variables, (observations, variables), by one-sided differences
-    in the first geometry of each molecule of the first copy, for all copies; only the variables that touch a molecule are
-    run. Zero where a run failed. progress is called with the molecules done and all."""
+    in the first geometry of each molecule of the first copy, for all copies; only the variables that touch a molecule
+    are run. Zero where a run failed. progress is called with the molecules done and all."""
     u = scaled_values(parameters, variables)
     count = problem.molecule_count
     of_molecule: list[list[int]] = [[] for _ in range(count)]

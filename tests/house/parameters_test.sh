@@ -25,14 +25,14 @@ for folder in "$root"/parameters/*/; do
         echo "parameters/$name/SHA256SUMS isn't what sha256sum gives." >&2
         exit 1
     }
-    for file in $files; do
+    while read -r _ file; do
         echo >>"$work/parameters/$name/$file"
         if hashes_agree "$work/parameters/$name"; then
             echo "parameters/$name/SHA256SUMS didn't notice a change of $file." >&2
             exit 1
         fi
         cp "$folder/$file" "$work/parameters/$name"
-    done
+    done <"$folder/SHA256SUMS"
 done
 
 # The page of the published parameters shows these hashes.
