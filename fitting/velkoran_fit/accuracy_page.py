@@ -103,6 +103,18 @@ def spread_table(columns: Results) -> str:
     return table(heading, rows)
 
 
+def kinds_table(columns: Results) -> str:
+    """Deviations in made and in stored geometries."""
+    rows = []
+    for name, results in columns.items():
+        if "stored geometries" in results:
+            kinds = (results["methods"], results["stored geometries"])
+            cells = [figure(kind[method].get("mean")) for method in ("corrected", "physics") for kind in kinds]
+            rows.append([f"{name} / {unit_of(name)}", *cells])
+    heading = ("", "made", "stored", "physics alone, made", "physics alone, stored")
+    return table(heading, rows)
+
+
 def learning_sentence(name: str, curve: Sequence[Results]) -> str:
     """What the last doubling of the data brought, and what that says."""
     before, last = curve[-2]["corrected"], curve[-1]["corrected"]
@@ -185,6 +197,10 @@ def page(results: Results, reasons: Mapping[str, str]) -> str:
         spread_table(columns),
         "Each prediction has a standard uncertainty, which 68 % of the deviations should keep within: of all values, "
         "of those with small to those with large uncertainties, and of types with few values.\n",
+        "## Made and stored geometries\n",
+        kinds_table(columns),
+        "Made ones come from the structural formula, as a user without a structure has them; stored ones came with the "
+        "data, from density functional or tight-binding calculations.\n",
         *_section("## Computed against measured\n", [_picture(name, "") for name in shown]),
         *_section("## Is more data or a better model the bottleneck?\n", _curve_parts(columns, curves)),
         "## Deviation by type\n",

@@ -4,8 +4,9 @@
 Parameters are fitted without each fold; correction and opponents learn from the other folds, with shieldings averaged
 over stored and made geometries, and predict the fold in either kind of geometry.
 """
-from collections.abc import Mapping, Sequence
+from collections.abc import Callable, Mapping, Sequence
 from dataclasses import dataclass
+from pathlib import Path
 
 import numpy as np
 
@@ -60,11 +61,13 @@ def runs_by_fold(
     fitted: Fitted,
     places: Sequence[int],
     pool: WorkerPool,
+    folder: Path,
+    say: Callable[[str], None],
 ) -> list[Runs]:
     """For each fold the values with parameters that were fitted without it. places: of the fit's molecules in the
-    data."""
+    data; folder: of checkpoints."""
     folds = [fold_of(data.molecules[place].key) for place in places]
-    parameters = fold_parameters(fitted, folds)
+    parameters = fold_parameters(fitted, folds, pool, folder, say)
     return [run_all(quantity, data, rows, parameters.get(fold, fitted.parameters), pool) for fold in range(FOLDS)]
 
 

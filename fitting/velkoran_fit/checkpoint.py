@@ -12,8 +12,7 @@ from scipy import sparse
 
 @dataclass(frozen=True)
 class Checkpoint:
-    """Where a stage stands: Jacobians done, whether that was the last, the scaled variables, the last Jacobian with its
-    updates."""
+    """Where a stage stands: Jacobians done, whether that was the last, the scaled variables, the first Jacobian."""
 
     jacobians: int
     finished: bool

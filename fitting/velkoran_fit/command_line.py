@@ -124,7 +124,7 @@ def main(words: Sequence[str] | None = None) -> int:
         measured = {}
         for quantity, (fitted, places) in done.items():
             shipped = read_parameters(types, PUBLISHED, arguments.write, quantity == Quantity.COUPLING)
-            measured[quantity] = measure(quantity, data, types, fitted, places, shipped, pool)
+            measured[quantity] = measure(quantity, data, types, fitted, places, shipped, pool, setting.folder, say)
             say(f"{quantity.name.lower()}: cross-validated")
     texts = {
         "about": f"{len(data.molecules)} molecules, with the parameters and references of `parameters/fitted`, in "

@@ -1,57 +1,51 @@
 # SPDX-License-Identifier: MIT
 """Parameters fitted without some of the molecules, for cross-validation.
 
-The Jacobian of the whole fit stands for that of each fold: the fold's own minimum of the linearised loss is found with
-the molecules left out, and these are then computed anew with its parameters. The linearisation makes it pessimistic.
+Each fold runs the last stage anew, from where it began for all, on the molecules of the other folds. They share the
+first Jacobian, whose rows don't depend on the fold.
 """
-from collections.abc import Sequence
-
-import numpy as np
-from scipy import sparse
+from collections.abc import Callable, Sequence
+from pathlib import Path
 
 from .arrays import Reals
-from .least_squares import Penalty, fit_offsets, residuals, solve_step
-from .observations import Problem
-from .parameter_space import Parameters, scaled_bounds, scaled_values, with_scaled_values
+from .checkpoint import Checkpoint, load_checkpoint, save_checkpoint
+from .least_squares import State, improve, total_loss
+from .observations import Evaluation, evaluate
+from .parameter_space import Parameters, scaled_bounds, with_scaled_values
 from .stages import Fitted
-
-ROUNDS = 6  # of reweighting
-STEP = 2.0  # largest change of a scaled variable in a round
+from .worker import WorkerPool
 
 
-def refitted(
-    problem: Problem,
-    values: Reals,
-    jacobian: sparse.csr_matrix,
-    u: Reals,
-    penalty: Penalty,
-    bounds: Reals,
-) -> Reals:
-    """The scaled variables that minimise the loss of a problem whose values are linear about those at u."""
-    new = u.copy()
-    for _ in range(ROUNDS):
-        linear = values + jacobian @ (new - u)
-        now = residuals(problem, linear, fit_offsets(problem, linear))
-        new = new + solve_step(problem, now, jacobian, new, penalty, bounds, STEP)
-    return new
-
-
-def fold_parameters(fitted: Fitted, folds: Sequence[int]) -> dict[int, Parameters]:
-    """The parameters without each fold. fitted: a stage on all molecules; folds: the fold of each of its molecules.
-
-    What counts is how far the minimum moves as the fold is left out; where the fit stopped short of its linearised
-    minimum, that distance is the same with and without the fold, and is left out of the difference.
-    """
-    problem, values = fitted.problem, fitted.evaluation.values
-    u = scaled_values(fitted.parameters, fitted.variables)
+def _fitted_without(
+    fitted: Fitted, rest: Sequence[int], first: Evaluation, pool: WorkerPool, say: Callable[[str], None]
+) -> State:
+    """The stage on the rest of its molecules; first: of all of them at the start."""
+    problem, rows = fitted.problem.of_molecules(rest), fitted.problem.rows_of(rest)
     bounds = scaled_bounds(fitted.parameters, fitted.variables)
-    fold_of_row = np.array([folds[o.molecule % problem.molecule_count] for o in problem.observations])
-    whole = refitted(problem, values, fitted.jacobian, u, fitted.penalty, bounds)
+
+    def value_at(u: Reals) -> Evaluation:
+        return evaluate(problem, with_scaled_values(fitted.parameters, fitted.variables, u), pool)
+
+    evaluation = Evaluation(first.values[rows], first.status[list(rest)])
+    loss = total_loss(problem, evaluation, fitted.start, fitted.penalty)
+    state = State(fitted.start, evaluation, loss, fitted.jacobian[rows])
+    return improve(problem, state, fitted.penalty, bounds, value_at, say, fitted.stage.attempts)
+
+
+def fold_parameters(
+    fitted: Fitted, folds: Sequence[int], pool: WorkerPool, folder: Path, say: Callable[[str], None]
+) -> dict[int, Parameters]:
+    """The parameters without each fold. folds: the fold of each molecule of the stage; folder: of checkpoints."""
+    first = evaluate(fitted.problem, with_scaled_values(fitted.parameters, fitted.variables, fitted.start), pool)
     parameters = {}
     for fold in sorted(set(folds)):
-        train = problem.of_molecules([i for i, own in enumerate(folds) if own != fold])
-        seen = np.flatnonzero(fold_of_row != fold)
-        without = refitted(train, values[seen], fitted.jacobian[seen], u, fitted.penalty, bounds)
-        moved = np.clip(u + without - whole, bounds[0], bounds[1])
-        parameters[fold] = with_scaled_values(fitted.parameters, fitted.variables, moved)
+        path = folder / f"{fitted.problem.quantity.name.lower()}_without_fold_{fold}.npz"
+        point = load_checkpoint(path)
+        if point is None:
+            rest = [i for i, own in enumerate(folds) if own != fold]
+            say(f"without fold {fold}: {len(rest)} molecules")
+            state = _fitted_without(fitted, rest, first, pool, say)
+            point = Checkpoint(1, True, state.u, state.jacobian)
+            save_checkpoint(path, point)
+        parameters[fold] = with_scaled_values(fitted.parameters, fitted.variables, point.u)
     return parameters

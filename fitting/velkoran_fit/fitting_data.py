@@ -9,7 +9,7 @@ import numpy as np
 from .atom_types import AtomType, type_atoms
 from .made_geometries import make_all
 from .molecules import Geometry, Molecule
-from .observations import COUPLING_UNITS, SHIFT_UNITS, Problem, stacked
+from .observations import COUPLING_UNITS, SHIFT_UNITS, Problem
 from .problems import coupling_problem, shielding_problem
 from .worker import Quantity
 
@@ -58,17 +58,14 @@ def heaviest(geometries: Sequence[Geometry], count: int) -> tuple[Geometry, ...]
     return tuple(sorted(geometries, key=lambda geometry: -geometry.weight)[:count])
 
 
-def problem_of(
-    data: FittingData, quantity: Quantity, rows: Mapping[str, int], conformers: int | None = None
-) -> tuple[Problem, tuple[int, ...]]:
-    """The shifts or couplings of all molecules that have some, in stored and in made geometries, and the places of the
-    molecules in the data. rows: of the types in the parameter table; conformers: made ones at most, by default those
-    of a fit."""
-    conformers = conformers or FITTED_CONFORMERS[quantity]
+def problem_of(data: FittingData, quantity: Quantity, rows: Mapping[str, int]) -> tuple[Problem, tuple[int, ...]]:
+    """The shifts or couplings of all molecules that have some, and the places of the molecules in the data. rows: of
+    the types in the parameter table. Every second molecule is in its stored geometry, the others are in made ones."""
     chosen = [i for i, molecule in enumerate(data.molecules) if _is_fitted(molecule, quantity)]
-    molecules = [data.molecules[i] for i in chosen]
-    types = [np.array([rows[name] for name in data.types[i]]) for i in chosen]
+    geometries = [
+        heaviest(data.made[i], FITTED_CONFORMERS[quantity]) if order % 2 else data.stored[i]
+        for order, i in enumerate(chosen)
+    ]
     make = coupling_problem if quantity == Quantity.COUPLING else shielding_problem
-    stored = make(molecules, types, [data.stored[i] for i in chosen])
-    made = make(molecules, types, [heaviest(data.made[i], conformers) for i in chosen])
-    return stacked([stored, made]), tuple(chosen)
+    types = [np.array([rows[name] for name in data.types[i]]) for i in chosen]
+    return make([data.molecules[i] for i in chosen], types, geometries), tuple(chosen)

@@ -56,57 +56,34 @@ class Observation:
 class Problem:
     """What is fitted: molecules with the types of their atoms, one job a geometry, and the observations.
 
-    jobs: for each molecule pairs of weight and job, the weights of a molecule summing to 1; copies: the whole list of
-    molecules comes so many times, each time in other geometries, with the same observations.
+    jobs: for each molecule pairs of weight and job, the weights of a molecule summing to 1.
     """
 
     quantity: Quantity
     types: tuple[Integers, ...]
     jobs: tuple[tuple[tuple[float, Job], ...], ...]
     observations: tuple[Observation, ...]
-    copies: int = 1
 
-    @property
-    def molecule_count(self) -> int:
-        """Molecules, each counted once."""
-        return len(self.jobs) // self.copies
+    def rows_of(self, chosen: Sequence[int]) -> Integers:
+        """The places of the observations of some molecules."""
+        wanted = set(chosen)
+        return np.array([i for i, o in enumerate(self.observations) if o.molecule in wanted], int)
 
     def of_molecules(self, chosen: Sequence[int]) -> "Problem":
-        """The same with some of the molecules, in all copies."""
-        everywhere = [copy * self.molecule_count + i for copy in range(self.copies) for i in chosen]
-        place = {molecule: new for new, molecule in enumerate(everywhere)}
-        kept = [i for i, o in enumerate(self.observations) if o.molecule in place]
-        moved = {old: new for new, old in enumerate(kept)}
-        moved[-1] = -1
+        """The same with some of the molecules."""
+        place = {molecule: new for new, molecule in enumerate(chosen)}
+        kept = self.rows_of(chosen).tolist()
+        moved = {-1: -1} | {old: new for new, old in enumerate(kept)}
         observations = tuple(
             replace(o, molecule=place[o.molecule], partner=moved[o.partner])
             for o in (self.observations[i] for i in kept)
         )
         return replace(
             self,
-            types=tuple(self.types[i] for i in everywhere),
-            jobs=tuple(self.jobs[i] for i in everywhere),
+            types=tuple(self.types[i] for i in chosen),
+            jobs=tuple(self.jobs[i] for i in chosen),
             observations=observations,
         )
-
-
-def stacked(problems: Sequence[Problem]) -> Problem:
-    """One problem of several with the same molecules and observations in other geometries, which share the weight."""
-    first = problems[0]
-    shift, row = len(first.jobs), len(first.observations)
-    observations = tuple(
-        replace(
-            o,
-            molecule=o.molecule + copy * shift,
-            partner=o.partner + copy * row if o.partner >= 0 else -1,
-            weight=o.weight / len(problems),
-        )
-        for copy, problem in enumerate(problems)
-        for o in problem.observations
-    )
-    types = tuple(rows for problem in problems for rows in problem.types)
-    jobs = tuple(of_molecule for problem in problems for of_molecule in problem.jobs)
-    return Problem(first.quantity, types, jobs, observations, len(problems))
 
 
 @dataclass(frozen=True)
@@ -180,14 +157,13 @@ def derivatives(
     progress: Callable[[int, int], None],
 ) -> sparse.csr_matrix:
     """Derivatives of the computed values by the scaled variables, (observations, variables), by one-sided differences
-    in the first geometry of each molecule of the first copy, for all copies; only the variables that touch a molecule
-    are run. Zero where a run failed. progress is called with the molecules done and all."""
+    in the first geometry of each molecule; only the variables that touch a molecule are run. Zero where a run failed.
+    progress is called with the molecules done and all."""
     u = scaled_values(parameters, variables)
-    count = problem.molecule_count
+    count = len(problem.jobs)
     of_molecule: list[list[int]] = [[] for _ in range(count)]
     for i, observation in enumerate(problem.observations):
-        if observation.molecule < count:
-            of_molecule[observation.molecule].append(i)
+        of_molecule[observation.molecule].append(i)
     runs = [
         _derivative_run(problem.jobs[k][0][1], problem.types[k], of_molecule[k], problem, parameters, variables, u)
         for k in range(count)
@@ -202,5 +178,4 @@ def derivatives(
             columns += run.variables
             slopes += np.nan_to_num((flat[1:, place] - flat[0, place]) / DERIVATIVE_STEP).tolist()
         progress(done + 1, count)
-    shape = (len(problem.observations) // problem.copies, len(variables))
-    return sparse.vstack([sparse.csr_matrix((slopes, (rows, columns)), shape=shape)] * problem.copies, "csr")
+    return sparse.csr_matrix((slopes, (rows, columns)), shape=(len(problem.observations), len(variables)))

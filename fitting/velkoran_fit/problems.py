@@ -14,6 +14,11 @@ from .worker import Quantity
 # where one geometry has to stand for them.
 AVERAGED_WEIGHT = 0.5
 ONE_GEOMETRY_WEIGHT = 0.1
+UNVERIFIED_WEIGHT = 0.5  # of values from memory, times that of the others
+
+
+def _confidence_weight(molecule: Molecule) -> float:
+    return UNVERIFIED_WEIGHT if "unverified" in molecule.confidence else 1.0
 
 
 def _shift_rows(molecule: Molecule) -> list[tuple[tuple[int, ...], str, float, bool]]:
@@ -40,7 +45,8 @@ def shielding_problem(
             places = tuple(place[atom] for atom in own)
             here = len(observations)
             partner = here + 1 if exchanged else -1
-            observations.append(Observation(number, places, nucleus, ppm, SHIFT_UNITS[nucleus], 1.0, partner))
+            weight = _confidence_weight(molecule)
+            observations.append(Observation(number, places, nucleus, ppm, SHIFT_UNITS[nucleus], weight, partner))
     return Problem(Quantity.SHIELDING, tuple(types), tuple(jobs), tuple(observations))
 
 
@@ -62,7 +68,7 @@ def coupling_problem(
         for coupling in couplings:
             places = _coupling_places(coupling, row_of, molecule.mol.GetNumAtoms())
             averaged = AVERAGED_WEIGHT if forms[0].kind == "made" else ONE_GEOMETRY_WEIGHT
-            weight = 1.0 if coupling.rigid else averaged
+            weight = _confidence_weight(molecule) * (1.0 if coupling.rigid else averaged)
             unit = COUPLING_UNITS[coupling.kind]
             observations.append(Observation(number, places, coupling.kind, coupling.hertz, unit, weight))
     return Problem(Quantity.COUPLING, tuple(types), tuple(jobs), tuple(observations))

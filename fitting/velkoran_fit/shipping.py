@@ -2,7 +2,7 @@
 """From a finished fit to what ships with it: references.json, the figures of the type table, those of the page of
 accuracy."""
 import csv
-from collections.abc import Mapping, Sequence
+from collections.abc import Callable, Mapping, Sequence
 from dataclasses import dataclass
 from pathlib import Path
 from typing import Any
@@ -49,11 +49,14 @@ def measure(
     places: Sequence[int],
     shipped: Parameters,
     pool: WorkerPool,
+    folder: Path,
+    say: Callable[[str], None],
 ) -> Measured:
-    """Computes all that a cross-validation needs. places: of the molecules of the fit's last stage in the data."""
+    """Computes all that a cross-validation needs. places: of the molecules of the fit's last stage in the data; folder:
+    of checkpoints."""
     rows = {kind.name: row for row, kind in enumerate(types)}
     whole = run_all(quantity, data, rows, shipped, pool)
-    return Measured(whole, tuple(runs_by_fold(quantity, data, rows, fitted, places, pool)))
+    return Measured(whole, tuple(runs_by_fold(quantity, data, rows, fitted, places, pool, folder, say)))
 
 
 def accuracy_of(

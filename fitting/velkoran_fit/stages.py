@@ -50,9 +50,8 @@ class Stage:
 
 STAGES = (
     Stage("element", (0,), True, 2, 8, 8, 10, 1.0),
-    Stage("hybridisation", (1, 2), False, 2, 6, 3, 12, 4.0),
-    Stage("neighbours", (1, 2, 3, 4, 5, 6), False, 1, 4, 2, 12, 8.0),
-    Stage("all", (1, 2, 3, 4, 5, 6), False, 1, 6, 1, 15, 8.0),
+    Stage("hybridisation", (1, 2), False, 2, 8, 3, 12, 4.0),
+    Stage("neighbours", (1, 2, 3, 4, 5, 6), False, 2, 8, 1, 12, 8.0),
 )
 
 
@@ -122,14 +121,18 @@ def hierarchical_penalty(parameters: Parameters, variables: Sequence[Variable], 
 
 @dataclass(frozen=True)
 class Fitted:
-    """A stage when it is done: what a cross-validation of its parameters needs too."""
+    """A stage when it is done, and what a fit of it without some of the molecules starts from.
 
+    problem: of the molecules of the stage; start: scaled variables before its first step, jacobian: there.
+    """
+
+    stage: Stage
     parameters: Parameters
     problem: Problem
     variables: tuple[Variable, ...]
     penalty: Penalty
+    start: Reals
     jacobian: sparse.csr_matrix
-    evaluation: Evaluation
 
 
 def run_stage(
@@ -141,36 +144,34 @@ def run_stage(
     say: Callable[[str], None],
 ) -> Fitted:
     """Fits the variables of a stage; goes on from the checkpoint in folder where there is one of this stage."""
-    problem = problem.of_molecules(range(0, problem.molecule_count, stage.every))
+    problem = problem.of_molecules(range(0, len(problem.jobs), stage.every))
     variables = variables_of(stage, problem, parameters)
     penalty = hierarchical_penalty(parameters, variables, stage.penalty)
-    parameters = with_scaled_values(parameters, variables, scaled_values(parameters, variables))
+    start = scaled_values(parameters, variables)
+    parameters = with_scaled_values(parameters, variables, start)
     bounds = scaled_bounds(parameters, variables)
     path = folder / f"{problem.quantity.name.lower()}_{stage.name}.npz"
-    point = load_checkpoint(path) or Checkpoint(
-        0, False, scaled_values(parameters, variables), sparse.csr_matrix((0, 0))
-    )
-    size = f"{problem.molecule_count} molecules, {len(problem.observations)} values"
-    say(f"{stage.name}: {len(variables)} variables, {size}")
+    point = load_checkpoint(path) or Checkpoint(0, not variables, start, sparse.csr_matrix((0, 0)))
+    say(f"{stage.name}: {len(variables)} variables, {len(problem.jobs)} molecules, {len(problem.observations)} values")
 
     def value_at(u: Reals) -> Evaluation:
         return evaluate(problem, with_scaled_values(parameters, variables, u), pool)
 
-    evaluation = value_at(point.u)
     while not point.finished:
+        evaluation = value_at(point.u)
         before = total_loss(problem, evaluation, point.u, penalty)
-        start = time.monotonic()
+        began = time.monotonic()
         here = with_scaled_values(parameters, variables, point.u)
         jacobian = derivatives(problem, here, variables, pool, _progress(say))
-        say(f"{stage.name}: Jacobian {point.jacobians + 1} of {stage.jacobians}, {time.monotonic() - start:.0f} s")
+        say(f"{stage.name}: Jacobian {point.jacobians + 1} of {stage.jacobians}, {time.monotonic() - began:.0f} s")
         state = State(point.u, evaluation, before, jacobian)
         state = improve(problem, state, penalty, bounds, value_at, say, stage.attempts)
         finished = point.jacobians + 1 == stage.jacobians or state.loss > 0.99 * before
-        point = Checkpoint(point.jacobians + 1, finished, state.u, state.jacobian)
-        evaluation = state.evaluation
+        first = jacobian if point.jacobians == 0 else point.jacobian
+        point = Checkpoint(point.jacobians + 1, finished, state.u, first)
         save_checkpoint(path, point)
     fitted = with_scaled_values(parameters, variables, point.u)
-    return Fitted(fitted, problem, tuple(variables), penalty, point.jacobian, evaluation)
+    return Fitted(stage, fitted, problem, tuple(variables), penalty, start, point.jacobian)
 
 
 def _progress(say: Callable[[str], None]) -> Callable[[int, int], None]:

@@ -17,7 +17,7 @@ from velkoran_fit.least_squares import (
     total_loss,
     updated_jacobian,
 )
-from velkoran_fit.observations import Observation, derivatives, evaluate, stacked
+from velkoran_fit.observations import Observation, derivatives, evaluate
 from velkoran_fit.parameter_space import EXPONENTS, Variable, scaled_bounds, scaled_values, with_scaled_values
 
 VARIABLES = [Variable(1, EXPONENTS[1]), Variable(2, EXPONENTS[1])]
@@ -95,16 +95,6 @@ class LeastSquaresTest(unittest.TestCase):
     def test_only_molecules_with_the_type_are_run(self) -> None:
         derivatives(self.problem, self.start, VARIABLES, self.pool, silent)
         self.assertEqual(self.pool.sets, 4 + 6)  # each molecule once, and once for each of its two fitted types
-
-    def test_copies_share_derivatives_and_weight(self) -> None:
-        both = stacked([self.problem, self.problem])
-        jacobian = derivatives(both, self.start, VARIABLES, LinearPool(), silent)
-        self.assertEqual(jacobian.shape, (18, 2))
-        np.testing.assert_array_equal(jacobian[:9].toarray(), jacobian[9:].toarray())
-        values = evaluate(self.problem, self.start, self.pool).values
-        one = residuals(self.problem, values, fit_offsets(self.problem, values)).loss
-        twice = np.concatenate([values, values])
-        self.assertAlmostEqual(residuals(both, twice, fit_offsets(both, twice)).loss, one, 9)
 
     def test_a_refused_molecule_counts_and_has_no_weight(self) -> None:
         jobs = (*self.problem.jobs[:3], ((1.0, molecule_job(self.types[3], refused=True)),))

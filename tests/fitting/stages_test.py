@@ -93,11 +93,11 @@ class StagesTest(unittest.TestCase):
             scaled_values(resumed.parameters, resumed.variables), scaled_values(straight.parameters, straight.variables)
         )
 
-    def test_a_finished_stage_is_only_evaluated(self) -> None:
+    def test_a_finished_stage_runs_nothing(self) -> None:
         self.run_children()
         pool = LinearPool()
         run_stage(CHILDREN, self.problem, three_types(), pool, self.folder, silent)
-        self.assertEqual(pool.sets, len(TYPES))
+        self.assertEqual(pool.sets, 0)
 
     def test_parameters_without_a_fold_are_those_of_a_fit_that_never_saw_it(self) -> None:
         types = TYPES * 3
@@ -107,11 +107,13 @@ class StagesTest(unittest.TestCase):
         folds = [0, 1, 2] * 6
         stage = replace(CHILDREN, penalty=0.05)
         whole = self.run_children(stage, problem, self.folder / "whole")
-        without = fold_parameters(whole, folds)
+        without = fold_parameters(whole, folds, LinearPool(), self.folder / "folds", silent)
         rest = problem.of_molecules([i for i, fold in enumerate(folds) if fold != 0])
         fresh = self.run_children(stage, rest, self.folder / "rest").parameters
         self.assertGreater(abs(difference(whole.parameters) - difference(fresh)), 0.05)
         self.assertAlmostEqual(difference(without[0]), difference(fresh), 1)
+        again = fold_parameters(whole, folds, LinearPool(), self.folder / "folds", silent)
+        self.assertEqual(again[2].own, without[2].own)
 
 
 if __name__ == "__main__":
