@@ -4,7 +4,7 @@ import argparse
 import os
 import time
 from collections.abc import Callable, Mapping, Sequence
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 from pathlib import Path
 
 from .atom_types import AtomType, read_atom_types
@@ -91,9 +91,11 @@ def fit_quantity(
     problem, places = problem_of(data, quantity, rows)
     parameters = start_parameters(types, PUBLISHED, quantity == Quantity.COUPLING)
     for stage in setting.stages:
+        if quantity == Quantity.COUPLING:
+            stage = replace(stage, every=1)  # couplings are few and cost little
         fitted = run_stage(stage, problem, parameters, pool, setting.folder, say)
         parameters = fitted.parameters
-    return fitted, places[:: setting.stages[-1].every]
+    return fitted, places[:: fitted.stage.every]
 
 
 def write_parameters(directory: Path, types: Sequence[AtomType], fits: Mapping[Quantity, Fitted]) -> None:
