@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: MIT
 """The figures of a cross-validation as plain data: what docs/measured/accuracy.json holds and the page is made from."""
-import json
 import math
 from collections.abc import Mapping, Sequence
 from dataclasses import dataclass
@@ -8,8 +7,8 @@ from pathlib import Path
 from typing import Any
 
 import numpy as np
-import numpy.typing as npt
 
+from .arrays import Reals
 from .cross_validation import (
     COUPLING_COLUMNS,
     METHODS,
@@ -20,10 +19,10 @@ from .cross_validation import (
     cross_validated_uncertainties,
     outcome_uncertainty,
 )
+from .references_file import json_text
 from .sites import Site
 from .uncertainty import Uncertainty, share_within
 
-Vector = npt.NDArray[np.float64]
 
 FRACTIONS = (0.125, 0.25, 0.5)
 LEAST_OF_CURVE = 60  # sites of a column that has a learning curve
@@ -33,7 +32,7 @@ WORST = 10
 BINS = 4  # of the uncertainty, to check the calibration
 
 
-def summary(deviations: Vector) -> dict[str, float]:
+def summary(deviations: Reals) -> dict[str, float]:
     """Number, mean and median absolute and root mean square deviation, of those that aren't NaN."""
     known = np.abs(deviations[~np.isnan(deviations)])
     if not len(known):
@@ -178,11 +177,10 @@ def _worst_record(key: str, name: str, mean: float, largest: tuple[float, str, f
 
 def write_results(path: Path, results: Mapping[str, Any]) -> None:
     """Writes the results, the same bytes for the same figures."""
-    text = json.dumps(results, sort_keys=True, separators=(",", ":"))
-    path.write_text(text.replace('},"', '},\n"') + "\n", encoding="utf-8")
+    path.write_text(json_text(results), encoding="utf-8")
 
 
-def _share(errors: Vector, widths: Vector) -> float | None:
+def _share(errors: Reals, widths: Reals) -> float | None:
     return _rounded(share_within(errors, widths)) if len(errors) else None
 
 

@@ -11,10 +11,10 @@ from collections.abc import Mapping, Sequence
 from dataclasses import dataclass
 
 import numpy as np
-import numpy.typing as npt
 from scipy import linalg, optimize, sparse
 
-Vector = npt.NDArray[np.float64]
+from .arrays import Integers, Reals
+
 Features = Mapping[str, float]
 
 FREEDOM = 4.0  # degrees of freedom of Student's distribution
@@ -58,10 +58,10 @@ class Estimate:
 class _Design:
     names: tuple[str, ...]
     families: tuple[str, ...]  # sorted
-    family_of: npt.NDArray[np.int64]  # of each name
+    family_of: Integers  # of each name
     counts: sparse.csc_matrix  # (values, names)
 
-    def kernel(self, family: int, rows: npt.NDArray[np.int64]) -> Vector:
+    def kernel(self, family: int, rows: Integers) -> Reals:
         own = self.counts[rows][:, self.family_of == family]
         return np.asarray((own @ own.T).todense())
 
@@ -71,7 +71,7 @@ def family_of(name: str) -> str:
     return name.partition(":")[0]
 
 
-def fit_additive_model(features: Sequence[Features], values: Vector) -> AdditiveModel:
+def fit_additive_model(features: Sequence[Features], values: Reals) -> AdditiveModel:
     """Fits to values (n,) of things with such features. ValueError if there are none, or not as many."""
     if len(features) != len(values) or not len(values):
         raise ValueError(f"{len(features)} sets of features for {len(values)} values")
@@ -113,13 +113,13 @@ def _design(features: Sequence[Features]) -> _Design:
     )
 
 
-def _sample(count: int) -> npt.NDArray[np.int64]:
+def _sample(count: int) -> Integers:
     """At most LARGEST_SAMPLE of count rows, the same at every call."""
     order = sorted(range(count), key=lambda row: (zlib.crc32(str(row).encode()), row))
     return np.array(sorted(order[:LARGEST_SAMPLE]), dtype=np.int64)
 
 
-def _learn_scales(design: _Design, values: Vector) -> tuple[Vector, float]:
+def _learn_scales(design: _Design, values: Reals) -> tuple[Reals, float]:
     """Prior variance of a coefficient of each family, and the noise, of the most probable explanation."""
     rows = _sample(len(values))
     chosen = values[rows]
@@ -139,7 +139,7 @@ def _learn_scales(design: _Design, values: Vector) -> tuple[Vector, float]:
     return scales / sizes, float(np.exp(logarithms[-1]))
 
 
-def _most_probable(first: Vector, middle: Vector, kernels: Sequence[Vector], values: Vector, weights: Vector) -> Vector:
+def _most_probable(first: Reals, middle: Reals, kernels: Sequence[Reals], values: Reals, weights: Reals) -> Reals:
     """The logarithms of the variances, the noise last, that maximise the evidence; the search begins at first."""
     found = optimize.minimize(
         _evidence,
@@ -154,8 +154,8 @@ def _most_probable(first: Vector, middle: Vector, kernels: Sequence[Vector], val
 
 
 def _evidence(
-    logarithms: Vector, kernels: Sequence[Vector], values: Vector, weights: Vector, middle: Vector
-) -> tuple[float, Vector]:
+    logarithms: Reals, kernels: Sequence[Reals], values: Reals, weights: Reals, middle: Reals
+) -> tuple[float, Reals]:
     """Minus the logarithm of the evidence with the prior of the variances, and its gradient."""
     scales = np.exp(logarithms)
     covariance = np.diag(scales[-1] / weights)
@@ -174,7 +174,7 @@ def _evidence(
     return value, np.array(gradient) + off / PRIOR_WIDTH
 
 
-def _robust(kernel: Vector, values: Vector, noise: float) -> tuple[Vector, Vector]:
+def _robust(kernel: Reals, values: Reals, noise: float) -> tuple[Reals, Reals]:
     """The dual coefficients, and the weights of the values that Student's distribution gives to their residuals."""
     weights = np.ones(len(values))
     dual = np.zeros(len(values))
@@ -187,7 +187,7 @@ def _robust(kernel: Vector, values: Vector, noise: float) -> tuple[Vector, Vecto
     return dual, weights
 
 
-def _solve(design: _Design, values: Vector, mean: float, scales: Vector, noise: float) -> AdditiveModel:
+def _solve(design: _Design, values: Reals, mean: float, scales: Reals, noise: float) -> AdditiveModel:
     variances = scales[design.family_of]
     scaled = design.counts @ sparse.diags(variances)
     kernel = np.asarray((scaled @ design.counts.T).todense())

@@ -83,16 +83,6 @@ def type_atoms(mol: Chem.Mol, types: Sequence[AtomType]) -> list[str]:
     return names
 
 
-def ancestors(name: str, types: Iterable[AtomType]) -> tuple[str, ...]:
-    """The parent of a type, its parent and so on, to the root of the element. Raises KeyError for an unknown name."""
-    parents = {kind.name: kind.parent for kind in types}
-    line = []
-    while parents[name]:
-        name = parents[name]
-        line.append(name)
-    return tuple(line)
-
-
 def matching_atoms(mol: Chem.Mol, kind: AtomType) -> frozenset[int]:
     """The atoms that a pattern matches as its first atom, whether or not the patterns of its ancestors match them."""
     return _matches(mol, Chem.MolFromSmarts(kind.smarts))

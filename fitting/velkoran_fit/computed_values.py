@@ -8,7 +8,7 @@ import numpy as np
 from .arrays import Integers, Reals
 from .molecules import Geometry, Molecule
 from .parameter_space import Parameters
-from .worker import Job, Outcome, Quantity, Status, WorkerPool
+from .worker import Job, Quantity, Status, WorkerPool
 
 
 @dataclass(frozen=True)
@@ -36,6 +36,22 @@ def molecule_jobs(
     )
 
 
+def averaged_runs(
+    jobs: Sequence[Sequence[tuple[float, Job]]], parameters: Parameters, pool: WorkerPool
+) -> Iterator[tuple[Reals | None, int]]:
+    """For each molecule the weighted mean of the values of its jobs, with the bits of status of all of them; None in
+    place of the mean where there is no job, or where one was refused or has no converged field."""
+    outcomes = pool.run([job for of_molecule in jobs for _, job in of_molecule], parameters.table())
+    for of_molecule in jobs:
+        mean, bits = np.zeros(1), 0
+        for weight, _ in of_molecule:
+            outcome = next(outcomes)
+            mean = mean + weight * outcome.values[0]
+            bits |= int(outcome.status[0])
+        failed = not of_molecule or bits & (Status.REFUSED | Status.FIELD)
+        yield None if failed else mean, bits
+
+
 def _shift_atoms(molecule: Molecule) -> Integers:
     groups = [shift.atoms for shift in molecule.shifts]
     groups += [atoms for pair in molecule.pairs for atoms in (pair.first, pair.second)]
@@ -46,20 +62,23 @@ def _coupling_atoms(molecule: Molecule) -> Integers:
     return np.array(sorted({pair[0] for coupling in molecule.couplings for pair in coupling.atom_pairs}), int)
 
 
-def _shieldings(molecule: Molecule, atoms: Integers, mean: Reals) -> Reals:
+def _shieldings(molecule: Molecule, atoms: Integers, mean: Reals | None) -> Reals:
     values = np.full(molecule.mol.GetNumAtoms(), np.nan)
-    values[atoms] = mean
+    if mean is not None:
+        values[atoms] = mean
     return values
 
 
-def _couplings(molecule: Molecule, atoms: Integers, mean: Reals) -> Reals:
+def _couplings(molecule: Molecule, atoms: Integers, mean: Reals | None) -> Reals:
+    if mean is None:
+        return np.full(len(molecule.couplings), np.nan)
     row = {int(atom): i for i, atom in enumerate(atoms)}
     return np.array([np.mean([mean[row[i], j] for i, j in one.atom_pairs]) for one in molecule.couplings])
 
 
 _READERS: dict[
     Quantity,
-    tuple[Callable[[Molecule], Integers], Callable[[Molecule, Integers, Reals], Reals]],
+    tuple[Callable[[Molecule], Integers], Callable[[Molecule, Integers, Reals | None], Reals]],
 ] = {Quantity.SHIELDING: (_shift_atoms, _shieldings), Quantity.COUPLING: (_coupling_atoms, _couplings)}
 
 
@@ -79,23 +98,9 @@ def compute(
         molecule_jobs(molecule, rows, own, quantity, forms) if len(own) else ()
         for molecule, rows, own, forms in zip(molecules, types, atoms, geometries, strict=True)
     ]
-    outcomes = pool.run([job for of_molecule in jobs for _, job in of_molecule], parameters.table())
     status = np.zeros(len(molecules), int)
     values = []
-    for place, of_molecule in enumerate(jobs):
-        mean, bits = _mean(outcomes, [weight for weight, _ in of_molecule])
+    for place, (mean, bits) in enumerate(averaged_runs(jobs, parameters, pool)):
         status[place] = bits
-        empty = np.full((len(atoms[place]), molecules[place].mol.GetNumAtoms())[: quantity.value], np.nan)
-        failed = bits & (Status.REFUSED | Status.FIELD)
-        values.append(read(molecules[place], atoms[place], empty if failed or not of_molecule else mean))
+        values.append(read(molecules[place], atoms[place], mean))
     return Computed(tuple(values), status)
-
-
-def _mean(outcomes: Iterator[Outcome], weights: Sequence[float]) -> tuple[Reals, int]:
-    """The mean of the next outcomes with these weights, and the bits of their status."""
-    mean, bits = np.zeros(1), 0
-    for weight in weights:
-        outcome = next(outcomes)
-        mean = mean + weight * outcome.values[0]
-        bits |= int(outcome.status[0])
-    return mean, bits

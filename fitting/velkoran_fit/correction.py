@@ -16,17 +16,16 @@ from collections.abc import Iterable, Mapping, Sequence
 from dataclasses import dataclass, replace
 
 import numpy as np
-import numpy.typing as npt
 from rdkit import Chem
 
 from .additive_model import AdditiveModel, estimate, fit_additive_model
+from .arrays import Reals
 from .coupling_sites import coupling_features, coupling_sites, path_chain
 from .molecule_records import Geometry, Molecule
 from .neighbourhoods import LEAF, Level, TypeRow, label, shift_features, type_chains, typed_molecule
 from .sites import Site, measured_sites
 from .uncertainty import Uncertainty, calibrate, standard_uncertainty
 
-Vector = npt.NDArray[np.float64]
 
 SLOPE_LEVELS: tuple[Level, ...] = (0, 1, 2, LEAF)
 LEAST_OF_RANGE = 6  # values of a type that has a range of its own
@@ -87,7 +86,7 @@ NOTHING = Prediction(math.nan, math.nan, math.nan)
 def fit_correction(
     molecules: Sequence[Molecule],
     types_by_molecule: Sequence[Sequence[str]],
-    shieldings_by_molecule: Sequence[Vector],
+    shieldings_by_molecule: Sequence[Reals],
     settings: CorrectionSettings,
 ) -> Correction:
     """Learns the corrections of all nuclei that were measured. Shieldings are (atoms,) for each molecule, in ppm, NaN
@@ -259,10 +258,10 @@ def inner_uncertainty(sites: Sequence[Site], zero: float | None = None) -> Uncer
     return calibrate(values - _measured(rests), novelties, chains, blinds - _measured(rests))
 
 
-def _measured(sites: Sequence[Site]) -> Vector:
+def _measured(sites: Sequence[Site]) -> Reals:
     return np.array([site.ppm for site in sites])
 
 
-def _spread(values: Vector) -> float:
+def _spread(values: Reals) -> float:
     """Standard deviation of a normal distribution with the same median deviation from the median."""
     return 1.4826 * float(np.median(np.abs(values - np.median(values))))

@@ -15,13 +15,12 @@ import math
 from collections.abc import Mapping, Sequence
 
 import numpy as np
-import numpy.typing as npt
 
+from .arrays import Reals
 from .molecule_records import Geometry, Molecule
 from .neighbourhoods import LEAF, Level, TypedMolecule, averaged, label, path_text, paths_from, typed_molecule
 from .sites import Site
 
-Vector = npt.NDArray[np.float64]
 Couplings = Sequence[float]
 
 PATH_LEVELS: tuple[Level, ...] = (0, 1, 2, LEAF)
@@ -127,7 +126,7 @@ def mean_cosine(geometries: Sequence[Geometry], path: Sequence[int], order: int)
     return sum(cosines) / total
 
 
-def dihedral(places: Vector) -> float:
+def dihedral(places: Reals) -> float:
     """The angle in radians of four places (4, 3)."""
     first, axis, last = places[1] - places[0], places[2] - places[1], places[3] - places[2]
     left, right = np.cross(first, axis), np.cross(axis, last)

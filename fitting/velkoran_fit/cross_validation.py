@@ -12,12 +12,12 @@ import numpy as np
 import numpy.typing as npt
 
 from .additive_model import AdditiveModel, estimate, fit_additive_model
+from .arrays import Integers, Reals
 from .correction import NucleusCorrection, corrected_shift, fit_nucleus
 from .opponents import Curve, angle_curves, curve_value, means_by_name, most_special
 from .sites import Site, deviations
 from .uncertainty import Uncertainty, calibrate, standard_uncertainty
 
-Vector = npt.NDArray[np.float64]
 
 FOLDS = 5
 METHODS = ("type mean", "environments", "additive", "physics", "corrected")
@@ -56,12 +56,12 @@ class Outcome:
 
     column: Column
     sites: tuple[Site, ...]
-    folds: npt.NDArray[np.int64]
-    predictions: dict[str, Vector]
-    novelties: Vector
-    blind: Vector  # the corrected prediction if the run of the physics had failed
+    folds: Integers
+    predictions: dict[str, Reals]
+    novelties: Reals
+    blind: Reals  # the corrected prediction if the run of the physics had failed
 
-    def deviations(self, method: str) -> Vector:
+    def deviations(self, method: str) -> Reals:
         """Predicted less measured, NaN where there is no prediction."""
         return deviations(self.sites, self.predictions[method])
 
@@ -143,7 +143,7 @@ def outcome_uncertainty(outcome: Outcome) -> Uncertainty:
     return _calibrated(outcome, np.ones(len(outcome.sites), dtype=bool))
 
 
-def cross_validated_uncertainties(outcome: Outcome) -> Vector:
+def cross_validated_uncertainties(outcome: Outcome) -> Reals:
     """The uncertainty of each prediction (n,), by a table that the deviations of the other folds give."""
     result = np.full(len(outcome.sites), math.nan)
     for fold in np.unique(outcome.folds):

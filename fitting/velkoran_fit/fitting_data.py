@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 """The problems of a fit: which molecules, in which geometries, with which types."""
-from collections.abc import Mapping, Sequence
+from collections.abc import Callable, Mapping, Sequence
 from dataclasses import dataclass, replace
 from pathlib import Path
 
@@ -9,14 +9,20 @@ import numpy as np
 from .atom_types import AtomType, type_atoms
 from .made_geometries import make_all
 from .molecules import Geometry, Molecule
-from .observations import COUPLING_UNITS, SHIFT_UNITS, Problem
-from .problems import coupling_problem, shielding_problem
+from .observations import Problem
+from .problems import coupling_problem, fitted_couplings, fitted_shifts, shielding_problem
 from .worker import Quantity
 
 LAST_ELEMENT = 18  # argon
 # Made geometries that stand for all while parameters are sought, the heaviest ones: couplings follow the dihedral
 # angles and cost little.
 FITTED_CONFORMERS = {Quantity.SHIELDING: 2, Quantity.COUPLING: 10}
+
+# What is fitted of a molecule, and what makes the problem of it.
+_PROBLEMS: Mapping[Quantity, tuple[Callable[[Molecule], Sequence[object]], Callable[..., Problem]]] = {
+    Quantity.SHIELDING: (fitted_shifts, shielding_problem),
+    Quantity.COUPLING: (fitted_couplings, coupling_problem),
+}
 
 
 @dataclass(frozen=True)
@@ -47,12 +53,6 @@ def fitting_data(molecules: Sequence[Molecule], types: Sequence[AtomType], cache
     )
 
 
-def _is_fitted(molecule: Molecule, quantity: Quantity) -> bool:
-    if quantity == Quantity.COUPLING:
-        return any(c.kind in COUPLING_UNITS and not c.ambiguous for c in molecule.couplings)
-    return any(s.nucleus in SHIFT_UNITS for s in molecule.shifts) or bool(molecule.pairs)
-
-
 def heaviest(geometries: Sequence[Geometry], count: int) -> tuple[Geometry, ...]:
     """The geometries with the largest weights."""
     return tuple(sorted(geometries, key=lambda geometry: -geometry.weight)[:count])
@@ -61,11 +61,11 @@ def heaviest(geometries: Sequence[Geometry], count: int) -> tuple[Geometry, ...]
 def problem_of(data: FittingData, quantity: Quantity, rows: Mapping[str, int]) -> tuple[Problem, tuple[int, ...]]:
     """The shifts or couplings of all molecules that have some, and the places of the molecules in the data. rows: of
     the types in the parameter table. Every second molecule is in its stored geometry, the others are in made ones."""
-    chosen = [i for i, molecule in enumerate(data.molecules) if _is_fitted(molecule, quantity)]
+    fitted, make = _PROBLEMS[quantity]
+    chosen = [i for i, molecule in enumerate(data.molecules) if fitted(molecule)]
     geometries = [
         heaviest(data.made[i], FITTED_CONFORMERS[quantity]) if order % 2 else data.stored[i]
         for order, i in enumerate(chosen)
     ]
-    make = coupling_problem if quantity == Quantity.COUPLING else shielding_problem
     types = [np.array([rows[name] for name in data.types[i]]) for i in chosen]
     return make([data.molecules[i] for i in chosen], types, geometries), tuple(chosen)

@@ -7,8 +7,9 @@ import numpy as np
 from scipy import sparse
 
 from .arrays import Integers, Reals
+from .computed_values import averaged_runs
 from .parameter_space import Parameters, Variable, changes_of, scaled_values
-from .worker import Job, Outcome, Quantity, Status, WorkerPool
+from .worker import Job, Quantity, WorkerPool
 
 # Deviation that counts as one in a fit, ppm or Hz; nuclei and kinds that aren't here aren't fitted.
 SHIFT_UNITS: Mapping[str, float] = {"13C": 3.0, "1H": 0.25, "19F": 10.0, "15N": 12.0, "17O": 25.0, "29Si": 12.0}
@@ -94,28 +95,13 @@ class Evaluation:
     status: Integers
 
 
-def _mean_values(problem: Problem, outcomes: Sequence[Outcome]) -> Evaluation:
-    """Averages the base sets of all jobs of each molecule."""
-    status = np.zeros(len(problem.jobs), int)
-    means: list[Reals] = []
-    outcome = iter(outcomes)
-    for place, jobs in enumerate(problem.jobs):
-        mean = np.zeros(1)
-        for weight, _ in jobs:
-            answer = next(outcome)
-            status[place] |= int(answer.status[0])
-            mean = mean + weight * answer.values[0].ravel()
-        means.append(mean)
-    failed = (status & (Status.REFUSED | Status.FIELD)) != 0
-    values = np.array([means[o.molecule][list(o.places)].mean() for o in problem.observations])
-    values[[bool(failed[o.molecule]) for o in problem.observations]] = np.nan
-    return Evaluation(values, status)
-
-
 def evaluate(problem: Problem, parameters: Parameters, pool: WorkerPool) -> Evaluation:
     """The computed values of all observations, averaged over geometries."""
-    jobs = [job for of_molecule in problem.jobs for _, job in of_molecule]
-    return _mean_values(problem, list(pool.run(jobs, parameters.table())))
+    averages = list(averaged_runs(problem.jobs, parameters, pool))
+    flat = [None if mean is None else mean.ravel() for mean, _ in averages]
+    means = ((flat[o.molecule], list(o.places)) for o in problem.observations)
+    values = np.array([np.nan if mean is None else mean[places].mean() for mean, places in means])
+    return Evaluation(values, np.array([bits for _, bits in averages], int))
 
 
 @dataclass(frozen=True)

@@ -80,7 +80,11 @@ class Parameters:
     def value(self, row: int, field: str) -> float:
         """The number of a type for a field."""
         giver = self.giver(row, field)
-        return self.own[giver, field] if giver >= 0 else float(self.published[row, FIELDS.index(field)])
+        return self.own[giver, field] if giver >= 0 else self.published_value(row, field)
+
+    def published_value(self, row: int, field: str) -> float:
+        """The published number of a type's element for a field."""
+        return float(self.published[row, FIELDS.index(field)])
 
     def table(self) -> Reals:
         """All numbers, (types, 14)."""
@@ -94,7 +98,7 @@ class Parameters:
 
 def scaled(parameters: Parameters, variable: Variable, value: float) -> float:
     """The scaled variable of a value."""
-    published = float(parameters.published[variable.row, FIELDS.index(variable.field.name)])
+    published = parameters.published_value(variable.row, variable.field.name)
     if variable.field.logarithmic:
         return math.log(value / published) / variable.field.unit
     return (value - published) / variable.field.unit
@@ -102,7 +106,7 @@ def scaled(parameters: Parameters, variable: Variable, value: float) -> float:
 
 def unscaled(parameters: Parameters, variable: Variable, u: float) -> float:
     """The value of a scaled variable."""
-    published = float(parameters.published[variable.row, FIELDS.index(variable.field.name)])
+    published = parameters.published_value(variable.row, variable.field.name)
     if variable.field.logarithmic:
         return published * math.exp(u * variable.field.unit)
     return published + u * variable.field.unit
@@ -113,7 +117,7 @@ def scaled_bounds(parameters: Parameters, variables: Sequence[Variable]) -> Real
     bounds = np.empty((2, len(variables)))
     for column, variable in enumerate(variables):
         for row, limit in enumerate((variable.field.lowest, variable.field.highest)):
-            published = float(parameters.published[variable.row, FIELDS.index(variable.field.name)])
+            published = parameters.published_value(variable.row, variable.field.name)
             value = limit * published if variable.field.logarithmic else limit
             bounds[row, column] = scaled(parameters, variable, value)
     return bounds

@@ -18,6 +18,7 @@ from velkoran_runs.parameter_files import (
 )
 
 from .atom_types import AtomType
+from .neighbourhoods import type_chains
 from .parameter_space import Parameters
 from .worker import FIELDS
 
@@ -28,35 +29,30 @@ def _read(folder: Path, name: str) -> str:
     return (folder / name).read_text(encoding="ascii")
 
 
-def _rows(types: Sequence[AtomType]) -> tuple[int, ...]:
+def _parents(types: Sequence[AtomType]) -> tuple[int, ...]:
     """The row of each type's parent, -1 for an element."""
     row = {kind.name: i for i, kind in enumerate(types)}
     return tuple(row[kind.parent] if kind.parent else -1 for kind in types)
 
 
-def _elements(types: Sequence[AtomType], parents: Sequence[int]) -> list[str]:
+def _elements(types: Sequence[AtomType]) -> list[str]:
     """The name of the root of each type."""
-    roots = []
-    for row in range(len(types)):
-        while parents[row] >= 0:
-            row = parents[row]
-        roots.append(types[row].name)
-    return roots
+    chains = type_chains(types)
+    return [chains[kind.name][0] for kind in types]
 
 
 def start_parameters(types: Sequence[AtomType], published: Path, coupling: bool) -> Parameters:
     """All types with the published numbers of their elements, for shielding or for coupling. Nuclear constants stand
     in the coupling file alone and serve both."""
-    parents = _rows(types)
     own = parse_records(_read(published, COUPLING_FILE if coupling else SHIELDING_FILE))
     nuclei = parse_records(_read(published, COUPLING_FILE))
     table = np.array(
         [
             [(nuclei if field in COUPLING_ONLY else own)[element][field] for field in FIELDS]
-            for element in _elements(types, parents)
+            for element in _elements(types)
         ]
     )
-    return Parameters(tuple(kind.name for kind in types), parents, table, {})
+    return Parameters(tuple(kind.name for kind in types), _parents(types), table, {})
 
 
 def read_parameters(types: Sequence[AtomType], published: Path, fitted: Path, coupling: bool) -> Parameters:
@@ -94,7 +90,7 @@ def fitted_files(
     types: Sequence[AtomType], shielding: Parameters, coupling: Parameters, published: Path
 ) -> dict[str, str]:
     """The texts of the three files of a parameter directory by name. Capping atoms keep the published numbers."""
-    elements = _elements(types, shielding.parents)
+    elements = _elements(types)
     masses = parse_types(_read(published, TYPE_FILE))
     texts = {TYPE_FILE: types_text(HEADING, {t.name: masses[e] for t, e in zip(types, elements, strict=True)})}
     for name, parameters, is_coupling in ((SHIELDING_FILE, shielding, False), (COUPLING_FILE, coupling, True)):

@@ -21,13 +21,18 @@ def _confidence_weight(molecule: Molecule) -> float:
     return UNVERIFIED_WEIGHT if "unverified" in molecule.confidence else 1.0
 
 
-def _shift_rows(molecule: Molecule) -> list[tuple[tuple[int, ...], str, float, bool]]:
-    """Atoms, nucleus, value of each measured shift; True where the next row may be exchanged with this one."""
+def fitted_shifts(molecule: Molecule) -> list[tuple[tuple[int, ...], str, float, bool]]:
+    """Atoms, nucleus, value of each shift that is fitted; True where the next row may be exchanged with this one."""
     rows = [(s.atoms, s.nucleus, s.ppm, False) for s in molecule.shifts]
     for pair in molecule.pairs:
         rows.append((pair.first, pair.nucleus, pair.ppm[0], True))
         rows.append((pair.second, pair.nucleus, pair.ppm[1], False))
     return [row for row in rows if row[1] in SHIFT_UNITS]
+
+
+def fitted_couplings(molecule: Molecule) -> list[Coupling]:
+    """The couplings that are fitted."""
+    return [c for c in molecule.couplings if c.kind in COUPLING_UNITS and not c.ambiguous]
 
 
 def shielding_problem(
@@ -37,7 +42,7 @@ def shielding_problem(
     jobs = []
     observations: list[Observation] = []
     for number, (molecule, rows, forms) in enumerate(zip(molecules, types, geometries, strict=True)):
-        shifts = _shift_rows(molecule)
+        shifts = fitted_shifts(molecule)
         atoms = np.array(sorted({atom for row in shifts for atom in row[0]}), int)
         place = {int(atom): i for i, atom in enumerate(atoms)}
         jobs.append(molecule_jobs(molecule, rows, atoms, Quantity.SHIELDING, forms))
@@ -61,7 +66,7 @@ def coupling_problem(
     jobs = []
     observations: list[Observation] = []
     for number, (molecule, rows, forms) in enumerate(zip(molecules, types, geometries, strict=True)):
-        couplings = [c for c in molecule.couplings if c.kind in COUPLING_UNITS and not c.ambiguous]
+        couplings = fitted_couplings(molecule)
         atoms = np.array(sorted({pair[0] for c in couplings for pair in c.atom_pairs}), int)
         row_of = {int(atom): i for i, atom in enumerate(atoms)}
         jobs.append(molecule_jobs(molecule, rows, atoms, Quantity.COUPLING, forms))

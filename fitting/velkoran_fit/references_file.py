@@ -14,8 +14,7 @@
 
 To evaluate an atom: correction.py says how the deviation and the shift are formed, neighbourhoods.py how the names of
 features, additive_model.py the sum and the novelty, uncertainty.py the width. A feature "n10:C4" is the text "C4" of
-the family "n10". A family with variance 0 and its
-texts are absent.
+the family "n10". A family with variance 0 and its texts are absent.
 """
 import hashlib
 import json
@@ -64,7 +63,7 @@ def write_references(path: Path, references: References) -> None:
         "nuclei": {name: _nucleus_record(name, own) for name, own in references.shifts.nuclei.items()},
         "couplings": {name: _nucleus_record(name, own) for name, own in references.couplings.nuclei.items()},
     }
-    path.write_text(_text(content), encoding="utf-8")
+    path.write_text(json_text(content), encoding="utf-8")
 
 
 def read_references(path: Path, types: Iterable[TypeRow]) -> References:
@@ -80,8 +79,8 @@ def read_references(path: Path, types: Iterable[TypeRow]) -> References:
     return References(shifts, couplings, content["parameter_files"])
 
 
-def _text(content: Mapping[str, Any]) -> str:
-    """JSON with sorted names, a line for each family of terms."""
+def json_text(content: Mapping[str, Any]) -> str:
+    """JSON with sorted names, broken into lines behind the records: the same bytes for the same content."""
     return json.dumps(content, sort_keys=True, separators=(",", ":")).replace('},"', '},\n"') + "\n"
 
 

@@ -5,13 +5,11 @@ from collections.abc import Mapping, Sequence
 from dataclasses import dataclass, replace
 
 import numpy as np
-import numpy.typing as npt
 
+from .arrays import Reals
 from .molecule_records import Molecule
 from .neighbourhoods import TypedMolecule, averaged, shift_features, typed_molecule
 from .opponents import sphere_names
-
-Vector = npt.NDArray[np.float64]
 
 
 @dataclass(frozen=True)
@@ -34,7 +32,7 @@ class Site:
 def measured_sites(
     molecules: Sequence[Molecule],
     types_by_molecule: Sequence[Sequence[str]],
-    shieldings_by_molecule: Sequence[Vector],
+    shieldings_by_molecule: Sequence[Reals],
     chains: Mapping[str, tuple[str, ...]],
 ) -> list[Site]:
     """The sites in the order of the molecules. Of a pair the less shielded group gets the larger shift, or both the
@@ -55,7 +53,7 @@ def measured_sites(
     return _with_ordered_pairs(sites)
 
 
-def with_shieldings(sites: Sequence[Site], shieldings: Vector) -> list[Site]:
+def with_shieldings(sites: Sequence[Site], shieldings: Reals) -> list[Site]:
     """The sites with other computed values (n,)."""
     return _with_ordered_pairs([replace(site, shielding=float(value)) for site, value in zip(sites, shieldings)])
 
@@ -88,7 +86,7 @@ def ordered_values(ppm: tuple[float, float], first: float, second: float) -> tup
 def _site(
     molecule: Molecule,
     typed: TypedMolecule,
-    shieldings: Vector,
+    shieldings: Reals,
     nucleus: str,
     atoms: tuple[int, ...],
     ppm: float,
@@ -99,7 +97,7 @@ def _site(
     return Site(molecule.key, molecule.name, nucleus, atoms, typed.chains[atoms[0]], features, spheres, ppm, shielding)
 
 
-def deviations(sites: Sequence[Site], shifts: Vector) -> Vector:
+def deviations(sites: Sequence[Site], shifts: Reals) -> Reals:
     """Predicted less measured (ppm) for each site; of a pair both are compared by size. NaN stays."""
     result = np.array([shift - site.ppm for site, shift in zip(sites, shifts)])
     for first, second in partners(sites):

@@ -55,21 +55,17 @@ STAGES = (
 )
 
 
-def depth(parameters: Parameters, row: int) -> int:
-    """Steps from a type up to its element."""
-    steps = 0
-    while parameters.parents[row] >= 0:
-        row = parameters.parents[row]
-        steps += 1
-    return steps
-
-
 def lineage(parameters: Parameters, row: int) -> tuple[int, ...]:
     """A type and its ancestors."""
     rows = [row]
     while parameters.parents[rows[-1]] >= 0:
         rows.append(parameters.parents[rows[-1]])
     return tuple(rows)
+
+
+def depth(parameters: Parameters, row: int) -> int:
+    """Steps from a type up to its element."""
+    return len(lineage(parameters, row)) - 1
 
 
 def molecules_of_types(problem: Problem, parameters: Parameters) -> Integers:

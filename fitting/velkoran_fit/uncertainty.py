@@ -9,9 +9,9 @@ from collections.abc import Mapping, Sequence
 from dataclasses import dataclass, replace
 
 import numpy as np
-import numpy.typing as npt
 
-Vector = npt.NDArray[np.float64]
+from .arrays import Reals
+
 
 SHARE = 0.683
 LARGEST_NUMBER_OF_BINS = 8
@@ -38,16 +38,16 @@ def standard_uncertainty(table: Uncertainty, novelty: float, chain: Sequence[str
     return width * factor * (1.0 if physics else table.without_physics)
 
 
-def share_within(deviations: Vector, uncertainties: Vector) -> float:
+def share_within(deviations: Reals, uncertainties: Reals) -> float:
     """The share of deviations that are no larger than their uncertainties."""
     return float(np.mean(np.abs(deviations) <= uncertainties))
 
 
 def calibrate(
-    deviations: Vector,
-    novelties: Vector,
+    deviations: Reals,
+    novelties: Reals,
     chains: Sequence[Sequence[str]],
-    without_physics: Vector | None = None,
+    without_physics: Reals | None = None,
 ) -> Uncertainty:
     """Learns the table from deviations (n,) of things of such novelties (n,) and types; without_physics are the
     deviations (n,) of predictions that didn't know the computed values. ValueError if there are no deviations."""
@@ -78,12 +78,12 @@ def _is_known(factors: Mapping[str, float], chain: Sequence[str]) -> bool:
     return bool(chain) and chain[-1] in factors
 
 
-def _reach(sizes: Vector) -> float:
+def _reach(sizes: Reals) -> float:
     """The size that a share of SHARE doesn't exceed, never 0."""
     return max(float(np.quantile(sizes, SHARE)), 1e-9)
 
 
-def _widths(sizes: Vector, novelties: Vector) -> tuple[list[float], list[float]]:
+def _widths(sizes: Reals, novelties: Reals) -> tuple[list[float], list[float]]:
     """Of bins with equally many values; widths never fall with the novelty (pooled where they would)."""
     count = max(1, min(LARGEST_NUMBER_OF_BINS, len(sizes) // LEAST_IN_BIN))
     pooled = [[part] for part in np.array_split(np.argsort(novelties, kind="stable"), count)]
@@ -98,7 +98,7 @@ def _widths(sizes: Vector, novelties: Vector) -> tuple[list[float], list[float]]
     return [float(np.median(novelties[part])) for part in rows], [_reach(sizes[part]) for part in rows]
 
 
-def _factors(ratios: Vector, chains: Sequence[Sequence[str]]) -> dict[str, float]:
+def _factors(ratios: Reals, chains: Sequence[Sequence[str]]) -> dict[str, float]:
     """For types with enough values, from the root down: their own reach, shrunk to the parent's in the logarithm."""
     members: dict[str, list[int]] = {}
     parent: dict[str, str] = {}
